@@ -1,0 +1,28 @@
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+# shellcheck shell=bash
+#
+# What every command uses. `repository` and `scripts` are set by ./dev.
+
+# shellcheck disable=SC2034 # some readers take only a part
+readonly build_root="$repository/build"
+
+say() { printf 'dev: %s\n' "$*"; }
+
+die() {
+    printf 'dev: %s\n' "$*" >&2
+    exit 1
+}
+
+# need_value "$@": an option must have a value behind it.
+need_value() { [[ -n ${2:-} ]] || die "$1 needs a value; see ./dev --help"; }
+
+# Set the number of jobs where nobody has: the variables are CMake's and CTest's own.
+set_job_count() {
+    local jobs
+    jobs=$(nproc)
+    export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$jobs}
+    export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$jobs}
+}
+
+have() { command -v "$1" >/dev/null 2>&1; }

@@ -1,0 +1,106 @@
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+# shellcheck shell=bash
+#
+# Benchmarks, fuzzing, coverage.
+
+# programs_in FOLDER PREFIX: the programs there whose names begin so.
+programs_in() { find "$1" -maxdepth 1 -type f -executable -name "$2*" | sort; }
+
+# The machine and its load decide what the figures mean, so they stand beside them.
+describe_machine() {
+    date -u +'%F %T UTC'
+    git -C "$repository" -c "safe.directory=$repository" describe --always --dirty
+    uname -srm
+    grep -m1 'model name' /proc/cpuinfo
+    printf 'processors: %s, load: %s\n' "$(nproc)" "$(cut -d' ' -f1-3 /proc/loadavg)"
+}
+
+command_bench() {
+    [[ ${1:-} != -- ]] || shift
+    local program results="$build_root/bench/results" programs
+    set_job_count
+    choose_target ''
+    need_packages build "$(toolkit_list)" bench
+    build_preset bench benchmarks
+    mkdir -p "$results"
+    describe_machine >"$results/machine.txt"
+    mapfile -t programs < <(programs_in "$build_root/bench/bench" bench_)
+    ((${#programs[@]})) || die "there are no benchmarks in build/bench/bench"
+    for program in "${programs[@]}"; do
+        say "bench: ${program##*/}"
+        QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} LC_ALL=C.UTF-8 "$program" \
+            --benchmark_out="$results/${program##*/}.json" --benchmark_out_format=json "$@" |
+            tee "$results/${program##*/}.txt"
+    done
+    say "figures: $results"
+}
+
+# fuzz_one PROGRAM SECONDS: what it learns goes to build/fuzz/corpus, what it finds to build/fuzz/finds.
+fuzz_one() {
+    local program=$1 seconds=$2 name=${1##*/fuzz_}
+    local corpus="$build_root/fuzz/corpus/$name" log="$build_root/fuzz/$name.log"
+    mkdir -p "$corpus" "$build_root/fuzz/finds"
+    "$program" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+        -artifact_prefix="$build_root/fuzz/finds/$name-" "$corpus" "$repository/tests/fuzz/seeds/$name" >"$log" 2>&1 || {
+        say "fuzz: $name FAILED; the end of $log:"
+        tail -n 40 "$log"
+        return 1
+    }
+    say "fuzz: $name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$log") runs, nothing found"
+}
+
+command_fuzz() {
+    local seconds=60 program programs failures=0
+    while (($#)); do
+        case "$1" in
+        --seconds) need_value "$@" && seconds=$2 && shift ;;
+        *) die "fuzz does not know '$1'; see ./dev --help" ;;
+        esac
+        shift
+    done
+    [[ $seconds =~ ^[1-9][0-9]*$ ]] || die "--seconds needs a whole number above 0, not '$seconds'"
+    set_job_count
+    choose_target ''
+    need_packages build "$(toolkit_list)" fuzz
+    build_preset fuzz fuzzers
+    mapfile -t programs < <(programs_in "$build_root/fuzz/tests/fuzz" fuzz_)
+    ((${#programs[@]})) || die "there are no fuzz targets in build/fuzz/tests/fuzz"
+    say "fuzz: ${#programs[@]} targets, $seconds s each"
+    set_sanitizer_options
+    rm -f "$build_root"/fuzz/*.passed
+    for program in "${programs[@]}"; do
+        (($(jobs -pr | wc -l) < CMAKE_BUILD_PARALLEL_LEVEL)) || wait -n || true
+        { fuzz_one "$program" "$seconds" && touch "$build_root/fuzz/${program##*/}.passed"; } &
+    done
+    wait
+    for program in "${programs[@]}"; do
+        [[ -e $build_root/fuzz/${program##*/}.passed ]] || failures=$((failures + 1))
+    done
+    ((failures == 0)) || die "fuzz: $failures of ${#programs[@]} targets failed; what they found is in build/fuzz/finds"
+}
+
+# What every change keeps covered whole; the rest is reported.
+covered_whole='src/(Clock|Config|ConfigValue|DBFuns|DBFunsDebug|LibraryFile|LoadDLL|Message|RecordParts|Sensor\.|WCompare)'
+
+report_coverage() {
+    local folder="$build_root/coverage/report"
+    mkdir -p "$folder"
+    (cd "$repository" && gcovr --root . --object-directory "$build_root/coverage" --exclude-throw-branches \
+        --exclude-unreachable-branches "$@")
+}
+
+command_coverage() {
+    (($# == 0)) || die "coverage does not know '$1'; see ./dev --help"
+    local folder="$build_root/coverage/report"
+    set_job_count
+    choose_target ''
+    need_packages build "$(toolkit_list)" test display coverage
+    build_preset coverage
+    find "$build_root/coverage" -name '*.gcda' -delete
+    run_ctest coverage
+    report_coverage --filter '(src|dblib|tools)/' --html-details "$folder/index.html"
+    report_coverage --filter '(src|dblib|tools)/'
+    report_coverage --filter "$covered_whole" --branches
+    say "lines and branches, file by file: $folder/index.html"
+}

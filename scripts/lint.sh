@@ -1,0 +1,61 @@
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+# shellcheck shell=bash
+#
+# Format, static analysis, shell scripts, licence lines. All checks run; each says what it found.
+
+tracked() { git -C "$repository" -c "safe.directory=$repository" ls-files -z --cached --others --exclude-standard -- "$@"; }
+
+lint_format() {
+    tracked '*.cpp' '*.h' '*.c' | (cd "$repository" && xargs -0r clang-format-14 --dry-run -Werror)
+}
+
+# Checking ./dev checks the parts that it reads.
+lint_shell() {
+    tracked dev .ci scripts/enter-root '*.sh' ':!scripts/*.sh' |
+        (cd "$repository" && xargs -0r shellcheck --external-sources --check-sourced)
+}
+
+# lines_missing PATTERN: the tracked text files without a line of that pattern.
+lines_missing() {
+    tracked . ':!LICENSES' ':!tests/fuzz/seeds' | (cd "$repository" && xargs -0 grep -IEL "$1") || true
+}
+
+lint_licences() {
+    local without
+    without=$(
+        lines_missing 'SPDX-FileCopyrightText"?:'
+        lines_missing 'SPDX-License-Identifier"?:'
+    )
+    [[ -z $without ]] || {
+        printf 'no SPDX lines: %s\n' "$(sort -u <<<"$without" | paste -sd' ')" >&2
+        return 1
+    }
+}
+
+# The tests are read by people and run under sanitizers; analysing them would double the time.
+lint_tidy() {
+    local log="$build_root/clang-tidy.log"
+    run-clang-tidy-14 -quiet -p "$build_root/$target_name" -j "$CMAKE_BUILD_PARALLEL_LEVEL" \
+        "^$(regex_of "$repository")/(src|dblib|tools)/" >"$log" 2>&1 && return 0
+    grep -vE '^[0-9]+ warnings? (generated|treated)|^clang-tidy-14 |^Suppressed |^Use ' "$log" >&2
+    return 1
+}
+
+regex_of() { python3 -c 'import re, sys; print(re.escape(sys.argv[1]))' "$1"; }
+
+command_lint() {
+    (($# == 0)) || die "lint does not know '$1'; see ./dev --help"
+    local check failed=()
+    set_job_count
+    choose_target ''
+    is_native || die "lint runs on Debian 12: its clang is the one that the sources are formatted with"
+    need_packages build "$(toolkit_list)" test lint
+    build_preset "$target_name"
+    for check in format shell licences tidy; do
+        say "lint: $check"
+        "lint_$check" || failed+=("$check")
+    done
+    ((${#failed[@]} == 0)) || die "lint failed: ${failed[*]}"
+    say "lint: clean"
+}

@@ -1,0 +1,101 @@
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+# shellcheck shell=bash
+#
+# The console in its demo installation, on this display or on a virtual one.
+
+console_program() { printf '%s' "$build_root/$target_name/src/obrim"; }
+simulator() { printf '%s' "$build_root/$target_name/tools/sensor-sim/sensor-sim"; }
+installation() { printf '%s' "$build_root/$target_name/demo/installation"; }
+pictures_folder() { printf '%s' "$build_root/$target_name/pictures"; }
+
+# What was started beside the console, and a directory of our own; both end with this command.
+children=()
+private_dir=
+
+clean_up() {
+    local i
+    for ((i = ${#children[@]} - 1; i >= 0; i--)); do
+        { kill "${children[i]}" && wait "${children[i]}"; } 2>/dev/null || true
+    done
+    [[ -z $private_dir ]] || rm -rf "$private_dir"
+    return 0
+}
+
+has_display() { [[ -n ${DISPLAY:-}${WAYLAND_DISPLAY:-} ]]; }
+
+# Without X, Qt talks to a Wayland desktop through a package of its own.
+need_run_packages() {
+    local lists=(build "$(toolkit_list)" test)
+    has_display || lists+=(display)
+    [[ -n ${DISPLAY:-} || -z ${WAYLAND_DISPLAY:-} ]] || lists+=("$(toolkit_list)-wayland")
+    need_packages "${lists[@]}"
+}
+
+command_run() {
+    local target='' test_data=
+    while (($#)); do
+        case "$1" in
+        --test-data) test_data=--test-data ;;
+        --target) need_value "$@" && target=$2 && shift ;;
+        *) die "run does not know '$1'; see ./dev --help" ;;
+        esac
+        shift
+    done
+    set_job_count
+    choose_target "$target"
+    if ! is_native; then
+        in_root run ${test_data:+"$test_data"}
+        return
+    fi
+    need_run_packages
+    build_preset "$target_name" demo
+    trap clean_up EXIT
+    trap 'exit 130' INT TERM
+    private_dir=$(mktemp -d)
+    choose_data "$test_data"
+    # The program's icon, as if it were installed.
+    export XDG_DATA_DIRS="$build_root/$target_name/share:${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
+    if has_display; then
+        run_here
+    else
+        # shellcheck source=scripts/virtual-display.sh
+        source "$scripts/virtual-display.sh"
+        run_on_virtual_display
+    fi
+}
+
+# Without a library the console shows its test data; with one, sensors are at work.
+choose_data() {
+    if [[ -n $1 ]]; then
+        rm -f "$(installation)/Libs/DBLib.a"
+    else
+        fill_history
+        start_simulator
+    fi
+}
+
+# A history that was cut short is begun again; a whole one is kept, and grows from run to run.
+fill_history() {
+    local data
+    data="$(installation)/Data"
+    [[ ! -e $data/filled ]] || return 0
+    rm -rf "$data"
+    say "writing the demo's history"
+    "$(simulator)" --config "$(installation)/Config" --seed 1 --fill 100000 ||
+        die "the demo's history cannot be written to $data"
+    touch "$data/filled"
+}
+
+start_simulator() {
+    "$(simulator)" --config "$(installation)/Config" --sensors 30 --rate 20 >"$private_dir/simulator.log" 2>&1 &
+    simulator_pid=$!
+    children+=("$simulator_pid")
+}
+
+run_here() {
+    local status=0
+    say "starting the console in $(installation)"
+    (cd "$(installation)/bin" && exec "$(console_program)") || status=$?
+    return "$status"
+}

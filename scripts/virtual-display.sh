@@ -1,0 +1,132 @@
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+# shellcheck shell=bash
+#
+# The console on a display that nobody sees: windows are opened by keys, and pictures show them.
+# What is waited for is waited for itself; a time limit only ends what never comes.
+
+readonly time_limit=60
+
+# Settings and sockets of our own: neither the user's desktop nor other runs are touched.
+use_private_settings() {
+    mkdir -m 700 "$private_dir/runtime"
+    export XDG_RUNTIME_DIR="$private_dir/runtime" XDG_CONFIG_HOME="$private_dir/config"
+    export XDG_CACHE_HOME="$private_dir/cache" QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
+}
+
+start_display() {
+    local number log="$private_dir/xvfb.log"
+    mkfifo "$private_dir/number"
+    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -noreset 3>"$private_dir/number" >"$log" 2>&1 &
+    children+=($!)
+    read -r -t "$time_limit" number <"$private_dir/number" ||
+        die "the virtual display does not start: $(tail -n 3 "$log")"
+    export DISPLAY=":$number"
+}
+
+# Without a window manager no window has the focus, and accelerators reach nobody.
+start_window_manager() {
+    openbox --sm-disable >"$private_dir/openbox.log" 2>&1 &
+    children+=($!)
+    local deadline=$((SECONDS + time_limit))
+    until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
+        [[ $SECONDS -lt $deadline && -d /proc/${children[-1]} ]] ||
+            die "the window manager does not start: $(tail -n 3 "$private_dir/openbox.log")"
+    done
+}
+
+start_console() {
+    cd "$(installation)/bin"
+    "$(console_program)" >"$pictures/console.log" 2>"$pictures/console.err" &
+    console=$!
+    children+=("$console")
+}
+
+# window_of TITLE: set `window` once such a window is to be seen.
+window_of() {
+    local search
+    timeout "$time_limit" xdotool search --sync --onlyvisible --name "^$1\$" >"$private_dir/window" &
+    search=$!
+    wait -n "$search" "$console" || true
+    kill "$search" 2>/dev/null || true
+    window=$(tail -n 1 "$private_dir/window")
+    [[ -n $window ]] || die "the console did not show '$1'. What it wrote:
+$(tail -n 5 "$pictures/console.log" "$pictures/console.err")"
+}
+
+# activate WINDOW [XDOTOOL-COMMAND...]: give it the focus, and go on from there.
+activate() {
+    timeout "$time_limit" xdotool windowactivate --sync "$@" 2>"$private_dir/xdotool.log" ||
+        die "the window manager does not give the focus to a window: $(tail -n 1 "$private_dir/xdotool.log")"
+}
+
+press() { activate "$1" key --clearmodifiers "$2"; }
+
+# A window is painted once two pictures in a row are alike and show more than a few colours.
+save_picture() {
+    local picture="$pictures/$2.png" before='' now='' deadline=$((SECONDS + time_limit))
+    until [[ -n $now && $now == "$before" ]]; do
+        ((SECONDS < deadline)) || die "the window '$2' is never painted"
+        before=$now
+        import -frame -window "$1" "$picture"
+        now=$(identify -format '%k %#' "$picture")
+        ((${now%% *} > 8)) || now=
+    done
+    say "picture: $picture"
+}
+
+picture_of_list() {
+    press "$panel" "$1"
+    window_of "$2"
+    activate "$window"
+    save_picture "$window" "$3"
+}
+
+# The menu key on a row after the other of the sensors list: Start, Stop, Restart and Kill stand
+# third to sixth in its menu. Each leaves two lines in the console's trace.
+command_sensors() {
+    local entry sent=0 deadline=$((SECONDS + time_limit))
+    for entry in 5 5 4 6 3 5; do
+        local keys=(Down Menu)
+        while ((entry-- > 0)); do
+            keys+=(Down)
+        done
+        activate "$1" key --clearmodifiers "${keys[@]}" Return
+        sent=$((sent + 1))
+        until (($(grep -c '^DBPutCommand' "$pictures/console.log") >= 2 * sent)); do
+            ((SECONDS < deadline)) || die "the sensors list sends no command; see $pictures/console.log"
+        done
+    done
+}
+
+leave_console() {
+    local status=0
+    press "$panel" alt+x
+    window_of '[?]{3}'
+    press "$window" alt+y
+    timeout "$time_limit" tail --pid="$console" -f /dev/null || die "the console does not end when it is left"
+    wait "$console" || status=$?
+    ((status == 0)) || die "the console ended with status $status; see $pictures/console.err"
+    [[ -z ${simulator_pid:-} ]] || kill -0 "$simulator_pid" 2>/dev/null ||
+        die "the simulator ended before the console: $(tail -n 3 "$private_dir/simulator.log")"
+}
+
+run_on_virtual_display() {
+    pictures=$(pictures_folder)
+    mkdir -p "$pictures"
+    use_private_settings
+    start_display
+    start_window_manager
+    say "no display here: starting the console on the virtual display $DISPLAY"
+    start_console
+    window_of Tool
+    panel=$window
+    activate "$panel"
+    save_picture "$panel" panel
+    picture_of_list alt+s 'sensors list' sensors
+    [[ -z ${simulator_pid:-} ]] || command_sensors "$window"
+    picture_of_list alt+e 'events list' events
+    picture_of_list alt+c 'commands list' commands
+    leave_console
+    say "pictures of the console: $pictures"
+}
