@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: BSD-2-Clause
+#include "MessageEventParam.h"
+
+#include "Messages.h"
+#include "RecordParts.h"
+
+CMessageEventParam::CMessageEventParam(const CMessageEventParam &other)
+    : CMessageEventParam()
+{
+    *this = other;
+}
+
+CMessageEventParam::~CMessageEventParam()
+{
+    clean();
+}
+
+CMessageEventParam &CMessageEventParam::operator=(const CMessageEventParam &other)
+{
+    if (this == &other) {
+        return *this;
+    }
+    Type = other.Type;
+    CopyPtr(&Name, &LName, other.Name, other.LName);
+    CopyPtr(&Val, &LVal, other.Val, other.LVal);
+    return *this;
+}
+
+void CMessageEventParam::clean()
+{
+    RecordParts::release(Name);
+    RecordParts::release(Val);
+    LName = 0;
+    LVal = 0;
+    Type = 0;
+}
+
+void CMessageEventParam::AllocateStrings()
+{
+    RecordParts::allocateIfAny(Name, LName);
+    RecordParts::allocateIfAny(Val, LVal);
+}
