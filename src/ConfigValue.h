@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_CONFIGVALUE_H
+#define OBRIM_CONFIGVALUE_H
+
+#include "Config.h"
+
+#include <QString>
+
+/** The value that FindConfigValue finds, its bytes read as Latin-1; empty when no line has the key. */
+QString GetConfigValue(char lines[][ConfigLineSize], int &n, const char *key);
+
+#endif
