@@ -1,0 +1,342 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "DBFuns.h"
+
+#include "Config.h"
+#include "DBFunsDebug.h"
+#include "LoadDLL.h"
+#include "data.h"
+#include "foreigncall.h"
+
+#include <QByteArray>
+#include <QFile>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+namespace
+{
+TInformationBox informationBox = nullptr;
+
+/** Shows a message. Where memory is too short even for that, it goes to standard error. */
+void inform(QDialog *parent, const char *caption, const char *text)
+{
+    if (informationBox) {
+        try {
+            informationBox(parent, QString::fromLatin1(caption), QString::fromLatin1(text));
+            return;
+        } catch (...) {
+        }
+    }
+    std::fprintf(stderr, "%s\n", text);
+}
+
+/** What the operator and the trace read of one fetch function. */
+struct TFetchTexts {
+    const char *name;
+    const char *function; ///< the DB library's
+    const char *entry;
+    const char *exit;      ///< printf: result, count
+    const char *badAnswer; ///< the size query returned nonsense
+    const char *noArray;   ///< the caller gave no place for the array
+    const char *badSizes;  ///< printf: record size here, in the library; the same for the request
+};
+
+constexpr TFetchTexts sensorTexts = {
+    "DBGetSensors",
+    "FDBGetSensors",
+    "DBGetSensors<",
+    "DBGetSensors> (rtn=%d; N=%d)\n",
+    "DBGetSensors(NULL,NULL) return incorrect value (should return sizeof(CSensor))",
+    "FDBGetSensors: s==NULL",
+    "FDBGetSensors return incorrect struct size:sizeof(CSensor)=%d,return=%d",
+};
+
+constexpr TFetchTexts eventTexts = {
+    "DBGetEvents",
+    "FDBGetEvents",
+    "DBGetEvents<",
+    "DBGetEvents> \n",
+    "FDBGetEvents(NULL,NULL,NULL) return incorrect value (should return "
+    "sizeof(CMessageEvent)|(sizeof(CMessageEventRequest)<<16))",
+    "FDBGetEvents:event==NULL",
+    "FDBGetEvents return incorrect struct size:sizeof(CMessageEvent)=%d,return=%d; "
+    "size(CCMessageEventRequest)=%d,return=%d",
+};
+
+constexpr TFetchTexts commandTexts = {
+    "DBGetCommands",
+    "FDBGetCommands",
+    "DBGetCommands<",
+    "DBGetCommands> \n",
+    "FDBGetCommands(NULL,NULL,NULL) return incorrect value (should return "
+    "sizeof(CMessageCommand)|(sizeof(CMessageCommandRequest)<<16))",
+    "FDBGetCommands:command==NULL",
+    "FDBGetCommands return incorrect struct size:sizeof(CMessageCommand)=%d,return=%d; "
+    "size(CMessageCommandRequest)=%d,return=%d",
+};
+
+/** The sizes of a record and its request (0: it has none), here or as a library answered. */
+struct TSizes {
+    int record;
+    int request;
+};
+
+/** Reads the answer to a size query; nothing when it cannot be one. */
+std::optional<TSizes> readSizes(int answer, bool hasRequest)
+{
+    if (answer < 1) {
+        return std::nullopt;
+    }
+    if (!hasRequest) {
+        return TSizes{answer, 0};
+    }
+    const TSizes sizes = {answer & 0xFFFF, (answer >> 16) & 0xFFFF};
+    return sizes.record > 0 && sizes.request > 0 ? std::optional(sizes) : std::nullopt;
+}
+
+/** Whether the library was built for this program's records; tells the operator when not. */
+bool agree(const TFetchTexts &texts, TSizes ours, int answer, bool hasArray, QDialog *parent)
+{
+    const std::optional<TSizes> theirs = readSizes(answer, ours.request > 0);
+    if (!theirs) {
+        inform(parent, "", texts.badAnswer);
+        return false;
+    }
+    if (!hasArray) {
+        inform(parent, "", texts.noArray);
+        return false;
+    }
+    if (theirs->record != ours.record || theirs->request != ours.request) {
+        char text[256];
+        std::snprintf(text, sizeof(text), texts.badSizes, ours.record, theirs->record, ours.request, theirs->request);
+        inform(parent, "", text);
+        return false;
+    }
+    return true;
+}
+
+void informNoMemory(const TFetchTexts &texts, int count, QDialog *parent)
+{
+    char text[128];
+    std::snprintf(text, sizeof(text), "%s: not enough memory for %d records", texts.name, count);
+    inform(parent, "", text);
+}
+
+/** A deep copy of `count` records; NULL when memory is short. */
+template <class Record> std::unique_ptr<Record[]> copied(const Record *records, int count)
+{
+    try {
+        // No count is too large for an array where pointers have 8 bytes: one branch of the check is for 4.
+        std::unique_ptr<Record[]> copy(new Record[std::size_t(count)]); // GCOVR_EXCL_BR_LINE
+        for (int i = 0; i < count; ++i) {
+            copy[std::size_t(i)] = records[i];
+        }
+        return copy;
+    } catch (...) { // records fail to be copied for want of memory only
+        return nullptr;
+    }
+}
+
+/** What came of a library's fetch. */
+struct TFetched {
+    int result;
+    int noRoomFor; ///< records that memory was too short for, else 0
+};
+
+/**
+ * Fetches, copies and lets the library release its array, which it does
+ * exactly once whatever happens in between. The caller's array and count
+ * change only when all of that went well.
+ */
+template <class Record, class... Request>
+TFetched fetchFromLibrary(const TFetchTexts &texts, int (*library)(int *, Record **, Request *...), int *n,
+                          Record **array, Request *...request)
+{
+    const int before = *n;
+    Record *theirs = nullptr;
+    *n = 0;
+    const auto fetched = attempt(texts.function, [&] { return library(n, &theirs, request...); });
+    const int count = *n;
+    const bool toCopy = fetched && count >= 1 && theirs;
+    std::unique_ptr<Record[]> copy = toCopy ? copied(theirs, count) : nullptr;
+    const auto released = attempt(texts.function, [&] { return library(nullptr, &theirs, request...); });
+    const bool noRoom = toCopy && !copy;
+    if (!fetched || !released || noRoom) {
+        *n = before;
+        return {-1, noRoom ? count : 0};
+    }
+    if (copy) {
+        delete[] * array;
+        *array = copy.release();
+    }
+    return {*fetched, 0};
+}
+
+template <class Record, class... Request>
+int fetch(const TFetchTexts &texts, int (*library)(int *, Record **, Request *...),
+          int (*testSource)(int *, Record *, Request *...), int *n, Record **array, QDialog *parent,
+          Request *...request)
+{
+    std::puts(texts.entry);
+    if (!library) {
+        const int result = testSource(n, array ? *array : nullptr, request...);
+        std::printf(texts.exit, result, n ? *n : -1);
+        return result;
+    }
+    const auto answer =
+        attempt(texts.function, [&] { return library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
+    const TSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
+    if (!agree(texts, ours, answer.value_or(-1), array != nullptr, parent)) {
+        return -1;
+    }
+    const TFetched fetched = n ? fetchFromLibrary(texts, library, n, array, request...) : TFetched{-1, 0};
+    // The window that owns count and array may be closed while a box is open: nothing of it is read after that.
+    const int shown = n ? *n : -1;
+    if (fetched.noRoomFor > 0) {
+        informNoMemory(texts, fetched.noRoomFor, parent);
+    }
+    std::printf(texts.exit, fetched.result, shown);
+    return fetched.result;
+}
+
+int initialise(const char *function, TInitDBSensors *library, int (*testSource)(QString), const QString &dir)
+{
+    if (!library) {
+        return testSource(dir);
+    }
+    return attempt(function, [&] { return library(QFile::encodeName(dir).constData()); }).value_or(-1);
+}
+
+/** Sets CurWD and BaseWD, or ends the process. */
+void findBaseDirectory()
+{
+    const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
+    if (directory) {
+        CurWD = QFile::decodeName(directory.get());
+        for (const char *up : {"/..", "/../..", "/../../.."}) {
+            BaseWD = CurWD + QLatin1String(up);
+            if (FileExists(QFile::encodeName(BaseWD + QLatin1String("/Pics/Red.bmp")).constData())) {
+                return;
+            }
+        }
+    } else {
+        std::perror("The working directory cannot be read");
+    }
+    inform(nullptr, "Can't find base dir", "Can't find base dir");
+    std::exit(-1);
+}
+} // namespace
+
+void SetInformationBox(TInformationBox show)
+{
+    informationBox = show;
+}
+
+int FileExists(const char *path)
+{
+    FILE *file = OpenRegularFile(path);
+    if (!file) {
+        return 0;
+    }
+    std::fclose(file);
+    return 1;
+}
+
+int InitData()
+{
+    if (CurWD.isEmpty()) {
+        findBaseDirectory();
+    }
+    ConfigWD = BaseWD + QLatin1String("/Config");
+    DLLWD = BaseWD + QLatin1String("/Libs");
+    LoadDLL(DLLWD);
+    InitDBSensors(ConfigWD);
+    InitDBEvents(ConfigWD);
+    InitDBCommands(ConfigWD);
+    return 0;
+}
+
+int InitDBSensors(QString dir)
+{
+    std::puts("InitDBSensors<");
+    const int result = initialise("FInitDBSensors", FInitDBSensors, InitDBSensorsDebug, dir);
+    std::puts("InitDBSensors> ");
+    return result;
+}
+
+int InitDBEvents(QString dir)
+{
+    std::puts("InitDBEvents<");
+    const int result = initialise("FInitDBEvents", FInitDBEvents, InitDBEventsDebug, dir);
+    std::puts("InitDBEventss> ");
+    return result;
+}
+
+int InitDBCommands(QString dir)
+{
+    std::puts("InitDBCommands<");
+    const int result = initialise("FInitDBCommands", FInitDBCommands, InitDBCommandsDebug, dir);
+    std::puts("InitDBCommands> ");
+    return result;
+}
+
+int DBGetSensors(int *n, CSensor **sensors, QDialog *parent)
+{
+    return fetch(sensorTexts, FDBGetSensors, DBGetSensorsDebug, n, sensors, parent);
+}
+
+int DBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)
+{
+    return fetch(eventTexts, FDBGetEvents, DBGetEventsDebug, n, events, parent, request);
+}
+
+int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)
+{
+    return fetch(commandTexts, FDBGetCommands, DBGetCommandsDebug, n, commands, parent, request);
+}
+
+int DBPutCommand(CMessageCommand &command)
+{
+    if (!FDBPutCommand) {
+        return -1;
+    }
+    std::puts("DBPutCommand<");
+    const int result = attempt("FDBPutCommand", [&] { return FDBPutCommand(&command); }).value_or(-1);
+    std::puts("DBPutCommand<");
+    return result;
+}
+
+int DBPutEvent(CMessageEvent &event)
+{
+    if (!FDBPutEvent) {
+        return -1;
+    }
+    std::puts("DBPutEvent<");
+    const int result = attempt("FDBPutEvent", [&] { return FDBPutEvent(&event); }).value_or(-1);
+    std::puts("DBPutEvent<");
+    return result;
+}
+
+int DBDeleteCommand(int id)
+{
+    std::puts("DBDeleteCommand<");
+    if (FDBDeleteCommand) {
+        attempt("FDBDeleteCommand", [&] { return FDBDeleteCommand(id); });
+    }
+    std::puts("DBDeleteCommand> ");
+    return 0;
+}
+
+int DBDeleteEvent(int id)
+{
+    std::puts("DBDeleteEvent<");
+    if (FDBDeleteEvent) {
+        attempt("FDBDeleteEvent", [&] { return FDBDeleteEvent(id); });
+    }
+    std::puts("DBDeleteEvent> ");
+    return 0;
+}

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_DBFUNS_H
+#define OBRIM_DBFUNS_H
+
+#include "Messages.h"
+
+#include <QString>
+
+class QDialog;
+
+/**
+ * @file
+ * The one way to the records, for every window. All of these run on the GUI
+ * thread. Each writes a trace line to standard output on entry and on exit.
+ * No exception leaves them: what a DB library throws is told on standard
+ * error and answered with -1.
+ */
+
+/** Shows `text` to the operator, with one OK button; `parent` may be NULL. */
+using TInformationBox = void (*)(QDialog *parent, const QString &caption, const QString &text);
+
+/**
+ * Says how messages for the operator are shown, so that this layer needs no
+ * widgets. Until then, and after NULL, they go to standard error.
+ */
+void SetInformationBox(TInformationBox show);
+
+/** 1 when the regular file at `path` can be opened for reading, else 0. Never blocks. */
+int FileExists(const char *path);
+
+/**
+ * Finds the base directory (first call only), then loads the DB library and
+ * initialises the three data sources (every call). Returns 0 always; ends the
+ * process with exit status 255, after a message, when there is no base directory.
+ */
+int InitData();
+
+/**
+ * Initialises one data source: the DB library's function with `dir`, or the
+ * test data source's when that function is NULL. `dir` is the configuration
+ * directory. Returns what the source returns.
+ */
+int InitDBSensors(QString dir);
+/** As InitDBSensors, for events. */
+int InitDBEvents(QString dir);
+/** As InitDBSensors, for commands. */
+int InitDBCommands(QString dir);
+
+/**
+ * Fetches all sensors.
+ *
+ * `*sensors` is NULL or an array that was made with array new. With a DB
+ * library that keeps the contract, and at least one record, the array is
+ * replaced by a new one of `*n` records; the caller owns it and releases it
+ * with array delete. With no record the array stays and `*n` becomes 0.
+ *
+ * Without the library's function, `*n` becomes the test data source's count,
+ * and an array that is not NULL is filled in place: it must then have room
+ * for DebugSensorCapacity records.
+ *
+ * Returns the library's own result. After a failed size check, a NULL
+ * `sensors`, too little memory (each shown with `parent` under the box) and
+ * after an exception it returns -1, with `*n` and `*sensors` as before.
+ */
+int DBGetSensors(int *n, CSensor **sensors, QDialog *parent);
+/** As DBGetSensors, for the events that `request` selects. */
+int DBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent);
+/** As DBGetSensors, for the commands that `request` selects. */
+int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent);
+
+/** Hands a command to the DB library, which copies it. Returns its result; -1 without such a function. */
+int DBPutCommand(CMessageCommand &command);
+/** As DBPutCommand, for an event. */
+int DBPutEvent(CMessageEvent &event);
+
+/** Deletes a command from the store. Returns 0 always; without such a function nothing is done. */
+int DBDeleteCommand(int id);
+/** As DBDeleteCommand, for an event. */
+int DBDeleteEvent(int id);
+
+#endif

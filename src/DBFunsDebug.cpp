@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "DBFunsDebug.h"
+
+#include "Config.h"
+#include "Messages.h"
+
+#include <QFile>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace
+{
+template <typename Record, int Size> struct Table {
+    static constexpr int Capacity = Size;
+    Record records[Size];
+    int count = 0;
+};
+
+Table<CSensor, DebugSensorCapacity> sensorTable;
+Table<CMessageEvent, DebugEventCapacity> eventTable;
+Table<CMessageCommand, DebugCommandCapacity> commandTable;
+QString eventDir;
+QString commandDir;
+
+struct CloseFile {
+    void operator()(std::FILE *f) const
+    {
+        std::fclose(f);
+    }
+};
+
+/** The lines of one block. */
+class Block
+{
+public:
+    /** Reads the next block; false when the file ends before the block does. */
+    bool read(std::FILE *f)
+    {
+        return GetConfigBlock(f, lines, count) == 1;
+    }
+
+    /** Empty without such a key. */
+    std::string text(const char *key) const
+    {
+        std::string value;
+        FindConfigValue(lines, count, key, value);
+        return value;
+    }
+
+    /** 0 without such a key and for what is not a whole integer. */
+    int number(const char *key) const
+    {
+        return QString::fromStdString(text(key)).toInt();
+    }
+
+private:
+    char lines[MaxBlockLines][ConfigLineSize];
+    int count = 0;
+};
+
+void setText(char *&text, int &length, const std::string &value)
+{
+    CopyPtr(&text, &length, value.c_str(), int(value.size()) + 1);
+}
+
+// Each fills a table's slot from a block; false, and the slot untouched, when
+// the block has no name. What no key sets stays as it was in that slot.
+
+bool fill(CSensor &sensor, const Block &block)
+{
+    const std::string id = block.text("ID");
+    if (id.empty()) {
+        return false;
+    }
+    setText(sensor.SensorID, sensor.LSensorID, id);
+    sensor.SensorType = block.number("Type");
+    const std::string description = block.text("Description");
+    if (!description.empty()) {
+        setText(sensor.Description, sensor.LDescription, description);
+    }
+    const std::string alive = block.text("IsAlive");
+    if (!alive.empty()) {
+        const bool yes = alive == "yes" || alive == "Yes" || alive == "YES";
+        sensor.MessageType = yes ? SensorAlive : SensorDead;
+    }
+    return true;
+}
+
+bool fill(CMessageEvent &event, const Block &block)
+{
+    const std::string id = block.text("SENSOR_ID");
+    if (id.empty()) {
+        return false;
+    }
+    setText(event.SensorID, event.LSensorID, id);
+    event.SensorType = block.number("SENSOR_TYPE");
+    setText(event.EventName, event.LEventName, block.text("EVENT_NAME"));
+    event.EventTime = block.number("EVENT_TIME");
+    return true;
+}
+
+bool fill(CMessageCommand &command, const Block &block)
+{
+    const std::string id = block.text("SENSOR_ID");
+    if (id.empty()) {
+        return false;
+    }
+    setText(command.SensorID, command.LSensorID, id);
+    command.CommandType = block.number("COMMAND_TYPE");
+    command.CommandID = block.number("COMMAND_ID");
+    command.CommandTime = block.number("COMMAND_TIME");
+    return true;
+}
+
+template <typename TTable> void readTable(TTable &table, const QString &path)
+{
+    table.count = 0;
+    const std::unique_ptr<std::FILE, CloseFile> file(OpenRegularFile(QFile::encodeName(path).constData()));
+    Block block;
+    while (file && table.count < TTable::Capacity && block.read(file.get())) {
+        if (fill(table.records[table.count], block)) {
+            ++table.count;
+        }
+    }
+}
+
+/**
+ * Runs what may find memory short: 0 when it did not, else -1. No exception
+ * may leave the source: it would unwind through the event loop.
+ */
+template <typename Action> int attempt(Action action)
+{
+    try {
+        action();
+        return 0;
+    } catch (...) {
+        return -1;
+    }
+}
+
+template <typename TTable, typename Record> int handOut(const TTable &table, int *n, Record *records)
+{
+    if (!n) {
+        return -1;
+    }
+    const int result = attempt([&] {
+        for (int i = table.count - 1; records && i >= 0; --i) {
+            records[i] = table.records[i];
+        }
+    });
+    if (result == 0) {
+        *n = table.count;
+    }
+    return result;
+}
+} // namespace
+
+int InitDBSensorsDebug(QString dir)
+{
+    return attempt([&] { readTable(sensorTable, dir + QLatin1String("/DebugInitSensor.txt")); });
+}
+
+int InitDBEventsDebug(QString dir)
+{
+    eventDir = dir;
+    return attempt([&] { readTable(eventTable, dir + QLatin1String("/DebugInitEvents.txt")); });
+}
+
+int InitDBCommandsDebug(QString dir)
+{
+    commandDir = dir;
+    return attempt([&] { readTable(commandTable, dir + QLatin1String("/DebugInitCommands.txt")); });
+}
+
+int DBGetSensorsDebug(int *n, CSensor *sensors)
+{
+    return handOut(sensorTable, n, sensors);
+}
+
+int DBGetEventsDebug(int *n, CMessageEvent *events, CMessageEventRequest *)
+{
+    const int result = InitDBEventsDebug(eventDir);
+    return result == 0 ? handOut(eventTable, n, events) : result;
+}
+
+int DBGetCommandsDebug(int *n, CMessageCommand *commands, CMessageCommandRequest *)
+{
+    const int result = InitDBCommandsDebug(commandDir);
+    return result == 0 ? handOut(commandTable, n, commands) : result;
+}

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_LOADDLL_H
+#define OBRIM_LOADDLL_H
+
+#include "Messages.h"
+
+#include <QString>
+
+/**
+ * @file
+ * The DB library's ten functions. Each is NULL until a LoadDLL call has found
+ * it; whoever calls one tests it first. A NULL pointer selects the test data
+ * source, function by function.
+ */
+extern TDBGetSensors *FDBGetSensors;
+extern TInitDBSensors *FInitDBSensors;
+extern TDBGetEvents *FDBGetEvents;
+extern TInitDBEvents *FInitDBEvents;
+extern TDBGetCommands *FDBGetCommands;
+extern TInitDBCommands *FInitDBCommands;
+extern TDBPutCommand *FDBPutCommand;
+extern TDBPutEvent *FDBPutEvent;
+extern TDBDeleteCommand *FDBDeleteCommand;
+extern TDBDeleteEvent *FDBDeleteEvent;
+
+/**
+ * Loads `dir` + "/DBLib.a" and looks its functions up: all ten by their C++
+ * symbols, and when one is missing, the first seven again by their C names.
+ * ConfigWD + "/Funs.def" may give other names; they hold in both passes.
+ *
+ * Progress goes to standard output, the system's own reason for a failure as
+ * one more line to standard error.
+ *
+ * Returns 0 when the functions are found, and also when the file cannot be
+ * loaded (the console then runs on the test data source); -1 when there is no
+ * such file or a C symbol is missing.
+ *
+ * Each call does everything again. A failing pass leaves NULL in the pointer
+ * that it failed at, and every pointer that it did not reach as it was. The
+ * library is never unloaded, so a pointer stays callable.
+ */
+int LoadDLL(QString dir);
+
+#endif
