@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "requestfilling.h"
+
+#include "Messages.h"
+#include "timepresets.h"
+
+#include <climits>
+
+namespace
+{
+// What both requests have under the same names.
+template <class Request> void fillCommon(Request &request, const FilterControls &controls, const QString &mask)
+{
+    request.NMax = recordLimit(controls.nMax);
+    request.TakeFirst1_Last0 = controls.whichGet;
+    if (mask.isEmpty())
+        return;
+    const QByteArray latin1 = mask.toLatin1();
+    CopyPtr(&request.SensorID, &request.LSensorID, latin1.constData(), int(latin1.size()) + 1);
+    request.UseSensorID = 1;
+}
+
+void askAbove(int idLast, int &lowest, int &useLowest, int &highest, int &useHighest)
+{
+    const bool more = idLast < INT_MAX;
+    lowest = more ? idLast + 1 : INT_MAX;
+    useLowest = 1;
+    highest = 0;
+    useHighest = more ? 0 : 1;
+}
+} // namespace
+
+int recordLimit(const QString &text)
+{
+    return text.toInt();
+}
+
+void fillRequest(CMessageEventRequest &request, const FilterControls &controls, const QString &mask,
+                 std::optional<int> idLast)
+{
+    fillCommon(request, controls, mask);
+    request.MessageType = controls.type;
+    request.UseMessageType = controls.type > 0 ? 1 : 0;
+    request.EventTime0 = toRecordTime(controls.timeFrom);
+    request.UseEventTime0 = controls.timeFromUsed ? 1 : 0;
+    request.EventTime1 = toRecordTime(controls.timeTo);
+    request.UseEventTime1 = controls.timeToUsed ? 1 : 0;
+    if (idLast)
+        askAbove(*idLast, request.MessageID0, request.UseMessageID0, request.MessageID1, request.UseMessageID1);
+}
+
+void fillRequest(CMessageCommandRequest &request, const FilterControls &controls, const QString &mask,
+                 std::optional<int> idLast)
+{
+    fillCommon(request, controls, mask);
+    request.CommandType = controls.type;
+    request.UseCommandType = controls.type != 0 ? 1 : 0;
+    request.CommandTime0 = toRecordTime(controls.timeFrom);
+    request.UseCommandTime0 = controls.timeFromUsed ? 1 : 0;
+    request.CommandTime1 = toRecordTime(controls.timeTo);
+    request.UseCommandTime1 = controls.timeToUsed ? 1 : 0;
+    if (idLast)
+        askAbove(*idLast, request.CommandID0, request.UseCommandID0, request.CommandID1, request.UseCommandID1);
+}
