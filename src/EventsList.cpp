@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "EventsList.h"
+
+#include "formtexts.h"
+#include "panelfont.h"
+
+#include <KLocalizedString>
+#include <QEvent>
+
+namespace
+{
+
+QStringList Headings()
+{
+    return {tr2i18n("N"),          tr2i18n("Sensor ID"),  tr2i18n("EventID"),
+            tr2i18n("Event Name"), tr2i18n("Event Time"), tr2i18n("Parameters")};
+}
+
+} // namespace
+
+DEventList::DEventList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
+    : QDialog(parent, fl)
+{
+    setWindowFlag(Qt::WindowContextHelpButtonHint, fl.testFlag(Qt::WindowContextHelpButtonHint));
+    setModal(modal);
+    setupUi(this);
+    if (name)
+        setObjectName(QString::fromLatin1(name));
+    AddColumns(listMessages, Headings());
+    listMessages->setResizeMode(ListView::NoColumn);
+    DEventList::languageChange();
+    resize(size().expandedTo(minimumSizeHint()));
+    connectControls();
+}
+
+void DEventList::connectControls()
+{
+    connect(comboFrom_TimeAgo, QOverload<int>::of(&QComboBox::activated), this, &DEventList::onSetTimeFrom);
+    connect(comboTo_TimeAgo, QOverload<int>::of(&QComboBox::activated), this, &DEventList::onSetTimeTo);
+    connect(BUpdateList, &QPushButton::clicked, this, &DEventList::onUpdateList);
+    connect(pushButton2, &QPushButton::clicked, this, &DEventList::onGetNewEvents);
+    connect(AutoUpdate, QOverload<int>::of(&QComboBox::activated), this, &DEventList::setAutoUpdate);
+    connect(listMessages, &ListView::rightButtonClicked, this, &DEventList::onRBList);
+}
+
+void DEventList::onUpdateList()
+{
+    qWarning("DEventList::onUpdateList(): Not implemented yet");
+}
+
+void DEventList::onSetTimeFrom(int)
+{
+    qWarning("DEventList::onSetTimeFrom(int): Not implemented yet");
+}
+
+void DEventList::onSetTimeTo(int)
+{
+    qWarning("DEventList::onSetTimeTo(int): Not implemented yet");
+}
+
+void DEventList::onGetNewEvents()
+{
+    qWarning("DEventList::onGetNewEvents(): Not implemented yet");
+}
+
+void DEventList::setAutoUpdate(int)
+{
+    qWarning("DEventList::setAutoUpdate(int): Not implemented yet");
+}
+
+void DEventList::onRBList(QListViewItem *, const QPoint &, int)
+{
+    qWarning("DEventList::onRBList(QListViewItem*,const QPoint&,int): Not implemented yet");
+}
+
+void DEventList::languageChange()
+{
+    retranslateUi(this);
+    RelabelColumns(listMessages, Headings());
+    RefillCombo(comboTo_TimeAgo, TimeAgoItems());
+    RefillCombo(comboFrom_TimeAgo, TimeAgoItems());
+    RefillCombo(AutoUpdate, AutoUpdateItems());
+    FitPanelFont(GB0);
+}
+
+void DEventList::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange)
+        languageChange();
+    else if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        FitPanelFont(GB0);
+}

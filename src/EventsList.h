@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_EVENTSLIST_H
+#define OBRIM_EVENTSLIST_H
+
+#include "listview.h"
+#include "ui_EventsList.h"
+
+#include <QDialog>
+
+/**
+ * The form of the events list window: the list on the left, the fixed panel of
+ * filter controls on the right. No control has a value yet but the first entry
+ * of each combo box.
+ */
+class DEventList : public QDialog, public Ui::DEventList
+{
+    Q_OBJECT
+
+public:
+    /** A NULL `name` gives the object name "DEventList". */
+    explicit DEventList(QWidget *parent = nullptr, const char *name = nullptr, bool modal = false,
+                        Qt::WindowFlags fl = {});
+
+public slots:
+    virtual void onUpdateList();
+    virtual void onSetTimeFrom(int index);
+    virtual void onSetTimeTo(int index);
+    virtual void onGetNewEvents();
+    virtual void setAutoUpdate(int index);
+    virtual void onRBList(QListViewItem *item, const QPoint &pt, int ip);
+
+protected slots:
+    /** Sets every visible text in the current language and refills the combo boxes. */
+    virtual void languageChange();
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void connectControls();
+};
+
+#endif

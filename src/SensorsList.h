@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_SENSORSLIST_H
+#define OBRIM_SENSORSLIST_H
+
+#include "listview.h"
+#include "ui_SensorsList.h"
+
+#include <QDialog>
+
+/** The form of the sensors list window: the list under a gap for the menu bar. */
+class Form1 : public QDialog, public Ui::Form1
+{
+    Q_OBJECT
+
+public:
+    /** A NULL `name` gives the object name "Form1". */
+    explicit Form1(QWidget *parent = nullptr, const char *name = nullptr, bool modal = false, Qt::WindowFlags fl = {});
+
+public slots:
+    virtual void onRBList(QListViewItem *item, const QPoint &pt, int ip);
+
+protected slots:
+    /** Sets every visible text in the current language. */
+    virtual void languageChange();
+
+protected:
+    void changeEvent(QEvent *event) override;
+};
+
+#endif

@@ -1,0 +1,149 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "cwd_commandslist.h"
+
+#include "DBFuns.h"
+#include "LoadDLL.h"
+
+ListView *CommandListTraits::list(const DCommandsList &form)
+{
+    return form.listCommands;
+}
+
+bool CommandListTraits::onTestData()
+{
+    return !FDBGetCommands;
+}
+
+int CommandListTraits::get(int *count, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)
+{
+    return DBGetCommands(count, commands, request, parent);
+}
+
+void CommandListTraits::remove(int id)
+{
+    DBDeleteCommand(id);
+}
+
+int CommandListTraits::id(const CMessageCommand &command)
+{
+    return command.CommandID;
+}
+
+std::time_t CommandListTraits::time(const CMessageCommand &command)
+{
+    return command.CommandTime;
+}
+
+CommandKind CommandListTraits::kind(const CMessageCommand &command, NamePool &)
+{
+    return {command.CommandType};
+}
+
+QStringList CommandListTraits::columnNames()
+{
+    return {tr2i18n("Number"), tr2i18n("Sensor"), tr2i18n("ID"), tr2i18n("Type"), tr2i18n("Date"), tr2i18n("Params")};
+}
+
+QString CommandListTraits::deleteEntry()
+{
+    return tr2i18n("Delete command from DB");
+}
+
+QString CommandListTraits::deleteQuestion()
+{
+    return tr2i18n("Delete command with ID=");
+}
+
+CWD_CommandsList::CWD_CommandsList(QWidget *parent, const char *caption, const char *mask)
+    : RecordListWindow(parent, caption)
+{
+    const QPointer<QObject> self(this);
+    NMax->setText(QStringLiteral("100"));
+    setFirstColumnWidth(20);
+    resetNumbers();
+    selectDefaultFilter();
+    AccSensorID = rowNumberDigits(0);
+    setSensorNameMask(mask);
+    fillTimeRange();
+    timer = nullptr;
+    setCaption(caption);
+    itemSelected = nullptr;
+    firstPaint = 1;
+    update();
+    ResetData();
+    if (!self)
+        return;
+    showAllColumns();
+    createMenus<CWD_CommandsList>({&CWD_CommandsList::FSetVisibilityC0, &CWD_CommandsList::FSetVisibilityC1,
+                                   &CWD_CommandsList::FSetVisibilityC2, &CWD_CommandsList::FSetVisibilityC3,
+                                   &CWD_CommandsList::FSetVisibilityC4, &CWD_CommandsList::FSetVisibilityC5});
+    itemSelected = nullptr;
+    ResizeColumns();
+    finishConstruction();
+}
+
+void CWD_CommandsList::onUpdateList()
+{
+    ResetData();
+}
+
+void CWD_CommandsList::noGetNewCommands()
+{
+    GetNewData();
+}
+
+void CWD_CommandsList::onSetTimeFrom(int index)
+{
+    applyTimePreset(timeFrom, timeFromUsed, index);
+}
+
+void CWD_CommandsList::onSetTimeTo(int index)
+{
+    applyTimePreset(timeTo, timeToUsed, index);
+}
+
+void CWD_CommandsList::setAutoUpdate(int index)
+{
+    chooseAutoUpdate(index);
+}
+
+void CWD_CommandsList::onRBList(QListViewItem *item, const QPoint &, int)
+{
+    showContextMenu(item);
+}
+
+void CWD_CommandsList::onDeleteItem()
+{
+    deleteSelectedRecord();
+}
+
+void CWD_CommandsList::FSetVisibilityC0()
+{
+    SetColumnsVisibiliy(0, -1);
+}
+
+void CWD_CommandsList::FSetVisibilityC1()
+{
+    SetColumnsVisibiliy(1, -1);
+}
+
+void CWD_CommandsList::FSetVisibilityC2()
+{
+    SetColumnsVisibiliy(2, -1);
+}
+
+void CWD_CommandsList::FSetVisibilityC3()
+{
+    SetColumnsVisibiliy(3, -1);
+}
+
+void CWD_CommandsList::FSetVisibilityC4()
+{
+    SetColumnsVisibiliy(4, -1);
+}
+
+void CWD_CommandsList::FSetVisibilityC5()
+{
+    SetColumnsVisibiliy(5, -1);
+}

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_CWD_COMMANDSLIST_H
+#define OBRIM_CWD_COMMANDSLIST_H
+
+#include "CommandsList.h"
+#include "DBFunsDebug.h"
+#include "Messages.h"
+#include "commanditem.h"
+#include "recordlistwindow.h"
+
+/** Commands, as RecordListWindow needs to know them. */
+struct CommandListTraits {
+    using Form = DCommandsList;
+    using Record = CMessageCommand;
+    using Request = CMessageCommandRequest;
+    using Item = CommandItem;
+
+    static constexpr int numericColumns[] = {NumberColumn, IdentifierColumn, KindColumn, DateColumn};
+    static constexpr int testDataCapacity = DebugCommandCapacity;
+    static constexpr int firstColumnWidthWhileLoading = 10;
+    static constexpr bool emptyAnswerResetsDigits = false;
+    static constexpr bool repaintsAfterSizing = false;
+    static constexpr auto getNew = &DCommandsList::noGetNewCommands;
+
+    static ListView *list(const DCommandsList &form);
+    static bool onTestData();
+    static int get(int *count, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent);
+    static void remove(int id);
+    static int id(const CMessageCommand &command);
+    static std::time_t time(const CMessageCommand &command);
+    static CommandKind kind(const CMessageCommand &command, NamePool &names);
+    static QStringList columnNames();
+    static QString deleteEntry();
+    static QString deleteQuestion();
+};
+
+/** The window that lists, filters, refreshes and deletes commands. It deletes itself when it is closed. */
+class CWD_CommandsList : public RecordListWindow<CommandListTraits>
+{
+    Q_OBJECT
+
+public:
+    /** As CWD_EventsList, but loads only once, with the mask. */
+    CWD_CommandsList(QWidget *parent, const char *caption, const char *mask);
+
+public slots:
+    void onUpdateList() override;
+    void noGetNewCommands() override;
+    void onSetTimeFrom(int index) override;
+    void onSetTimeTo(int index) override;
+    void setAutoUpdate(int index) override;
+    void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
+    void onDeleteItem() override;
+    void FSetVisibilityC0();
+    void FSetVisibilityC1();
+    void FSetVisibilityC2();
+    void FSetVisibilityC3();
+    void FSetVisibilityC4();
+    void FSetVisibilityC5();
+};
+
+#endif

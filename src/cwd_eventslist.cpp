@@ -1,0 +1,164 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "cwd_eventslist.h"
+
+#include "DBFuns.h"
+#include "LoadDLL.h"
+
+ListView *EventListTraits::list(const DEventList &form)
+{
+    return form.listMessages;
+}
+
+bool EventListTraits::onTestData()
+{
+    return !FDBGetEvents;
+}
+
+int EventListTraits::get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)
+{
+    return DBGetEvents(count, events, request, parent);
+}
+
+void EventListTraits::remove(int id)
+{
+    DBDeleteEvent(id);
+}
+
+int EventListTraits::id(const CMessageEvent &event)
+{
+    return event.MessageID;
+}
+
+std::time_t EventListTraits::time(const CMessageEvent &event)
+{
+    return event.EventTime;
+}
+
+EventKind EventListTraits::kind(const CMessageEvent &event, NamePool &names)
+{
+    return {names.name(RecordBytes(event.EventName, event.LEventName))};
+}
+
+QStringList EventListTraits::columnNames()
+{
+    return {tr2i18n("Number"), tr2i18n("Sensor"), tr2i18n("ID"), tr2i18n("Name"), tr2i18n("Date"), tr2i18n("Params")};
+}
+
+QString EventListTraits::deleteEntry()
+{
+    return tr2i18n("Delete event from DB");
+}
+
+QString EventListTraits::deleteQuestion()
+{
+    return tr2i18n("Delete event with ID=");
+}
+
+CWD_EventsList::CWD_EventsList(QWidget *parent, const char *caption, const char *mask)
+    : RecordListWindow(parent, caption)
+{
+    const QPointer<QObject> self(this);
+    NMax->setText(QStringLiteral("100"));
+    ResetData();
+    if (!self)
+        return;
+    setFirstColumnWidth(20);
+    resetNumbers();
+    selectDefaultFilter();
+    AccSensorID = rowNumberDigits(0);
+    fillTimeRange();
+    timer = nullptr;
+    setCaption(caption);
+    setSensorNameMask(mask);
+    itemSelected = nullptr;
+    update();
+    ResetData();
+    if (!self)
+        return;
+    showAllColumns();
+    createMenus<CWD_EventsList>({&CWD_EventsList::FSetVisibilityC0, &CWD_EventsList::FSetVisibilityC1,
+                                 &CWD_EventsList::FSetVisibilityC2, &CWD_EventsList::FSetVisibilityC3,
+                                 &CWD_EventsList::FSetVisibilityC4, &CWD_EventsList::FSetVisibilityC5});
+    itemSelected = nullptr;
+    firstPaint = 0;
+    ResizeColumns();
+    setGeometry(geometry());
+    // That counts as a place chosen by hand; the window has none yet and opens over its parent as the others do.
+    setAttribute(Qt::WA_Moved, false);
+    firstPaint = 1;
+    finishConstruction();
+}
+
+void CWD_EventsList::create(WId window, bool initializeWindow, bool destroyOldWindow)
+{
+    QWidget::create(window, initializeWindow, destroyOldWindow);
+}
+
+void CWD_EventsList::onUpdateList()
+{
+    ResetData();
+}
+
+void CWD_EventsList::onGetNewEvents()
+{
+    GetNewData();
+}
+
+void CWD_EventsList::onSetTimeFrom(int index)
+{
+    qWarning("CWD_EventsList::onSetTimeFrom:i=%d", index);
+    applyTimePreset(timeFrom, timeFromUsed, index);
+}
+
+void CWD_EventsList::onSetTimeTo(int index)
+{
+    applyTimePreset(timeTo, timeToUsed, index);
+}
+
+void CWD_EventsList::setAutoUpdate(int index)
+{
+    chooseAutoUpdate(index);
+}
+
+void CWD_EventsList::onDeleteItem()
+{
+    deleteSelectedRecord();
+}
+
+void CWD_EventsList::onRBList(int) {}
+
+void CWD_EventsList::onRBList(QListViewItem *item, const QPoint &, int)
+{
+    showContextMenu(item);
+}
+
+void CWD_EventsList::FSetVisibilityC0()
+{
+    SetColumnsVisibiliy(0, -1);
+}
+
+void CWD_EventsList::FSetVisibilityC1()
+{
+    SetColumnsVisibiliy(1, -1);
+}
+
+void CWD_EventsList::FSetVisibilityC2()
+{
+    SetColumnsVisibiliy(2, -1);
+}
+
+void CWD_EventsList::FSetVisibilityC3()
+{
+    SetColumnsVisibiliy(3, -1);
+}
+
+void CWD_EventsList::FSetVisibilityC4()
+{
+    SetColumnsVisibiliy(4, -1);
+}
+
+void CWD_EventsList::FSetVisibilityC5()
+{
+    SetColumnsVisibiliy(5, -1);
+}

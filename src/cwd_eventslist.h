@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_CWD_EVENTSLIST_H
+#define OBRIM_CWD_EVENTSLIST_H
+
+#include "DBFunsDebug.h"
+#include "EventsList.h"
+#include "Messages.h"
+#include "eventitem.h"
+#include "recordlistwindow.h"
+
+/** Events, as RecordListWindow needs to know them. */
+struct EventListTraits {
+    using Form = DEventList;
+    using Record = CMessageEvent;
+    using Request = CMessageEventRequest;
+    using Item = EventItem;
+
+    static constexpr int numericColumns[] = {NumberColumn, IdentifierColumn, DateColumn};
+    static constexpr int testDataCapacity = DebugEventCapacity;
+    static constexpr int firstColumnWidthWhileLoading = 30;
+    static constexpr bool emptyAnswerResetsDigits = true;
+    static constexpr bool repaintsAfterSizing = true;
+    static constexpr auto getNew = &DEventList::onGetNewEvents;
+
+    static ListView *list(const DEventList &form);
+    static bool onTestData();
+    static int get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent);
+    static void remove(int id);
+    static int id(const CMessageEvent &event);
+    static std::time_t time(const CMessageEvent &event);
+    static EventKind kind(const CMessageEvent &event, NamePool &names);
+    static QStringList columnNames();
+    static QString deleteEntry();
+    static QString deleteQuestion();
+};
+
+/** The window that lists, filters, refreshes and deletes events. It deletes itself when it is closed. */
+class CWD_EventsList : public RecordListWindow<EventListTraits>
+{
+    Q_OBJECT
+
+public:
+    /**
+     * `caption` is the object's name and the window's title; `mask` selects the
+     * sensors by name, NULL: all. Both are copied.
+     *
+     * Loads twice, first without the mask: a failing load shows its box here
+     * already. When `parent` dies under such a box, so has this window, and
+     * its creator must not touch it.
+     */
+    CWD_EventsList(QWidget *parent, const char *caption, const char *mask);
+
+    virtual void create(WId window, bool initializeWindow, bool destroyOldWindow);
+
+public slots:
+    void onUpdateList() override;
+    void onGetNewEvents() override;
+    void onSetTimeFrom(int index) override;
+    void onSetTimeTo(int index) override;
+    void setAutoUpdate(int index) override;
+    void onDeleteItem() override;
+    virtual void onRBList(int);
+    void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
+    void FSetVisibilityC0();
+    void FSetVisibilityC1();
+    void FSetVisibilityC2();
+    void FSetVisibilityC3();
+    void FSetVisibilityC4();
+    void FSetVisibilityC5();
+};
+
+#endif

@@ -1,0 +1,243 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "cwd_sensorslist.h"
+
+#include "DBFuns.h"
+#include "DBFunsDebug.h"
+#include "LoadDLL.h"
+#include "Messages.h"
+#include "cwd_commandslist.h"
+#include "cwd_eventslist.h"
+#include "data.h"
+#include "sensoritem.h"
+
+#include <KLocalizedString>
+
+static QStringList columnNames()
+{
+    return {tr2i18n("Number"), tr2i18n("Description"), tr2i18n("Is alive")};
+}
+
+CWD_SensorsList::CWD_SensorsList(QWidget *parent, const char *name)
+    : ListWindow(parent, name)
+{
+    connect(list(), &ListView::itemRemoved, this, [this](const QListViewItem *item) {
+        if (item == itemSelected)
+            itemSelected = nullptr;
+    });
+    connect(list(), &ListView::cleared, this, [this] { itemSelected = nullptr; });
+
+    const QPointer<QObject> self(this);
+    std::fill(std::begin(ColumnsVisibiliy), std::end(ColumnsVisibiliy), 1);
+    NColumns = SensorColumnCount;
+    update();
+    ResetData();
+    if (!self)
+        return;
+    createMenus();
+    itemSelected = nullptr;
+    ResizeColumns();
+    finishConstruction();
+}
+
+CWD_SensorsList::~CWD_SensorsList()
+{
+    releaseSensors();
+}
+
+void CWD_SensorsList::createMenus()
+{
+    Menu0 = new QMenu(tr2i18n("&Menu"), this);
+    // Queued: a load may wait in a box in which this window dies, and the menu
+    // with it, which must not be busy with the entry at that time.
+    connect(Menu0->addAction(tr2i18n("Update data")), &QAction::triggered, this, &CWD_SensorsList::FUpdateData,
+            Qt::QueuedConnection);
+    Menu1 = new QMenu(tr2i18n("&Columns"), this);
+    addColumnEntries<CWD_SensorsList>(
+        managedColumns(), columnNames(), this,
+        {&CWD_SensorsList::FSetVisibilityC0, &CWD_SensorsList::FSetVisibilityC1, &CWD_SensorsList::FSetVisibilityC2});
+    QMenuBar *bar = addMenuBar();
+    bar->addMenu(Menu0);
+    bar->addMenu(Menu1);
+}
+
+ListView *CWD_SensorsList::list()
+{
+    return SensorsList;
+}
+
+ManagedColumns CWD_SensorsList::managedColumns()
+{
+    return {list(), Menu1, ColumnsVisibiliy, NColumns};
+}
+
+/** Releases the records, and the rows before them, which refer to them. */
+void CWD_SensorsList::releaseSensors()
+{
+    list()->clear();
+    NSensors = 0;
+    delete[] Sensor;
+    Sensor = nullptr;
+}
+
+void CWD_SensorsList::ResetData()
+{
+    load([this](const auto &self) { reload(self); });
+}
+
+void CWD_SensorsList::reload(const QPointer<QObject> &self)
+{
+    releaseSensors();
+    // Not into the members: the window may die while a box is open.
+    int count = 0;
+    CSensor *sensors = nullptr;
+    DBGetSensors(&count, &sensors, this);
+    std::unique_ptr<CSensor[]> owned(sensors);
+    if (!self)
+        return;
+    // The test data source copies into what it is given and allocates nothing.
+    if (count > 0 && !sensors && !FDBGetSensors) {
+        owned = std::make_unique<CSensor[]>(DebugSensorCapacity);
+        sensors = owned.get();
+        DBGetSensors(&count, &sensors, this);
+    }
+    if (!owned || count <= 0)
+        return;
+    ListView::Rows rows;
+    rows.reserve(std::size_t(count));
+    for (int i = 0; i < count; ++i)
+        rows.push_back(std::make_unique<SensorItem>(sensors[i]));
+    NSensors = count;
+    Sensor = owned.release();
+    list()->insertItems(std::move(rows));
+}
+
+void CWD_SensorsList::FUpdateData()
+{
+    if (loading())
+        return;
+    InitDBSensors(ConfigWD);
+    ResetData();
+}
+
+int CWD_SensorsList::ColumnTextWidth(int c)
+{
+    return columnTextWidth(list(), c);
+}
+
+void CWD_SensorsList::ResizeColumns()
+{
+    fitToList(managedColumns());
+}
+
+void CWD_SensorsList::SetColumnsVisibiliy(int c, int set)
+{
+    setColumnVisibility(managedColumns(), c, set);
+    ResizeColumns();
+}
+
+void CWD_SensorsList::resizeEvent(QResizeEvent *event)
+{
+    ListWindow::resizeEvent(event);
+    ResizeColumns();
+}
+
+void CWD_SensorsList::languageChange()
+{
+    Form1::languageChange();
+    if (!Menu1)
+        return;
+    Menu0->setTitle(tr2i18n("&Menu"));
+    relabelEntries(Menu0, {tr2i18n("Update data")});
+    Menu1->setTitle(tr2i18n("&Columns"));
+    relabelEntries(Menu1, columnNames());
+}
+
+void CWD_SensorsList::resize(int, int) {}
+
+void CWD_SensorsList::onClose() {}
+
+void CWD_SensorsList::Form1_destroyed(QObject *) {}
+
+void CWD_SensorsList::onRBList(QListViewItem *item, const QPoint &, int)
+{
+    if (loading())
+        return;
+    itemSelected = item;
+    runContextMenu(this, {
+                             {tr2i18n("Events List Dialog"), [this] { CallEventsDialog(); }},
+                             {tr2i18n("Commands List Dialog"), [this] { CallCommandsDialog(); }},
+                             {},
+                             {tr2i18n("Start"), [this] { FStart(); }},
+                             {tr2i18n("Stop"), [this] { FStop(); }},
+                             {tr2i18n("Restart"), [this] { FRestart(); }},
+                             {tr2i18n("Kill"), [this] { FKill(); }},
+                         });
+}
+
+/** Opens a list of the selected sensor's records; its title is `title` and the sensor's name. */
+template <class Window> void CWD_SensorsList::openList(const QString &title)
+{
+    if (!itemSelected)
+        return;
+    const QString sensor = itemSelected->text(SensorIDColumn);
+    const QString caption = title + sensor;
+    auto *window = openListWindow<Window>(this, caption.toLatin1().constData(), sensor.toLatin1().constData());
+    // A translated title may have letters that did not fit through.
+    if (window)
+        window->setWindowTitle(caption);
+}
+
+void CWD_SensorsList::CallEventsDialog()
+{
+    openList<CWD_EventsList>(tr2i18n("Events list for "));
+}
+
+void CWD_SensorsList::CallCommandsDialog()
+{
+    openList<CWD_CommandsList>(tr2i18n("Commands list for "));
+}
+
+void CWD_SensorsList::sendCommand(int type)
+{
+    if (!itemSelected)
+        return;
+    CMessageCommand command;
+    command.Set(1, itemSelected->text(SensorIDColumn).toLatin1().constData(), type);
+    DBPutCommand(command);
+}
+
+void CWD_SensorsList::FStart()
+{
+    sendCommand(CommandStart);
+}
+
+void CWD_SensorsList::FStop()
+{
+    sendCommand(CommandStop);
+}
+
+void CWD_SensorsList::FKill()
+{
+    sendCommand(CommandKill);
+}
+
+void CWD_SensorsList::FRestart()
+{
+    sendCommand(CommandRestart);
+}
+
+void CWD_SensorsList::FSetVisibilityC0()
+{
+    SetColumnsVisibiliy(0, -1);
+}
+
+void CWD_SensorsList::FSetVisibilityC1()
+{
+    SetColumnsVisibiliy(1, -1);
+}
+
+void CWD_SensorsList::FSetVisibilityC2()
+{
+    SetColumnsVisibiliy(2, -1);
+}

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_CWD_SENSORSLIST_H
+#define OBRIM_CWD_SENSORSLIST_H
+
+#include "SensorsList.h"
+#include "listwindow.h"
+#include "managedcolumns.h"
+
+struct CSensor;
+
+/**
+ * The window that lists the sensors, opens the lists of one sensor's events
+ * and commands, and sends a sensor orders. It deletes itself when it is closed.
+ */
+class CWD_SensorsList : public ListWindow<Form1>
+{
+    Q_OBJECT
+
+public:
+    /**
+     * `name` is the object's name. A failing load shows its box here already.
+     * When `parent` dies under such a box, so has this window, and its creator
+     * must not touch it.
+     */
+    CWD_SensorsList(QWidget *parent, const char *name);
+    ~CWD_SensorsList() override;
+
+    /** Fetches the sensors anew. The column widths stay. */
+    void ResetData();
+    /** Shares the list's width among the columns. */
+    void ResizeColumns();
+    /** Room in pixels that the rows' texts in a column need. */
+    int ColumnTextWidth(int c);
+    /** Shows (1), hides (0) or turns over (-1) a column. */
+    void SetColumnsVisibiliy(int c, int set);
+
+    virtual void Form1_destroyed(QObject *object);
+
+    int NSensors = 0;                      ///< records in Sensor
+    CSensor *Sensor = nullptr;             ///< the records, owned, NULL when there are none; the rows refer to them
+    QListViewItem *itemSelected = nullptr; ///< the row under the last context menu; NULL when it is gone
+    QMenu *Menu0 = nullptr;                ///< "&Menu"
+    QMenu *Menu1 = nullptr;                ///< shows and hides columns
+    int ColumnsVisibiliy[10] = {};         ///< a flag a column, 1 shown, 0 hidden
+    int NColumns = 0;                      ///< columns in use
+
+public slots:
+    virtual void onClose();
+    virtual void FUpdateData();
+    void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
+    /** Does nothing: the program never sizes this window, its user does. */
+    virtual void resize(int w, int h);
+
+protected slots:
+    void CallEventsDialog();
+    void CallCommandsDialog();
+    void FStart();
+    void FStop();
+    void FKill();
+    void FRestart();
+    void FSetVisibilityC0();
+    void FSetVisibilityC1();
+    void FSetVisibilityC2();
+
+protected:
+    ListView *list() final;
+    void resizeEvent(QResizeEvent *event) override;
+    void languageChange() override;
+
+private:
+    ManagedColumns managedColumns();
+    void createMenus();
+    void releaseSensors();
+    void reload(const QPointer<QObject> &self);
+    template <class Window> void openList(const QString &title);
+    void sendCommand(int type);
+};
+
+#endif

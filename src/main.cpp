@@ -1,0 +1,131 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "data.h"
+
+#include "DBFuns.h"
+#include "informationbox.h"
+#include "mainwidget.h"
+#include "obrim.h"
+#include "obrimwidget.h"
+
+#include <KAboutData>
+#include <KLocalizedString>
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFile>
+#include <QIcon>
+#include <QPointer>
+#include <cstdio>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace
+{
+
+/** Without a login session nobody names the runtime directory, and Qt warns before it takes this very one. */
+void SetRuntimeDirectory()
+{
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        return;
+    const passwd *user = getpwuid(getuid());
+    const QByteArray name = user ? QByteArray(user->pw_name) : QByteArray::number(qulonglong(getuid()));
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(QDir::tempPath()) + "/runtime-" + name);
+}
+
+KAboutData AboutData()
+{
+    KAboutData about(QStringLiteral("obrim"), QStringLiteral("obrim"), QStringLiteral("0.1"), QString(),
+                     KAboutLicense::GPL, QStringLiteral("© 2026 The obrim developers"), QString(), QString(),
+                     QStringLiteral("obrim@localhost"));
+    about.addAuthor(QStringLiteral("The obrim developers"));
+    about.setDesktopFileName(QStringLiteral("obrim"));
+    return about;
+}
+
+/** Tells the application who it is. The description waits until now: there are no translations before. */
+void SetUpApplication(KAboutData &about)
+{
+    KLocalizedString::setApplicationDomain("obrim");
+    about.setShortDescription(i18n("A KDE KPart Application"));
+    KAboutData::setApplicationData(about);
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("obrim")));
+    SetInformationBox(ShowInformationBox);
+}
+
+/** The program takes no options of its own. */
+void ParseCommandLine(KAboutData &about)
+{
+    QCommandLineParser parser;
+    about.setupCommandLine(&parser);
+    parser.process(*qApp);
+    about.processCommandLine(&parser);
+}
+
+/**
+ * From now on the captions stand as they are, without the program's name behind
+ * them. Not before a KMainWindow is built: it compares the name with the about data.
+ */
+void UseBareCaptions()
+{
+    QGuiApplication::setApplicationDisplayName(QString());
+}
+
+void RestoreWindows()
+{
+    for (int n = 1; KMainWindow::canBeRestored(n); ++n)
+        (new obrim)->restore(n, true);
+    // Without a window nobody could ever end the process.
+    if (KMainWindow::memberList().isEmpty())
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+int RunRestored()
+{
+    RestoreWindows();
+    UseBareCaptions();
+    const int result = QApplication::exec();
+    qDeleteAll(KMainWindow::memberList());
+    return result;
+}
+
+int RunPanel()
+{
+    UseBareCaptions();
+    const QPointer<obrimWidget> panel = new obrimWidget;
+    SetMainWidget(panel);
+    panel->show();
+    const int result = QApplication::exec();
+    delete panel.data();
+    return result;
+}
+
+int RunApplication(int &argc, char **argv, KAboutData &about)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
+    const QApplication application(argc, argv);
+    SetUpApplication(about);
+    ParseCommandLine(about);
+    return application.isSessionRestored() ? RunRestored() : RunPanel();
+}
+
+int Run(int &argc, char **argv)
+{
+    KAboutData about = AboutData();
+    return RunApplication(argc, argv, about);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Line by line even into a pipe, so that a trace survives a crash.
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    SetRuntimeDirectory();
+    const int result = Run(argc, argv);
+    SetWAllocOutput = 1;
+    return result;
+}

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_OBRIMWIDGET_H
+#define OBRIM_OBRIMWIDGET_H
+
+#include "obrimwidgetbase.h"
+
+/**
+ * The panel of buttons that everything is opened from.
+ *
+ * Each list window it opens is a new one, belongs to the panel and goes with it.
+ */
+class obrimWidget : public obrimWidgetBase
+{
+    Q_OBJECT
+
+public:
+    /** Builds the form and brings the data layer up; ends the process when there is no base directory. */
+    explicit obrimWidget(QWidget *parent = nullptr, const char *name = nullptr, Qt::WindowFlags fl = {});
+
+public slots:
+    void button_clicked() override;
+    void onSensorsTree() override;
+    void onSensorsList() override;
+    virtual void FUpdateData();
+    /** Asks first; the panel deletes itself after a Yes. */
+    void onExit() override;
+    void onEventsList() override;
+    void onCommandsList() override;
+};
+
+#endif
