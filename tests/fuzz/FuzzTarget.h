@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_TESTS_FUZZTARGET_H
+#define OBRIM_TESTS_FUZZTARGET_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+/** What the fuzzer calls with each input. A fault ends the process. */
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
+
+/** Ends the process when `holds` is false, so that the fuzzer keeps the input. */
+inline void require(bool holds, const char *what)
+{
+    if (!holds) {
+        std::fprintf(stderr, "does not hold: %s\n", what);
+        std::abort();
+    }
+}
+
+/** Hands out an input's bytes piece by piece; zeros and empty texts when it has run out. */
+class Input
+{
+public:
+    Input(const std::uint8_t *data, std::size_t size)
+        : next(reinterpret_cast<const char *>(data))
+        , left(size)
+    {
+    }
+
+    std::string bytes(std::size_t wanted)
+    {
+        const std::string result(next, std::min(wanted, left));
+        next += result.size();
+        left -= result.size();
+        return result;
+    }
+
+    /** All bytes that are left. */
+    std::string rest()
+    {
+        return bytes(left);
+    }
+
+    std::uint8_t byte()
+    {
+        const std::string one = bytes(1);
+        return one.empty() ? 0 : std::uint8_t(one[0]);
+    }
+
+    int integer()
+    {
+        int number = 0;
+        const std::string four = bytes(sizeof(number));
+        std::memcpy(&number, four.data(), four.size());
+        return number;
+    }
+
+private:
+    const char *next;
+    std::size_t left;
+};
+
+#endif

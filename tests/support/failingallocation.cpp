@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "failingallocation.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+/** More than any test needs: some systems promise what they do not have. */
+constexpr std::size_t Largest = std::size_t(1) << 30;
+
+bool armed = false;
+bool fromThenOn = false;
+int allocationsLeft = 0;
+bool refused = false;
+long blocks = 0;
+
+bool failsNow()
+{
+    if (!armed) {
+        return false;
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+        return false;
+    }
+    refused = true;
+    armed = fromThenOn;
+    return true;
+}
+} // namespace
+
+namespace FailingAllocation
+{
+void refuse(int n, bool onwards)
+{
+    armed = true;
+    fromThenOn = onwards;
+    allocationsLeft = n;
+    refused = false;
+}
+
+bool grant()
+{
+    armed = false;
+    return refused;
+}
+
+long live()
+{
+    return blocks;
+}
+} // namespace FailingAllocation
+
+void *operator new(std::size_t size)
+{
+    void *block = size > Largest || failsNow() ? nullptr : std::malloc(size > 0 ? size : 1);
+    if (!block) {
+        throw std::bad_alloc();
+    }
+    ++blocks;
+    return block;
+}
+
+void *operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void operator delete(void *block) noexcept
+{
+    blocks -= block ? 1 : 0;
+    std::free(block);
+}
+
+void operator delete[](void *block) noexcept
+{
+    operator delete(block);
+}
+
+void operator delete(void *block, std::size_t) noexcept
+{
+    operator delete(block);
+}
+
+void operator delete[](void *block, std::size_t) noexcept
+{
+    operator delete(block);
+}

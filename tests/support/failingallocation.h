@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_FAILINGALLOCATION_H
+#define OBRIM_FAILINGALLOCATION_H
+
+/**
+ * @file
+ * A program that links the target `failingallocation` gets its memory from
+ * operators new and delete that count, and that fail when they are told to.
+ * Not for more than one thread.
+ */
+namespace FailingAllocation
+{
+/** Lets the allocation number `n` (from 0) fail, with `onwards` also all after it. */
+void refuse(int n, bool onwards);
+/** Grants everything again; true when something was refused since `refuse`. */
+bool grant();
+/** Blocks that are allocated and not released. */
+long live();
+
+/** Runs `action` with its allocation number `n` failing; false when it did not need so many. */
+template <typename Action> bool runFailing(int n, bool onwards, Action action)
+{
+    refuse(n, onwards);
+    action();
+    return grant();
+}
+} // namespace FailingAllocation
+
+#endif
