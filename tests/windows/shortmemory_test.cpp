@@ -1,0 +1,178 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// Lists that run out of memory while records become rows: the first, the
+// second, ... allocation after the fetch fails. Later ones are the list's, and
+// Qt's, which cannot do without memory.
+#include "cwd_commandslist.h"
+#include "cwd_eventslist.h"
+#include "cwd_sensorslist.h"
+#include "failingallocation.h"
+#include "informationbox.h"
+#include "recordkinds.h"
+#include "windowtestbase.h"
+
+#include <climits>
+
+namespace
+{
+/** Each row is one allocation at least: that many can fail before the list is reached. */
+constexpr int RecordCount = 40;
+
+int refuseAfterFetch = -1; ///< number of the allocation to fail, from 0
+
+template <class Record> struct Store {
+    std::vector<Record> records;
+    int sizes = 0;
+
+    int give(int *n, Record **array)
+    {
+        if (!n && !array)
+            return sizes;
+        if (!n) {
+            if (refuseAfterFetch >= 0)
+                FailingAllocation::refuse(refuseAfterFetch, false);
+            return 0;
+        }
+        *n = int(records.size());
+        *array = records.data();
+        return 0;
+    }
+};
+
+Store<CMessageEvent> eventStore;
+Store<CMessageCommand> commandStore;
+
+template <class Kind> auto &store(Kind)
+{
+    if constexpr (std::is_same_v<Kind, EventsKind>)
+        return eventStore;
+    else
+        return commandStore;
+}
+} // namespace
+
+class ShortMemoryTest : public WindowTestBase
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void incrementalFetchLosesNothing_data();
+    void incrementalFetchLosesNothing();
+    void reloadLeavesTheListEmpty_data();
+    void reloadLeavesTheListEmpty();
+};
+
+void ShortMemoryTest::init()
+{
+    WindowTestBase::init();
+    eventStore.sizes = EventSizes;
+    commandStore.sizes = CommandSizes;
+    FDBGetEvents = [](int *n, CMessageEvent **records, CMessageEventRequest *) { return eventStore.give(n, records); };
+    FDBGetCommands = [](int *n, CMessageCommand **records, CMessageCommandRequest *) {
+        return commandStore.give(n, records);
+    };
+    refuseAfterFetch = -1;
+}
+
+static void kinds()
+{
+    QTest::addColumn<bool>("ofEvents");
+    QTest::newRow("events") << true;
+    QTest::newRow("commands") << false;
+}
+
+/** Runs a load with allocation number n after the fetch failing; false when it did not need so many. */
+template <class Load> static bool runShort(int n, QStringList &shown, Load load)
+{
+    shown.clear();
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &poll, [&shown] {
+        if (QMessageBox *box = openBox()) {
+            shown << box->text();
+            box->accept();
+        }
+    });
+    poll.start(1);
+    refuseAfterFetch = n;
+    load();
+    refuseAfterFetch = -1;
+    return FailingAllocation::grant();
+}
+
+void ShortMemoryTest::incrementalFetchLosesNothing_data()
+{
+    kinds();
+}
+
+template <class Kind> static void fetchNew(Kind kind)
+{
+    store(kind).records = Kind::records(1, 3);
+    typename Kind::Window window(nullptr, "A list", nullptr);
+    ListView *list = Kind::list(&window);
+    const int width = window.ColumnTextWidth(5);
+    store(kind).records = Kind::records(4, RecordCount);
+    for (auto &record : store(kind).records)
+        addParameter(record, "unit", "a text that no small string holds");
+    QStringList shown;
+    for (int n = 0; n < RecordCount; ++n) {
+        QVERIFY(runShort(n, shown, [&] { Kind::getNew(&window); }));
+        QCOMPARE(shown, QStringList("Not enough memory for the list"));
+        QCOMPARE(columnTexts(list, 2), QStringList({"1", "2", "3"}));
+        QCOMPARE(window.IDFirst, 1);
+        QCOMPARE(window.IDLast, 3);
+        QCOMPARE(window.iLast, 2);
+        QCOMPARE(window.ColumnTextWidth(5), width);
+    }
+    QVERIFY(!runShort(INT_MAX, shown, [&] { Kind::getNew(&window); }));
+    QCOMPARE(list->childCount(), 3 + RecordCount);
+    QCOMPARE(window.IDLast, 3 + RecordCount);
+    QCOMPARE(window.iLast, 2 + RecordCount);
+    QVERIFY(shown.isEmpty());
+}
+
+void ShortMemoryTest::incrementalFetchLosesNothing()
+{
+    QFETCH(bool, ofEvents);
+    if (ofEvents)
+        fetchNew(EventsKind());
+    else
+        fetchNew(CommandsKind());
+}
+
+void ShortMemoryTest::reloadLeavesTheListEmpty_data()
+{
+    kinds();
+}
+
+template <class Kind> static void reload(Kind kind)
+{
+    store(kind).records = Kind::records(1, RecordCount);
+    typename Kind::Window window(nullptr, "A list", nullptr);
+    ListView *list = Kind::list(&window);
+    QCOMPARE(list->childCount(), RecordCount);
+    QStringList shown;
+    for (int n = 0; n < RecordCount; ++n) {
+        QVERIFY(runShort(n, shown, [&] { window.onUpdateList(); }));
+        QCOMPARE(list->childCount(), 0);
+        QCOMPARE(window.iLast, 0);
+        QCOMPARE(window.IDLast, RecordCount);
+        QCOMPARE(shown, QStringList("Not enough memory for the list"));
+    }
+    QVERIFY(!runShort(INT_MAX, shown, [&] { window.onUpdateList(); }));
+    QCOMPARE(list->childCount(), RecordCount);
+    QVERIFY(shown.isEmpty());
+}
+
+void ShortMemoryTest::reloadLeavesTheListEmpty()
+{
+    QFETCH(bool, ofEvents);
+    if (ofEvents)
+        reload(EventsKind());
+    else
+        reload(CommandsKind());
+}
+
+QTEST_MAIN(ShortMemoryTest)
+#include "shortmemory_test.moc"

@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "windowtestbase.h"
+
+#include "Clock.h"
+#include "informationbox.h"
+
+namespace
+{
+std::time_t now = 0;
+}
+
+void WindowTestBase::setTime(std::time_t time)
+{
+    now = time;
+}
+
+void WindowTestBase::init()
+{
+    library = std::make_unique<FakeLibrary>();
+    m_watch = std::make_unique<MessageWatch>();
+    SetInformationBox(ShowInformationBox);
+    setTime(startTime);
+    SetClock([] { return now; });
+}
+
+void WindowTestBase::cleanup()
+{
+    SetClock(nullptr);
+    const QStringList unexpected = MessageWatch::unexpected();
+    const bool cursorLeft = QApplication::overrideCursor();
+    const QWidgetList windowsLeft = QApplication::topLevelWidgets();
+    const int stillWaiting = forgetWaiting();
+    m_watch.reset();
+    library.reset();
+    QVERIFY2(unexpected.isEmpty(), qPrintable(unexpected.join('\n')));
+    QVERIFY(!cursorLeft);
+    QCOMPARE(stillWaiting, 0);
+    QVERIFY2(windowsLeft.isEmpty(), windowsLeft.isEmpty() ? "" : windowsLeft.first()->metaObject()->className());
+}

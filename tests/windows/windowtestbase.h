@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_TESTS_WINDOWTESTBASE_H
+#define OBRIM_TESTS_WINDOWTESTBASE_H
+
+#include "fakesource.h"
+#include "windowtesting.h"
+
+#include <memory>
+
+/**
+ * What stands around each test of a window: a library of its own, the clock at
+ * a known time, boxes that show, and a watch on standard error.
+ */
+class WindowTestBase : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** Saturday, 21 November 2026, 00:31:00 UTC. */
+    static constexpr std::time_t startTime = 1795221060;
+    /** Steps the clock. */
+    static void setTime(std::time_t time);
+
+protected slots:
+    void init();
+    void cleanup();
+
+protected:
+    std::unique_ptr<FakeLibrary> library;
+
+private:
+    std::unique_ptr<MessageWatch> m_watch;
+};
+
+#endif
