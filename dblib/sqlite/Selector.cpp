@@ -1,0 +1,350 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "Selector.h"
+
+#include <algorithm>
+#include <optional>
+#include <queue>
+
+namespace
+{
+/** With more series than this, merging starts only after a look at the rows at the wanted end. */
+constexpr std::size_t FewSeries = 2;
+/** How many rows that look may take: about as long as the first step into fifty series. */
+constexpr int RowsLookedAt = 256;
+/** Identifiers read from a series at once: few at first, as most requests want few rows. */
+constexpr int FirstBatch = 8;
+constexpr int LargestBatch = 1024;
+/** Runs of this length are read row by row: no merge could be quicker. */
+constexpr std::int64_t ShortRun = 64;
+/** How long a run gets by joining before it is read; doubled with each run, as starting a merge costs. */
+constexpr std::int64_t FirstRun = 4096;
+constexpr std::int64_t LongestRun = std::int64_t(1) << 32;
+} // namespace
+
+/** One selection on its way: what is wanted, and how much is still to come. */
+class Selector::Work
+{
+public:
+    Work(Selector &owner, const Selection &wanted, const Sink &to)
+        : selector(owner)
+        , selection(wanted)
+        , sink(to)
+        , statements(wanted.first ? owner.ascending : owner.descending)
+        , remaining(wanted.count)
+        , anySeries(wanted.series.passesAll())
+    {
+        if (!anySeries) {
+            allowed = owner.seriesTable.matching(wanted.series);
+        }
+    }
+
+    void perform();
+    /** Takes a row of a statement that reads rows in order. */
+    void takeRow(const Sqlite::Arguments &row);
+
+private:
+    /** Where a series stands in the merge: the identifiers read ahead, nearest last. */
+    struct Cursor {
+        int series;
+        int batch = FirstBatch;
+        bool exhausted = false;
+        std::vector<std::int64_t> ahead;
+    };
+
+    bool wants(std::int64_t series, std::int64_t time, bool certain) const;
+    template <class Source> void handOverIfWanted(std::int64_t id, const Source &row, bool certain);
+    Sqlite::Statement &startReading(const Run &run);
+    void readRows(const Run &run);
+    std::optional<Run> readSomeRows(const Run &run);
+    void readSeries(const Run &run);
+    void merge(const Run &run);
+    void readAhead(Cursor &cursor, const Run &run);
+    void visitZones();
+    void visitZones(int level, std::int64_t low, std::int64_t high);
+    void visitZone(int level, std::int64_t block, bool certain);
+    bool holdsTimes(std::int64_t zone);
+    void add(const Run &run);
+    void flush();
+    void checkOrder(std::optional<std::int64_t> &last, std::int64_t next) const;
+
+    /** True when identifier `a` comes before `b` from the wanted end. */
+    bool before(std::int64_t a, std::int64_t b) const
+    {
+        return selection.first ? a < b : a > b;
+    }
+    /** What lies behind identifier `id` in a run, seen from the wanted end. */
+    Run rest(const Run &run, std::int64_t id) const
+    {
+        return selection.first ? Run{id + 1, run.high, run.certain} : Run{run.low, id - 1, run.certain};
+    }
+
+    Selector &selector;
+    const Selection &selection;
+    const Sink &sink;
+    Directed &statements;
+    int remaining;
+    bool anySeries;
+    SeriesSet allowed;
+    std::optional<Run> pending;
+    std::int64_t longestRun = FirstRun;
+    std::optional<std::int64_t> lastRead; ///< identifier of the row taken last
+    bool certainRows = false;             ///< of the run that is being read
+};
+
+void Selector::Work::perform()
+{
+    const bool possible = remaining > 0 && selection.idLow <= selection.idHigh &&
+                          (selection.anyTime || selection.timeLow <= selection.timeHigh) &&
+                          (anySeries || !allowed.ids.empty());
+    if (!possible) {
+        return;
+    }
+    if (selection.anyTime) {
+        add({selection.idLow, selection.idHigh, true});
+    } else {
+        visitZones(Schema::ZoneLevels - 1, selection.idLow, selection.idHigh);
+    }
+    flush();
+}
+
+/** A damaged index may lead in circles; identifiers that do not advance give it away. */
+void Selector::Work::checkOrder(std::optional<std::int64_t> &last, std::int64_t next) const
+{
+    if (last && !before(*last, next)) {
+        throw Sqlite::Error(selector.path, "the database is damaged: identifiers out of order");
+    }
+    last = next;
+}
+
+bool Selector::Work::wants(std::int64_t series, std::int64_t time, bool certain) const
+{
+    if (anySeries ? !selector.seriesTable.exists(series) : !allowed.has(series)) {
+        return false;
+    }
+    return certain || (time >= selection.timeLow && time <= selection.timeHigh);
+}
+
+template <class Source> void Selector::Work::handOverIfWanted(std::int64_t id, const Source &row, bool certain)
+{
+    const std::int64_t series = row.number(1);
+    const std::int64_t time = row.number(2);
+    if (wants(series, time, certain)) {
+        sink({int(id), int(series), time, row.bytes(3)});
+        --remaining;
+    }
+}
+
+void Selector::Work::takeRow(const Sqlite::Arguments &row)
+{
+    checkOrder(lastRead, row.number(0));
+    handOverIfWanted(*lastRead, row, certainRows);
+}
+
+/** Starts reading a run in order; each step of the statement takes one row. */
+Sqlite::Statement &Selector::Work::startReading(const Run &run)
+{
+    selector.current = this;
+    lastRead.reset();
+    certainRows = run.certain;
+    return statements.rows.bind(1, run.low).bind(2, run.high);
+}
+
+void Selector::Work::readRows(const Run &run)
+{
+    Sqlite::Statement &rows = startReading(run);
+    const Sqlite::Resetter reset(rows);
+    while (remaining > 0 && rows.step()) {
+    }
+}
+
+/** Reads some rows at the wanted end; what is left of the run when they did not suffice. */
+std::optional<Selector::Run> Selector::Work::readSomeRows(const Run &run)
+{
+    Sqlite::Statement &rows = startReading(run);
+    const Sqlite::Resetter reset(rows);
+    for (int looked = 0; looked < RowsLookedAt; ++looked) {
+        if (remaining <= 0 || !rows.step()) {
+            return std::nullopt;
+        }
+    }
+    return rest(run, *lastRead);
+}
+
+void Selector::Work::readSeries(const Run &run)
+{
+    if (run.high - run.low < ShortRun) {
+        readRows(run);
+        return;
+    }
+    const std::optional<Run> left = allowed.ids.size() > FewSeries ? readSomeRows(run) : run;
+    if (left && remaining > 0) {
+        merge(*left);
+    }
+}
+
+void Selector::Work::readAhead(Cursor &cursor, const Run &run)
+{
+    Sqlite::Statement &ids = statements.idsOfSeries;
+    const Sqlite::Resetter reset(ids);
+    ids.bind(1, cursor.series).bind(2, run.low).bind(3, run.high).bind(4, cursor.batch);
+    std::optional<std::int64_t> last;
+    while (ids.step()) {
+        checkOrder(last, ids.number(0));
+        cursor.ahead.push_back(*last);
+    }
+    if (last && (*last < run.low || *last > run.high)) {
+        throw Sqlite::Error(selector.path, "the database is damaged: an index entry out of its range");
+    }
+    cursor.exhausted = int(cursor.ahead.size()) < cursor.batch;
+    cursor.batch = std::min(cursor.batch * 2, LargestBatch);
+    std::reverse(cursor.ahead.begin(), cursor.ahead.end());
+}
+
+void Selector::Work::merge(const Run &run)
+{
+    std::vector<Cursor> cursors(allowed.ids.size());
+    const auto later = [&](std::size_t a, std::size_t b) {
+        return before(cursors[b].ahead.back(), cursors[a].ahead.back());
+    };
+    std::priority_queue<std::size_t, std::vector<std::size_t>, decltype(later)> queue(later);
+    for (std::size_t i = 0; i < cursors.size(); ++i) {
+        cursors[i].series = allowed.ids[i];
+        readAhead(cursors[i], run);
+        if (!cursors[i].ahead.empty()) {
+            queue.push(i);
+        }
+    }
+    while (remaining > 0 && !queue.empty()) {
+        const std::size_t nearest = queue.top();
+        queue.pop();
+        Cursor &cursor = cursors[nearest];
+        const std::int64_t id = cursor.ahead.back();
+        cursor.ahead.pop_back();
+        {
+            const Sqlite::Resetter reset(selector.rowById);
+            if (selector.rowById.bind(1, id).step()) {
+                handOverIfWanted(id, selector.rowById, run.certain);
+            }
+        }
+        if (cursor.ahead.empty() && !cursor.exhausted) {
+            readAhead(cursor, rest(run, id));
+        }
+        if (!cursor.ahead.empty()) {
+            queue.push(nearest);
+        }
+    }
+}
+
+void Selector::Work::visitZones(int level, std::int64_t low, std::int64_t high)
+{
+    const int shift = Schema::ZoneShifts[level];
+    Sqlite::Statement &zones = statements.zones[std::size_t(level)];
+    const Sqlite::Resetter reset(zones);
+    zones.bind(1, low >> shift).bind(2, high >> shift).bind(3, selection.timeLow).bind(4, selection.timeHigh);
+    std::optional<std::int64_t> last;
+    while (remaining > 0 && zones.step()) {
+        checkOrder(last, zones.number(0));
+        const bool certain = zones.number(1) >= selection.timeLow && zones.number(2) <= selection.timeHigh;
+        visitZone(level, zones.number(0), certain);
+    }
+}
+
+void Selector::Work::visitZone(int level, std::int64_t block, bool certain)
+{
+    const std::int64_t size = std::int64_t(1) << Schema::ZoneShifts[level];
+    const std::int64_t start = block * size;
+    const Run run = {std::max(start, selection.idLow), std::min(start + size - 1, selection.idHigh), certain};
+    if (!certain && level > 0) {
+        visitZones(level - 1, run.low, run.high);
+    } else if (certain || !anySeries || holdsTimes(block)) {
+        // With a series filter the merge passes over rows at other times as it goes.
+        add(run);
+    }
+}
+
+bool Selector::Work::holdsTimes(std::int64_t zone)
+{
+    Sqlite::Statement &times = selector.timeInZone;
+    const Sqlite::Resetter reset(times);
+    return times.bind(1, zone).bind(2, selection.timeLow).bind(3, selection.timeHigh).step();
+}
+
+/** Reads a run, with a series filter only after joining it with its neighbours. */
+void Selector::Work::add(const Run &run)
+{
+    if (anySeries) {
+        readRows(run);
+        return;
+    }
+    const bool neighbours = pending && (selection.first ? pending->high + 1 == run.low : run.high + 1 == pending->low);
+    if (neighbours && pending->high - pending->low < longestRun) {
+        pending =
+            Run{std::min(pending->low, run.low), std::max(pending->high, run.high), pending->certain && run.certain};
+        return;
+    }
+    flush();
+    pending = run;
+}
+
+void Selector::Work::flush()
+{
+    if (pending && remaining > 0) {
+        readSeries(*pending);
+        longestRun = std::min(longestRun * 2, LongestRun);
+    }
+    pending.reset();
+}
+
+Selector::Directed Selector::directed(Sqlite::Connection &connection, const std::string &table, const char *order)
+{
+    const std::string zones = "SELECT block, earliest, latest FROM " + table + "_zone WHERE level = ";
+    Directed result = {{connection, "SELECT take_" + table + "(id, series, time, params) FROM " + table +
+                                        " WHERE id BETWEEN ?1 AND ?2 ORDER BY id " + order},
+                       {connection, "SELECT id FROM " + table + " INDEXED BY " + table +
+                                        "_by_series WHERE series = ?1 AND id BETWEEN ?2 AND ?3 ORDER BY id " + order +
+                                        " LIMIT ?4"},
+                       {}};
+    for (int level = 0; level < Schema::ZoneLevels; ++level) {
+        result.zones.emplace_back(connection, zones + std::to_string(level) +
+                                                  " AND block BETWEEN ?1 AND ?2 AND latest >= ?3 AND earliest <= ?4 "
+                                                  "ORDER BY block " +
+                                                  order);
+    }
+    return result;
+}
+
+Sqlite::Connection &Selector::withFunction(Sqlite::Connection &connection, const std::string &table, Selector &owner)
+{
+    connection.define("take_" + table, 4, [&owner](const Sqlite::Arguments &row) { owner.current->takeRow(row); });
+    return connection;
+}
+
+Selector::Selector(Sqlite::Connection &connection, const std::string &table, const SeriesTable &series)
+    : path(connection.path())
+    , seriesTable(series)
+    , ascending(directed(withFunction(connection, table, *this), table, "ASC"))
+    , descending(directed(connection, table, "DESC"))
+    , rowById(connection, "SELECT id, series, time, params FROM " + table + " WHERE id = ?1")
+    , timeInZone(connection, "SELECT 1 FROM " + table + " INDEXED BY " + table +
+                                 "_by_time WHERE id >> 8 = ?1 AND time BETWEEN ?2 AND ?3 LIMIT 1")
+{
+}
+
+void Selector::select(const Selection &selection, const Sink &sink)
+{
+    Work(*this, selection, sink).perform();
+}
+
+std::vector<std::string> Selector::statements() const
+{
+    std::vector<std::string> result = {rowById.sql(), timeInZone.sql()};
+    for (const Directed *side : {&ascending, &descending}) {
+        result.push_back(side->rows.sql());
+        result.push_back(side->idsOfSeries.sql());
+        for (const Sqlite::Statement &zones : side->zones) {
+            result.push_back(zones.sql());
+        }
+    }
+    return result;
+}

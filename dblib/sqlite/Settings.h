@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_DBLIB_SQLITE_SETTINGS_H
+#define OBRIM_DBLIB_SQLITE_SETTINGS_H
+
+#include <string>
+
+/** What an installation may say about its database in Config/DBLib.def. */
+struct Settings {
+    std::string database;     ///< path of the database file
+    int deadAfterSeconds = 0; ///< a sensor that gave no sign of life for longer counts as dead
+};
+
+/** Reads `configDir`/DBLib.def; what it does not say, and a missing file, means the default. Throws std::bad_alloc. */
+Settings readSettings(const std::string &configDir);
+
+#endif

@@ -1,0 +1,606 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "Store.h"
+
+#include "Clock.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <sys/stat.h>
+
+namespace
+{
+/** Rows of one INSERT statement of putEvents. OR ROLLBACK there spares SQLite a journal a statement. */
+constexpr std::size_t RowsAtOnce = 32;
+/** For so few rows no room is made beforehand. */
+constexpr int FewRows = 1000;
+/** From so many rows on it pays to do without the trigger. */
+constexpr std::size_t ManyRows = 1000;
+
+constexpr const char *StateWords[] = {"running", "stopped", "killed"};
+
+/** The stores' times are signed 32-bit, as the boundary's are. */
+std::int64_t clamped(std::int64_t time)
+{
+    return std::clamp<std::int64_t>(time, INT_MIN, INT_MAX);
+}
+
+std::optional<std::string_view> textOf(const char *text, int length)
+{
+    if (!text) {
+        return std::nullopt;
+    }
+    return std::string_view(text, ::strnlen(text, std::size_t(std::max(length, 0))));
+}
+
+std::optional<std::string> maskOf(int used, const char *mask, int length)
+{
+    // A mask that is switched on but missing lets everything pass.
+    const auto text = used ? textOf(mask, length) : std::nullopt;
+    return text ? std::optional<std::string>(*text) : std::nullopt;
+}
+
+template <class Value> std::optional<int> valueOf(int used, Value value)
+{
+    return used ? std::optional<int>(value) : std::nullopt;
+}
+
+void setTimes(Selection &selection, int use0, std::int64_t time0, int use1, std::int64_t time1)
+{
+    selection.anyTime = !use0 && !use1;
+    selection.timeLow = use0 ? time0 : selection.timeLow;
+    selection.timeHigh = use1 ? time1 : selection.timeHigh;
+}
+
+Selection selectionOf(const CMessageEventRequest &request)
+{
+    Selection selection;
+    selection.count = request.NMax;
+    selection.first = request.TakeFirst1_Last0 != 0;
+    selection.idLow = request.UseMessageID0 ? request.MessageID0 : INT_MIN;
+    selection.idHigh = request.UseMessageID1 ? request.MessageID1 : INT_MAX;
+    setTimes(selection, request.UseEventTime0, request.EventTime0, request.UseEventTime1, request.EventTime1);
+    selection.series.messageType = valueOf(request.UseMessageType, request.MessageType);
+    selection.series.kind = valueOf(request.UseSensorType, request.SensorType);
+    selection.series.sensorMask = maskOf(request.UseSensorID, request.SensorID, request.LSensorID);
+    selection.series.nameMask = maskOf(request.UseEventName, request.EventName, request.LEventName);
+    return selection;
+}
+
+Selection selectionOf(const CMessageCommandRequest &request)
+{
+    Selection selection;
+    selection.count = request.NMax;
+    selection.first = request.TakeFirst1_Last0 != 0;
+    selection.idLow = request.UseCommandID0 ? request.CommandID0 : INT_MIN;
+    selection.idHigh = request.UseCommandID1 ? request.CommandID1 : INT_MAX;
+    setTimes(selection, request.UseCommandTime0, request.CommandTime0, request.UseCommandTime1, request.CommandTime1);
+    selection.series.messageType = valueOf(request.UseMessageType, request.MessageType);
+    selection.series.kind = valueOf(request.UseCommandType, request.CommandType);
+    selection.series.sensorMask = maskOf(request.UseSensorID, request.SensorID, request.LSensorID);
+    return selection;
+}
+
+/** A text in a result's arena with the length that records give with it. */
+struct Text {
+    char *bytes = nullptr;
+    int length = 0;
+};
+
+Text textIn(Arena &arena, std::optional<std::string_view> text)
+{
+    return text ? Text{arena.copy(*text), int(text->size()) + 1} : Text();
+}
+
+/** The texts of a series, once for all records of a result that have it. */
+struct SeriesTexts {
+    bool copied = false;
+    SeriesKey key;
+    Text sensor;
+    Text name;
+};
+
+void setSeries(CMessageEvent &event, const SeriesTexts &series)
+{
+    event.MessageType = series.key.messageType;
+    event.SensorType = series.key.kind;
+    event.SensorID = series.sensor.bytes;
+    event.LSensorID = series.sensor.length;
+    event.EventName = series.name.bytes;
+    event.LEventName = series.name.length;
+}
+
+void setSeries(CMessageCommand &command, const SeriesTexts &series)
+{
+    command.MessageType = series.key.messageType;
+    command.CommandType = series.key.kind;
+    command.SensorID = series.sensor.bytes;
+    command.LSensorID = series.sensor.length;
+}
+
+void setIdentity(CMessageEvent &event, const Row &row)
+{
+    event.MessageID = row.id;
+    event.EventTime = std::time_t(clamped(row.time));
+}
+
+void setIdentity(CMessageCommand &command, const Row &row)
+{
+    command.CommandID = row.id;
+    command.CommandTime = std::time_t(clamped(row.time));
+}
+
+/** Turns rows into records. */
+template <class Record> class Builder
+{
+public:
+    Builder(Records<Record> &result, const SeriesTable &table)
+        : records(result)
+        , seriesTable(table)
+        , texts(std::size_t(table.end()))
+    {
+    }
+
+    void add(const Row &row)
+    {
+        Record &record = records.add();
+        setIdentity(record, row);
+        setSeries(record, textsOf(row.series));
+        record.par = reader.read(records.arena, row.params, record.ParNum);
+    }
+
+private:
+    const SeriesTexts &textsOf(int series)
+    {
+        SeriesTexts &found = texts[std::size_t(series)];
+        if (!found.copied) {
+            found.key = seriesTable.key(series);
+            found.sensor = textIn(records.arena, found.key.sensor);
+            found.name = textIn(records.arena, found.key.name);
+            found.copied = true;
+        }
+        return found;
+    }
+
+    Records<Record> &records;
+    const SeriesTable &seriesTable;
+    std::vector<SeriesTexts> texts;
+    ParameterReader reader;
+};
+
+template <class Record> void addParameters(ParameterWriter &writer, const Record &record)
+{
+    for (int i = 0; record.par && i < record.ParNum; ++i) {
+        writer.add(record.par[i]);
+    }
+}
+
+SensorState stateOf(std::string_view word)
+{
+    for (const SensorState state : {SensorState::Stopped, SensorState::Killed}) {
+        if (word == StateWords[int(state)]) {
+            return state;
+        }
+    }
+    return SensorState::Running;
+}
+
+int livenessOf(const StoredSensor &sensor, std::int64_t now, int deadAfter)
+{
+    if (sensor.state == SensorState::Killed) {
+        return SensorDead;
+    }
+    if (!sensor.keepAlive) {
+        return 0;
+    }
+    // A sign of life from the future tells of a clock put back, not of a live sensor.
+    return std::abs(now - *sensor.keepAlive) <= deadAfter ? SensorAlive : SensorDead;
+}
+
+const std::string &withFolder(const std::string &path)
+{
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty()) {
+        std::filesystem::create_directories(folder, error);
+    }
+    if (error) {
+        throw Sqlite::Error(path, "the folder cannot be made (" + error.message() + ")");
+    }
+    return path;
+}
+
+std::string placeholders(std::size_t rows)
+{
+    std::string result = "(?,?,?,?)";
+    for (std::size_t i = 1; i < rows; ++i) {
+        result += ",(?,?,?,?)";
+    }
+    return result;
+}
+} // namespace
+
+/** What is the same for events and for commands. */
+struct Store::Table {
+    Table(Sqlite::Connection &db, const std::string &table)
+        : series(db, table)
+        , selector(db, table, series)
+        , insert(db, "INSERT INTO " + table + "(series, time, params) VALUES(?1, ?2, ?3)")
+        , insertMany(db, "INSERT OR ROLLBACK INTO " + table + "(id, series, time, params) VALUES" +
+                             placeholders(RowsAtOnce))
+        , insertOne(db, "INSERT OR ROLLBACK INTO " + table + "(id, series, time, params) VALUES" + placeholders(1))
+        , widen(db, "INSERT INTO " + table +
+                        "_zone VALUES(?1, ?2, ?3, ?4) ON CONFLICT DO UPDATE SET "
+                        "earliest = min(earliest, excluded.earliest), latest = max(latest, excluded.latest)")
+        , remove(db, "DELETE FROM " + table + " WHERE id = ?1")
+        , newest(db, "SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'")
+    {
+    }
+
+    SeriesTable series;
+    Selector selector;
+    Sqlite::Statement insert;
+    Sqlite::Statement insertMany;
+    Sqlite::Statement insertOne;
+    Sqlite::Statement widen;
+    Sqlite::Statement remove;
+    Sqlite::Statement newest;
+};
+
+struct Store::Statements {
+    explicit Statements(Sqlite::Connection &db)
+        : sensors(db, "SELECT name, type, description, state, keep_alive, last_message, last_command FROM sensor "
+                      "ORDER BY name")
+        , noteMessage(db, "INSERT INTO sensor(name, type, last_message) VALUES(?1, ?2, ?3) ON CONFLICT(name) DO "
+                          "UPDATE SET last_message = max(last_message, excluded.last_message)")
+        , registerSensor(db, "INSERT INTO sensor(name, type, description, last_command) VALUES(?1, ?2, ?3, ?4) "
+                             "ON CONFLICT(name) DO UPDATE SET type = excluded.type, description = excluded.description")
+        , keepAlive(db, "UPDATE sensor SET keep_alive = ?2, last_message = max(last_message, ?2) WHERE name = ?1")
+        , setState(db, "UPDATE sensor SET state = ?2 WHERE name = ?1")
+        , setLastCommand(db, "UPDATE sensor SET last_command = ?2 WHERE name = ?1")
+    {
+    }
+
+    Sqlite::Statement sensors;
+    Sqlite::Statement noteMessage;
+    Sqlite::Statement registerSensor;
+    Sqlite::Statement keepAlive;
+    Sqlite::Statement setState;
+    Sqlite::Statement setLastCommand;
+};
+
+Store::Store(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
+    : db(withFolder(path), durability, busyMilliseconds)
+{
+    Schema::prepare(db);
+    prepared = std::make_unique<Statements>(db);
+    eventTable = std::make_unique<Table>(db, "event");
+    commandTable = std::make_unique<Table>(db, "command");
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) == 0) {
+        device = status.st_dev;
+        inode = status.st_ino;
+    }
+}
+
+Store::~Store() = default;
+
+const std::string &Store::path() const
+{
+    return db.path();
+}
+
+Sqlite::Connection &Store::connection()
+{
+    return db;
+}
+
+bool Store::isInPlace() const
+{
+    struct stat status = {};
+    return ::stat(path().c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode;
+}
+
+std::vector<std::string> Store::statements() const
+{
+    std::vector<std::string> result = eventTable->selector.statements();
+    const std::vector<std::string> commandStatements = commandTable->selector.statements();
+    result.insert(result.end(), commandStatements.begin(), commandStatements.end());
+    return result;
+}
+
+Store::Batch::Batch(Store &changed)
+    : store(changed)
+{
+    if (!store.inBatch) {
+        transaction = std::make_unique<Sqlite::Transaction>(store.db, Sqlite::Transaction::Write);
+        store.inBatch = true;
+    }
+}
+
+Store::Batch::~Batch()
+{
+    if (!transaction) {
+        return;
+    }
+    store.inBatch = false;
+    if (!committed) {
+        store.eventTable->series.forget();
+        store.commandTable->series.forget();
+    }
+}
+
+void Store::Batch::commit()
+{
+    if (transaction) {
+        transaction->commit();
+        committed = true;
+    }
+}
+
+/** Without a filter the number of rows is known well enough to make room for all of them at once. */
+template <class Record> void Store::reserveFor(Table &table, const Selection &selection, Records<Record> &result)
+{
+    if (selection.count > FewRows && selection.anyTime && selection.series.passesAll()) {
+        const std::int64_t last = std::min<std::int64_t>(selection.idHigh, newestIdentifier(table));
+        const std::int64_t possible = last - std::max<std::int64_t>(selection.idLow, 1) + 1;
+        result.reserve(std::size_t(std::clamp<std::int64_t>(possible, 0, selection.count)));
+    }
+}
+
+template <class Record>
+std::unique_ptr<Records<Record>> Store::read(Table &table, const Selection &selection, bool rising)
+{
+    auto result = std::make_unique<Records<Record>>();
+    Sqlite::Transaction view(db, Sqlite::Transaction::Read);
+    table.series.refresh();
+    reserveFor(table, selection, *result);
+    Builder<Record> builder(*result, table.series);
+    table.selector.select(selection, [&](const Row &row) { builder.add(row); });
+    view.commit();
+    if (rising && !selection.first) {
+        result->reverse();
+    }
+    return result;
+}
+
+std::unique_ptr<Records<CMessageEvent>> Store::events(const CMessageEventRequest &request)
+{
+    return read<CMessageEvent>(*eventTable, selectionOf(request), request.UseMessageID0 != 0);
+}
+
+std::unique_ptr<Records<CMessageCommand>> Store::commands(const CMessageCommandRequest &request)
+{
+    return read<CMessageCommand>(*commandTable, selectionOf(request), request.UseCommandID0 != 0);
+}
+
+std::unique_ptr<Records<CSensor>> Store::sensors(int deadAfter)
+{
+    auto result = std::make_unique<Records<CSensor>>();
+    const std::int64_t now = CurrentTime();
+    for (const StoredSensor &stored : storedSensors()) {
+        CSensor &sensor = result->add();
+        const Text name = textIn(result->arena, stored.name);
+        const Text description = textIn(result->arena, stored.description);
+        sensor.SensorType = stored.type;
+        sensor.SensorID = name.bytes;
+        sensor.LSensorID = name.length;
+        sensor.Description = description.bytes;
+        sensor.LDescription = description.length;
+        sensor.MessageType = livenessOf(stored, now, deadAfter);
+        sensor.EventTime = std::time_t(clamped(stored.lastMessage));
+    }
+    return result;
+}
+
+std::vector<StoredSensor> Store::storedSensors()
+{
+    std::vector<StoredSensor> result;
+    Sqlite::Statement &rows = prepared->sensors;
+    const Sqlite::Resetter reset(rows);
+    while (rows.step()) {
+        StoredSensor sensor;
+        sensor.name = rows.text(0);
+        sensor.type = int(rows.number(1));
+        sensor.description = rows.text(2);
+        sensor.state = stateOf(rows.text(3));
+        sensor.keepAlive = rows.isNull(4) ? std::nullopt : std::optional(rows.number(4));
+        sensor.lastMessage = rows.number(5);
+        sensor.lastCommand = int(rows.number(6));
+        if (!result.empty() && sensor.name <= result.back().name) {
+            throw Sqlite::Error(path(), "the database is damaged: sensors out of order");
+        }
+        result.push_back(std::move(sensor));
+    }
+    return result;
+}
+
+int Store::put(const CMessageEvent &event)
+{
+    addParameters(writer, event);
+    NewMessage message;
+    message.series = {event.MessageType, event.SensorType, textOf(event.SensorID, event.LSensorID),
+                      textOf(event.EventName, event.LEventName)};
+    message.time = event.EventTime;
+    message.params = writer.finish();
+    return putEvent(message);
+}
+
+int Store::put(const CMessageCommand &command)
+{
+    addParameters(writer, command);
+    NewMessage message;
+    message.series = {command.MessageType, command.CommandType, textOf(command.SensorID, command.LSensorID),
+                      std::nullopt};
+    message.time = command.CommandTime;
+    message.params = writer.finish();
+    Batch batch(*this);
+    const int id = insert(*commandTable, message);
+    batch.commit();
+    return id;
+}
+
+int Store::putEvent(const NewMessage &event)
+{
+    Batch batch(*this);
+    const int id = insert(*eventTable, event);
+    noteMessage(event);
+    batch.commit();
+    return id;
+}
+
+int Store::insert(Table &table, const NewMessage &message)
+{
+    table.series.refresh();
+    Sqlite::Statement &statement = table.insert;
+    statement.bind(1, table.series.find(message.series)).bind(2, clamped(message.time)).bind(3, message.params).run();
+    return checkedIdentifier(db.lastIdentifier());
+}
+
+int Store::checkedIdentifier(std::int64_t id) const
+{
+    if (id > INT_MAX) {
+        throw Sqlite::Error(path(), "all identifiers are used up");
+    }
+    return int(id);
+}
+
+void Store::noteMessage(const NewMessage &event)
+{
+    if (event.series.sensor && !event.series.sensor->empty()) {
+        Sqlite::Statement &statement = prepared->noteMessage;
+        statement.bind(1, *event.series.sensor).bind(2, event.series.kind).bind(3, clamped(event.time)).run();
+    }
+}
+
+int Store::newestIdentifier(Table &table)
+{
+    const Sqlite::Resetter reset(table.newest);
+    return table.newest.step() ? checkedIdentifier(table.newest.number(0)) : 0;
+}
+
+int Store::newestCommand()
+{
+    return newestIdentifier(*commandTable);
+}
+
+int Store::putEvents(const std::vector<NewMessage> &events)
+{
+    Batch batch(*this);
+    Table &table = *eventTable;
+    table.series.refresh();
+    const std::int64_t newest = newestIdentifier(table);
+    checkedIdentifier(newest + std::int64_t(events.size()));
+    const int firstId = int(newest) + 1;
+    widenZones(table, events, firstId);
+    const bool many = events.size() >= ManyRows;
+    if (many) {
+        Schema::unwatchInserts(db, "event");
+    }
+    std::size_t done = 0;
+    for (; events.size() - done >= RowsAtOnce; done += RowsAtOnce) {
+        insertRows(table, table.insertMany, &events[done], RowsAtOnce, firstId + int(done));
+    }
+    for (; done < events.size(); ++done) {
+        insertRows(table, table.insertOne, &events[done], 1, firstId + int(done));
+    }
+    if (many) {
+        Schema::watchInserts(db, "event");
+    }
+    noteMessages(events);
+    batch.commit();
+    return firstId;
+}
+
+void Store::insertRows(Table &table, Sqlite::Statement &statement, const NewMessage *messages, std::size_t count,
+                       int firstId)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const int place = int(i) * 4;
+        statement.bind(place + 1, firstId + int(i))
+            .bind(place + 2, table.series.find(messages[i].series))
+            .bind(place + 3, clamped(messages[i].time))
+            .bind(place + 4, messages[i].params);
+    }
+    statement.run();
+}
+
+/** Says beforehand what the triggers would find out row by row. */
+void Store::widenZones(Table &table, const std::vector<NewMessage> &messages, int firstId)
+{
+    for (std::size_t start = 0; start < messages.size();) {
+        const int zone = (firstId + int(start)) >> Schema::ZoneShifts[0];
+        std::int64_t earliest = INT_MAX;
+        std::int64_t latest = INT_MIN;
+        for (; start < messages.size() && (firstId + int(start)) >> Schema::ZoneShifts[0] == zone; ++start) {
+            earliest = std::min(earliest, clamped(messages[start].time));
+            latest = std::max(latest, clamped(messages[start].time));
+        }
+        for (int level = 0; level < Schema::ZoneLevels; ++level) {
+            const int block = zone >> (Schema::ZoneShifts[level] - Schema::ZoneShifts[0]);
+            table.widen.bind(1, level).bind(2, block).bind(3, earliest).bind(4, latest).run();
+        }
+    }
+}
+
+void Store::noteMessages(const std::vector<NewMessage> &events)
+{
+    std::unordered_map<std::string_view, const NewMessage *> latest;
+    for (const NewMessage &event : events) {
+        const NewMessage *&known = latest[event.series.sensor.value_or("")];
+        known = !known || known->time < event.time ? &event : known;
+    }
+    for (const auto &[sensor, event] : latest) {
+        noteMessage(*event);
+    }
+}
+
+bool Store::remove(Table &table, int id)
+{
+    Batch batch(*this);
+    table.remove.bind(1, id).run();
+    const bool removed = db.changes() > 0;
+    batch.commit();
+    return removed;
+}
+
+bool Store::deleteEvent(int id)
+{
+    return remove(*eventTable, id);
+}
+
+bool Store::deleteCommand(int id)
+{
+    return remove(*commandTable, id);
+}
+
+void Store::registerSensor(const std::string &name, int type, const std::string &description)
+{
+    Batch batch(*this);
+    prepared->registerSensor.bind(1, name).bind(2, type).bind(3, description).bind(4, newestCommand()).run();
+    batch.commit();
+}
+
+void Store::keepAlive(const std::string &name, std::int64_t time)
+{
+    Batch batch(*this);
+    prepared->keepAlive.bind(1, name).bind(2, clamped(time)).run();
+    batch.commit();
+}
+
+void Store::setState(const std::string &name, SensorState state)
+{
+    Batch batch(*this);
+    prepared->setState.bind(1, name).bind(2, StateWords[int(state)]).run();
+    batch.commit();
+}
+
+void Store::setLastCommand(const std::string &name, int commandId)
+{
+    Batch batch(*this);
+    prepared->setLastCommand.bind(1, name).bind(2, commandId).run();
+    batch.commit();
+}
