@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef OBRIM_SENSORSIM_SIMULATION_H
+#define OBRIM_SENSORSIM_SIMULATION_H
+
+#include "EventSource.h"
+#include "Store.h"
+
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/** Counts for the line of progress. */
+struct SimulationTotals {
+    std::int64_t events = 0; ///< written and confirmed, reports on commands included
+    int commands = 0;        ///< carried out
+    int sensors = 0;
+    int dead = 0;
+};
+
+/**
+ * Plays the sensors of one installation on its store. Time is told to it, so
+ * that a test can step it. Every function throws Sqlite::Error.
+ */
+class Simulation
+{
+public:
+    /** Seconds between two signs of life of a sensor. */
+    static constexpr double KeepAliveSeconds = 2;
+    /** Seconds between two looks for commands. */
+    static constexpr double CommandSeconds = 0.2;
+    /** Name of the event that reports a command as carried out. */
+    static constexpr const char *ReportName = "CommandDone";
+
+    /** Makes the sensors known to the store and goes on in the state in which it has them. `log` may be NULL. */
+    Simulation(Store &store, int sensors, unsigned seed, double rate, std::FILE *log);
+
+    /**
+     * Does what is due `elapsed` seconds after the start: events, signs of life
+     * and commands, each as one transaction. What could not be written when this
+     * throws is written by the next call.
+     */
+    void advance(double elapsed);
+
+    /**
+     * Writes `count` events of history that end now, as fast as it goes.
+     * `progress` hears the number written after each transaction; false stops it.
+     */
+    void fill(int count, const std::function<bool(int)> &progress);
+
+    SimulationTotals totals() const;
+
+private:
+    struct Sensor {
+        SimulatedSensor self;
+        SensorState state = SensorState::Running;
+        int lastCommand = 0;
+    };
+    struct Pending {
+        std::size_t sensor;
+        std::string name;
+        std::string params;
+        std::int64_t time;
+    };
+
+    void drawDue(double elapsed);
+    void writePending();
+    void keepAlive();
+    void obey();
+    void obey(const CMessageCommand &command);
+    int report(const Sensor &sensor, const CMessageCommand &command);
+    NewMessage message(const Sensor &sensor, std::string_view name, std::string_view params, std::int64_t time) const;
+    void note(const char *what, int id, const std::string &sensor, std::string_view name);
+
+    Store &store;
+    EventSource source;
+    double rate;
+    std::FILE *log;
+    std::vector<Sensor> sensors;
+    std::unordered_map<std::string, std::size_t> sensorByName;
+    std::vector<Pending> pending;
+    std::int64_t drawn = 0;
+    std::int64_t written = 0;
+    int commandsDone = 0;
+    int lastCommandSeen = 0;
+    double nextKeepAlive = 0;
+    double nextCommands = 0;
+};
+
+#endif

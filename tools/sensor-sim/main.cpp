@@ -1,0 +1,181 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "Options.h"
+#include "Settings.h"
+#include "Simulation.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <random>
+#include <string>
+#include <unistd.h>
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+constexpr double TickSeconds = 0.05;
+constexpr double ProgressSeconds = 1;
+
+/** The signals that end the program, taken when it is ready for them instead of anywhere. */
+class EndSignals
+{
+public:
+    EndSignals()
+    {
+        sigemptyset(&signals);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            sigaddset(&signals, signal);
+        }
+        sigprocmask(SIG_BLOCK, &signals, nullptr);
+    }
+    /** Waits up to `seconds`; true when the end was asked for. */
+    bool wait(double seconds)
+    {
+        const timespec time = {std::time_t(seconds), long((seconds - double(std::time_t(seconds))) * 1e9)};
+        ended = ended || sigtimedwait(&signals, nullptr, &time) > 0;
+        return ended;
+    }
+
+private:
+    sigset_t signals;
+    bool ended = false;
+};
+
+/** One line that is written over on a terminal; elsewhere only its last state is shown. */
+class ProgressLine
+{
+public:
+    void show(const std::string &text)
+    {
+        if (isTerminal && text != shown) {
+            std::printf("\r%s\033[K", text.c_str());
+            std::fflush(stdout);
+            shown = text;
+        }
+    }
+    void finish(const std::string &text)
+    {
+        std::printf("%s%s%s\n", isTerminal ? "\r" : "", text.c_str(), isTerminal ? "\033[K" : "");
+        std::fflush(stdout);
+    }
+
+private:
+    bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
+    std::string shown;
+};
+
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+std::string describe(const SimulationTotals &totals)
+{
+    return "sensor-sim: " + std::to_string(totals.sensors) + " sensors, " + std::to_string(totals.dead) + " dead, " +
+           std::to_string(totals.events) + " events written, " + std::to_string(totals.commands) +
+           " commands carried out";
+}
+
+/** Says a fault once, not with each try. */
+void complain(std::string &last, const std::string &fault)
+{
+    if (fault != last) {
+        std::fprintf(stderr, "sensor-sim: %s\n", fault.c_str());
+    }
+    last = fault;
+}
+
+int fill(Simulation &simulation, int count, EndSignals &signals, ProgressLine &line)
+{
+    const Clock::time_point start = Clock::now();
+    simulation.fill(count, [&](int done) {
+        line.show("sensor-sim: " + std::to_string(done) + " of " + std::to_string(count) + " events written");
+        return !signals.wait(0);
+    });
+    const double seconds = std::max(secondsSince(start), 1e-9);
+    const std::int64_t events = simulation.totals().events;
+    char text[128];
+    std::snprintf(text, sizeof text, "sensor-sim: %lld of %d events of history written, %.0f a second",
+                  static_cast<long long>(events), count, double(events) / seconds);
+    line.finish(text);
+    return 0;
+}
+
+int run(Simulation &simulation, const Options &options, EndSignals &signals, ProgressLine &line)
+{
+    const Clock::time_point start = Clock::now();
+    std::string fault;
+    double nextProgress = 0;
+    bool last = false;
+    while (!last) {
+        const double elapsed = secondsSince(start);
+        // A last round, so that nothing drawn before the end stays unwritten.
+        last = signals.wait(0) || (options.duration && elapsed >= *options.duration);
+        try {
+            simulation.advance(options.duration ? std::min(elapsed, *options.duration) : elapsed);
+            fault.clear();
+        } catch (const std::exception &error) {
+            complain(fault, error.what());
+        }
+        if (elapsed >= nextProgress) {
+            line.show(describe(simulation.totals()));
+            nextProgress = elapsed + ProgressSeconds;
+        }
+        if (!last) {
+            signals.wait(TickSeconds);
+        }
+    }
+    line.finish(describe(simulation.totals()));
+    return fault.empty() ? 0 : 1;
+}
+
+struct FileCloser {
+    void operator()(std::FILE *file) const
+    {
+        std::fclose(file);
+    }
+};
+
+int play(const Options &options)
+{
+    EndSignals signals;
+    ProgressLine line;
+    std::unique_ptr<std::FILE, FileCloser> log;
+    if (!options.log.empty()) {
+        log.reset(std::fopen(options.log.c_str(), "ae"));
+        if (!log) {
+            std::perror(("sensor-sim: " + options.log).c_str());
+            return 1;
+        }
+    }
+    Store store(readSettings(options.configDir).database, Sqlite::Durability::Crash);
+    const unsigned seed = options.seed ? *options.seed : std::random_device()();
+    Simulation simulation(store, options.sensors, seed, options.rate, log.get());
+    return options.fill ? fill(simulation, *options.fill, signals, line) : run(simulation, options, signals, line);
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    try {
+        std::string fault;
+        const Options options = parseOptions(argc, argv, fault);
+        if (!fault.empty()) {
+            std::fprintf(stderr, "sensor-sim: %s\n%s", fault.c_str(), usage().c_str());
+            return 2;
+        }
+        if (options.help) {
+            std::fputs(usage().c_str(), stdout);
+            return 0;
+        }
+        return play(options);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "sensor-sim: %s\n", error.what());
+        return 1;
+    }
+}
