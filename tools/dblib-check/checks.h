@@ -1,0 +1,129 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef DBLIBCHECK_CHECKS_H
+#define DBLIBCHECK_CHECKS_H
+
+#include "answers.h"
+#include "library.h"
+#include "outcome.h"
+
+#include <chrono>
+#include <random>
+#include <string>
+#include <vector>
+
+/** What a check works on. */
+struct Target {
+    std::string library;  ///< absolute path of the library
+    std::string config;   ///< the configuration directory for the initialisers, absolute
+    std::string original; ///< the one that `config` is a copy of; empty when it is no copy
+    bool fill = false;    ///< records may be put where a store is empty, as one in memory is at each start
+    unsigned seed = 1;
+    int seconds = 45;      ///< time limit of the check
+    int fetches = 100000;  ///< how many the endurance check makes
+    int records = 1000000; ///< how many are fetched at once in the checks of large answers
+};
+
+/** How long a check may take in its own interest, well within its time limit. */
+class Budget
+{
+public:
+    /** `percent` of the time limit, from now. */
+    explicit Budget(const Target &target, int percent = 60)
+        : m_end(std::chrono::steady_clock::now() + std::chrono::milliseconds(target.seconds * 10L * percent))
+    {
+    }
+    bool over() const
+    {
+        return std::chrono::steady_clock::now() >= m_end;
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_end;
+};
+
+/** One check. */
+struct Check {
+    const char *name;
+    const char *what;        ///< what is looked at, for --list
+    const char *consequence; ///< what it means for the operator when it fails, a sentence
+    Outcome (*run)(const Target &target);
+    bool writes = false;   ///< puts or deletes: only with --write
+    bool advisory = false; ///< asks for more than the console relies on: failures become warnings
+    bool silent = false;   ///< a pass becomes a warning when anything was printed
+    Leave leave = Leave::AtOnce;
+};
+
+/** All checks in the order in which they run. */
+const std::vector<Check> &allChecks();
+
+// The groups that allChecks is made of.
+std::vector<Check> fileChecks();
+std::vector<Check> preparationChecks();
+std::vector<Check> callChecks();
+std::vector<Check> answerChecks();
+std::vector<Check> processChecks();
+std::vector<Check> enduranceChecks();
+std::vector<Check> writeChecks();
+
+/** The library, loaded and initialised as the console does at its start. */
+class Session
+{
+public:
+    enum Start { Initialised, LoadedOnly };
+    explicit Session(const Target &target, Start start = Initialised);
+
+    const Library library;
+
+    /** Calls the three initialisers; their results, in the order of the calls. */
+    std::vector<int> initialise(const std::string &config) const;
+};
+
+/** How many records were put. */
+struct FillCounts {
+    int events = 0;
+    int commands = 0;
+};
+/** Puts generated records until the store has 300 events and 150 commands, or refuses one. */
+FillCounts fillStore(const Library &library, const Target &target);
+
+/** One after the other what a console does: sizes, full and empty answers from both ends, sensors. */
+void useAsConsole(const Library &library);
+
+/** Records that the checks of answers compare with. */
+template <class Kind> struct Contents {
+    std::vector<typename Kind::Record> records;
+    bool textsWhole = true; ///< false: texts are damaged, masks cannot be compared
+    bool whole = true;      ///< false: the store holds more, these are the oldest
+    int highest = 0;        ///< highest identifier among them
+};
+
+/** As many records as the checks compare with. */
+constexpr int MostCompared = 20000;
+
+/** What the store holds, at most MostCompared of it. Throws a skip when there is nothing. */
+template <class Kind> Contents<Kind> readContents(const Library &library)
+{
+    Contents<Kind> contents;
+    auto answer = ask<Kind>(library, plain<Kind>(MostCompared + 1, true));
+    contents.textsWhole = answer.reader.faults().empty();
+    contents.records = std::move(answer.records);
+    if (contents.records.empty()) {
+        throw skipped(std::string("the store has no ") + Kind::plural + "; --write brings some");
+    }
+    for (const auto &record : contents.records) {
+        contents.highest = std::max(contents.highest, Kind::id(record));
+    }
+    contents.whole = int(contents.records.size()) <= MostCompared;
+    return contents;
+}
+
+/** Makes a request ask for nothing but what `contents` holds. */
+template <class Kind> void confine(typename Kind::Request &request, const Contents<Kind> &contents)
+{
+    if (!contents.whole) {
+        Kind::bound(request, contents.highest);
+    }
+}
+
+#endif

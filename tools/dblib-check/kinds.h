@@ -1,0 +1,122 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef DBLIBCHECK_KINDS_H
+#define DBLIBCHECK_KINDS_H
+
+#include "library.h"
+
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+/**
+ * @file
+ * What events and commands have in common for the checks, and what tells them
+ * apart: each check of answers is written once, for a kind.
+ */
+
+/** One filter switched on with one value. */
+template <class Request> struct Term {
+    std::string text; ///< "MessageID0=5"
+    std::function<void(Request &)> apply;
+};
+
+/** The values of one filter that are worth asking for. */
+template <class Request> struct Filter {
+    enum Group { Identifier, Time, SensorMask, NameMask, Type };
+    Group group;
+    std::string name;
+    std::vector<Term<Request>> terms;
+};
+
+/** Events, as the checks need them. */
+struct EventKind {
+    using Record = CMessageEvent;
+    using Request = CMessageEventRequest;
+    static constexpr const char *plural = "events";
+    static constexpr int sizes = EventSizes;
+    static constexpr DBFunction fetch = DBFunctionGetEvents;
+    static constexpr DBFunction put = DBFunctionPutEvent;
+    static constexpr DBFunction remove = DBFunctionDeleteEvent;
+
+    static int id(const Record &record)
+    {
+        return record.MessageID;
+    }
+    static int get(const Library &library, int *n, Record **records, Request *request)
+    {
+        return library.getEvents(n, records, request);
+    }
+    static int putRecord(const Library &library, Record *record)
+    {
+        return library.putEvent(record);
+    }
+    static int deleteRecord(const Library &library, int recordId)
+    {
+        return library.deleteEvent(recordId);
+    }
+    static void setLowest(Request &request, int lowest);
+    static void setHighest(Request &request, int highest);
+    static bool hasLowest(const Request &request)
+    {
+        return request.UseMessageID0 != 0;
+    }
+    /** Switches every filter off and leaves the values. */
+    static void switchOff(Request &request);
+    /** Lowers the request's highest identifier to `highest`, or sets it. */
+    static void bound(Request &request, int highest);
+    /** Every filter with values that lie on, beside and far from those of `records`. */
+    static std::vector<Filter<Request>> filters(const std::vector<Record> &records, std::mt19937 &random);
+    /** The masks of a request. */
+    static std::vector<char * Request::*> masks();
+    /** The filters of a request in words, for messages. */
+    static std::string describe(const Request &request);
+    /** A record made up from `number`, with texts, parameters and times of every sort among them. */
+    static Record sample(int number, std::mt19937 &random);
+};
+
+/** Commands, likewise. */
+struct CommandKind {
+    using Record = CMessageCommand;
+    using Request = CMessageCommandRequest;
+    static constexpr const char *plural = "commands";
+    static constexpr int sizes = CommandSizes;
+    static constexpr DBFunction fetch = DBFunctionGetCommands;
+    static constexpr DBFunction put = DBFunctionPutCommand;
+    static constexpr DBFunction remove = DBFunctionDeleteCommand;
+
+    static int id(const Record &record)
+    {
+        return record.CommandID;
+    }
+    static int get(const Library &library, int *n, Record **records, Request *request)
+    {
+        return library.getCommands(n, records, request);
+    }
+    static int putRecord(const Library &library, Record *record)
+    {
+        return library.putCommand(record);
+    }
+    static int deleteRecord(const Library &library, int recordId)
+    {
+        return library.deleteCommand(recordId);
+    }
+    static void setLowest(Request &request, int lowest);
+    static void setHighest(Request &request, int highest);
+    static bool hasLowest(const Request &request)
+    {
+        return request.UseCommandID0 != 0;
+    }
+    static void switchOff(Request &request);
+    static void bound(Request &request, int highest);
+    static std::vector<Filter<Request>> filters(const std::vector<Record> &records, std::mt19937 &random);
+    static std::vector<char * Request::*> masks();
+    static std::string describe(const Request &request);
+    static Record sample(int number, std::mt19937 &random);
+};
+
+/** The text with every byte that is not printable ASCII as \xNN, in double quotes. */
+std::string quoted(const char *text);
+
+#endif

@@ -1,0 +1,148 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "library.h"
+
+#include "Config.h"
+#include "outcome.h"
+
+#include <cxxabi.h>
+#include <dlfcn.h>
+#include <stdexcept>
+
+static_assert(MaxDefLines == 40 && ConfigLineSize == 512, "NameMap holds as much as the reader stores");
+
+NameMap::NameMap(const std::string &config)
+{
+    std::FILE *file = OpenRegularFile((config + "/Funs.def").c_str());
+    if (file) {
+        m_exists = true;
+        GetDefs(file, m_lines, m_count);
+        std::fclose(file);
+    }
+}
+
+std::string NameMap::configured(const char *key) const
+{
+    std::string value;
+    FindConfigValue(m_lines, m_count, key, value);
+    return value;
+}
+
+Library::Library(const std::string &path, const std::string &config)
+{
+    // Loaded as the console loads it: what is never called is never missed, and its symbols are seen by all.
+    m_handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_GLOBAL);
+    if (!m_handle) {
+        throw skipped("the library cannot be loaded");
+    }
+    resolve(NameMap(config));
+}
+
+bool Library::exports(const char *name) const
+{
+    return dlsym(m_handle, name) != nullptr;
+}
+
+void Library::resolve(const NameMap &map)
+{
+    void *cxx[DBFunctionCount] = {};
+    void *c[DBFunctionCount] = {};
+    for (int i = 0; i < DBFunctionCount; ++i) {
+        const DBSymbol &symbol = DBSymbols[i];
+        const std::string configured = map.configured(symbol.key);
+        const std::string cxxName = configured.empty() ? symbol.cxx : configured;
+        const std::string cName = configured.empty() ? symbol.key : configured;
+        cxx[i] = dlsym(m_handle, cxxName.c_str());
+        if (!cxx[i] && m_missingCxx.empty()) {
+            m_missingCxx = cxxName;
+        }
+        if (i < DBCFunctionCount) {
+            c[i] = dlsym(m_handle, cName.c_str());
+            if (!c[i] && m_missingC.empty()) {
+                m_missingC = cName;
+            }
+        }
+        // Where a name is missing the rest of the library is still worth checking.
+        m_functions[i] = cxx[i] ? cxx[i] : c[i];
+    }
+    if (m_missingCxx.empty()) {
+        m_pass = SymbolPass::Cxx;
+    } else if (m_missingC.empty()) {
+        m_pass = SymbolPass::C;
+    }
+}
+
+template <class Function, class... Arguments> int Library::call(DBFunction which, Arguments... arguments) const
+{
+    if (!m_functions[which]) {
+        throw skipped(std::string("the library has no ") + DBSymbols[which].key);
+    }
+    try {
+        return reinterpret_cast<Function *>(m_functions[which])(arguments...);
+    } catch (const std::exception &error) {
+        throw failed(std::string(DBSymbols[which].key) + " threw an exception: " + error.what());
+    } catch (abi::__forced_unwind &) {
+        throw; // a thread that ends itself; it must not be stopped
+    } catch (...) {
+        throw failed(std::string(DBSymbols[which].key) + " threw an exception");
+    }
+}
+
+int Library::getSensors(int *n, CSensor **sensors) const
+{
+    return call<TDBGetSensors>(DBFunctionGetSensors, n, sensors);
+}
+
+int Library::initSensors(const char *config) const
+{
+    return call<TInitDBSensors>(DBFunctionInitSensors, config);
+}
+
+int Library::getEvents(int *n, CMessageEvent **events, CMessageEventRequest *request) const
+{
+    return call<TDBGetEvents>(DBFunctionGetEvents, n, events, request);
+}
+
+int Library::initEvents(const char *config) const
+{
+    return call<TInitDBEvents>(DBFunctionInitEvents, config);
+}
+
+int Library::getCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request) const
+{
+    return call<TDBGetCommands>(DBFunctionGetCommands, n, commands, request);
+}
+
+int Library::initCommands(const char *config) const
+{
+    return call<TInitDBCommands>(DBFunctionInitCommands, config);
+}
+
+int Library::putCommand(CMessageCommand *command) const
+{
+    return call<TDBPutCommand>(DBFunctionPutCommand, command);
+}
+
+int Library::putEvent(CMessageEvent *event) const
+{
+    return call<TDBPutEvent>(DBFunctionPutEvent, event);
+}
+
+int Library::deleteCommand(int id) const
+{
+    return call<TDBDeleteCommand>(DBFunctionDeleteCommand, id);
+}
+
+int Library::deleteEvent(int id) const
+{
+    return call<TDBDeleteEvent>(DBFunctionDeleteEvent, id);
+}
+
+std::string loadFault(const std::string &path, bool everySymbol)
+{
+    if (dlopen(path.c_str(), (everySymbol ? RTLD_NOW : RTLD_LAZY) | RTLD_GLOBAL)) {
+        return {};
+    }
+    const char *reason = dlerror();
+    return reason ? reason : "no reason given";
+}

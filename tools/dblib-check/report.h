@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#ifndef DBLIBCHECK_REPORT_H
+#define DBLIBCHECK_REPORT_H
+
+#include "checks.h"
+#include "isolate.h"
+
+#include <string>
+#include <vector>
+
+/** A check with what came of it. */
+struct Result {
+    const Check *check = nullptr;
+    IsolatedRun run;
+};
+
+/** The lines for one result: verdict and name, what was found, what it means, what was printed. */
+std::string resultText(const Result &result);
+
+/** The last line: how many of each verdict. */
+std::string summaryText(const std::vector<Result> &results);
+
+/** All results as a JUnit test suite: crashes and time-outs are errors, warnings passed tests with an output. */
+std::string junitText(const std::string &library, unsigned seed, const std::vector<Result> &results);
+
+#endif
