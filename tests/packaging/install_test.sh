@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+#
+# install_test.sh CMAKE BUILD-FOLDER BINDIR DATADIR: installs into a folder of its own, as a
+# package's build does, and looks at what is there.
+set -euo pipefail
+
+cmake=$1
+build=$2
+bin=$3
+data=$4
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
+
+fail() {
+    printf 'install_test: %s\n' "$*" >&2
+    exit 1
+}
+
+DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
+
+for file in "$bin/obrim" "$data/applications/obrim.desktop" "$data/icons/hicolor/scalable/apps/obrim.svg" \
+    "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
+    [[ -s $stage$file ]] || fail "$file is not installed"
+done
+
+desktop-file-validate "$stage$data/applications/obrim.desktop" || fail "the desktop entry is not valid"
+
+# What the desktop starts and shows is what was installed.
+field() { sed -n "s/^$1=//p" "$stage$data/applications/obrim.desktop"; }
+[[ -x $stage$bin/$(field Exec) ]] || fail "the desktop entry starts $(field Exec), which is not installed"
+[[ -s $stage$data/icons/hicolor/scalable/apps/$(field Icon).svg ]] || fail "there is no icon $(field Icon)"
+
+width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
+[[ $width == *'48 x 48'* ]] || fail "the icon of 48 pixels is: $width"
+
+# An installed program must not look for libraries in the build folder.
+readelf -d "$stage$bin/obrim" >"$stage/dynamic"
+! grep -qE 'RPATH|RUNPATH' "$stage/dynamic" || fail "the program carries the build's library path"
+
+XDG_RUNTIME_DIR="$stage" "$stage$bin/obrim" --version >"$stage/version"
+grep -q '^obrim [0-9]' "$stage/version" || fail "the installed program does not tell its version"
