@@ -1,0 +1,301 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+/*
+ * The list at a million rows beside the list at a thousand, in one run: what
+ * grows with the rows, and what must not. Times are processor time of this
+ * thread, so that other work on the machine counts little.
+ */
+
+#include "eventitem.h"
+#include "listview.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QScrollBar>
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <malloc.h>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr int Few = 1000;
+constexpr int Many = 1000000;
+constexpr std::time_t Start = 1700000000;
+
+double now()
+{
+    std::timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
+}
+
+double seconds(const std::function<void()> &work)
+{
+    const double start = now();
+    work();
+    return now() - start;
+}
+
+/** The median of some runs: one run now and then loses its caches to others. */
+double median(int runs, const std::function<void()> &work)
+{
+    std::vector<double> times;
+    for (int i = 0; i < runs; ++i)
+        times.push_back(seconds(work));
+    std::nth_element(times.begin(), times.begin() + runs / 2, times.end());
+    return times[std::size_t(runs / 2)];
+}
+
+bool allMet = true;
+
+void report(const char *work, double value, const char *unit, double goal)
+{
+    const bool met = value <= goal;
+    allMet = allMet && met;
+    std::printf("%-58s %9.3f %-6s goal %7.2f  %s\n", work, value, unit, goal, met ? "met" : "MISSED");
+    std::fflush(stdout);
+}
+
+void ratio(const char *work, double many, double few, double goal)
+{
+    std::printf("    %.4f ms : %.4f ms\n", 1e3 * many, 1e3 * few);
+    report(work, many / few, "x", goal);
+}
+
+/** Events as a monitoring installation reports them. */
+class Events
+{
+public:
+    ListView::Rows rows(int count)
+    {
+        ListView::Rows rows;
+        rows.reserve(std::size_t(count));
+        for (int i = 0; i < count; ++i)
+            rows.push_back(row());
+        return rows;
+    }
+
+private:
+    std::unique_ptr<QListViewItem> row()
+    {
+        const int number = m_count++;
+        // Sensors report when something happens, a few times a minute each.
+        m_time += std::time_t(m_random() % 60);
+        const std::string sensor = "sensor-" + std::to_string(m_random() % 200);
+        const std::string name = "event " + std::to_string(m_random() % 40);
+        // 20 characters on the average.
+        const std::string parameters =
+            "t=" + std::to_string(m_random() % 1000) + "." + std::to_string(m_random() % 100) +
+            ";flow=" + std::to_string(m_random() % 100000) + std::string(m_random() % 7, 'x');
+        return EventItem::create({number, 7, m_names.name(sensor), number + 1, EventKind{m_names.name(name)}, m_time,
+                                  m_dates.of(m_time), parameters});
+    }
+
+    std::mt19937 m_random{1};
+    NamePool m_names;
+    DateClasses m_dates;
+    std::time_t m_time = Start;
+    int m_count = 0;
+};
+
+/** Counts the paint events of a widget. */
+struct PaintCounter : QObject {
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+};
+
+/** A list of events on the screen, as the window of the events has it. */
+struct Shown {
+    explicit Shown(int count)
+        : list(std::make_unique<ListView>())
+    {
+        for (const char *heading : {"N", "Sensor ID", "EventID", "Event Name", "Event Time", "Parameters"})
+            list->addColumn(heading);
+        for (int column : {NumberColumn, IdentifierColumn, DateColumn})
+            list->setColumnSortKey(column, ListView::SortKey::Number);
+        list->resize(800, 900);
+        list->viewport()->installEventFilter(&paints);
+        list->show();
+        paint();
+        load = seconds([&] {
+            ListView::Rows rows;
+            building = seconds([&] { rows = events.rows(count); });
+            list->insertItems(std::move(rows));
+            paint();
+        });
+        load -= building;
+    }
+
+    /** Waits for what changed to be painted, as it comes about in the program. */
+    void paint()
+    {
+        const int before = paints.count;
+        for (int i = 0; i < 100 && paints.count == before; ++i)
+            QCoreApplication::processEvents();
+    }
+
+    void fit()
+    {
+        list->resize(list->width() == 800 ? 810 : 800, 900);
+        for (int column = 0; column < list->columns(); ++column)
+            list->setColumnWidth(column, std::min(list->maximumTextWidth(column) + 3, 300));
+        paint();
+    }
+
+    void append(int count)
+    {
+        ListView::Rows more = events.rows(count);
+        const double start = now();
+        list->insertItems(std::move(more));
+        paint();
+        appending.push_back(now() - start);
+    }
+
+    double medianAppend()
+    {
+        std::sort(appending.begin(), appending.end());
+        return appending[appending.size() / 2];
+    }
+
+    Events events;
+    PaintCounter paints;
+    std::unique_ptr<ListView> list;
+    double load = 0;     ///< seconds from ready rows to the painted list
+    double building = 0; ///< seconds for building the rows themselves
+    std::vector<double> appending;
+};
+
+std::size_t bytesInUse()
+{
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+void benchFitting(Shown &many, Shown &few)
+{
+    many.fit();
+    few.fit();
+    ratio("column fitting on a resize, painted", median(15, [&] { many.fit(); }), median(15, [&] { few.fit(); }), 2);
+}
+
+void benchAppending(Shown &many, Shown &few)
+{
+    for (int i = 0; i < 9; ++i) {
+        many.append(100);
+        few.append(100);
+    }
+    ratio("100 new rows at the end, painted", many.medianAppend(), few.medianAppend(), 2);
+    many.appending.clear();
+    few.appending.clear();
+    for (Shown *shown : {&many, &few})
+        shown->list->setSorting(NumberColumn, false);
+    for (int i = 0; i < 9; ++i) {
+        many.append(100);
+        few.append(100);
+    }
+    ratio("100 new rows at the top, painted", many.medianAppend(), few.medianAppend(), 2);
+    for (Shown *shown : {&many, &few})
+        shown->list->setSorting(NumberColumn, true);
+}
+
+void benchRemoving(Shown &many, Shown &few)
+{
+    std::mt19937 random(2);
+    const auto removeOne = [&random](Shown &shown) {
+        shown.list->removeItem(shown.list->itemAt(int(random() % unsigned(shown.list->childCount()))));
+        shown.paint();
+    };
+    ratio("deleting a row somewhere, painted", median(51, [&] { removeOne(many); }),
+          median(51, [&] { removeOne(few); }), 2);
+}
+
+template <typename Key, typename KeyOf> double sortOfReadyKeys(const ListView &list, KeyOf keyOf)
+{
+    std::vector<Key> ready;
+    for (int row = 0; row < list.childCount(); ++row)
+        ready.push_back(keyOf(*list.itemAt(row)));
+    return median(3, [&] {
+        std::vector<Key> keys = ready;
+        std::stable_sort(keys.begin(), keys.end());
+    });
+}
+
+void benchSorting(Shown &many, int column, bool number)
+{
+    ListView &list = *many.list;
+    // From an order that says nothing, as rows stand after other headings were clicked.
+    const int other = column == ParametersColumn ? SensorColumn : ParametersColumn;
+    list.setSorting(other);
+    double ready = 0;
+    if (number)
+        ready = sortOfReadyKeys<qint64>(list, [column](const QListViewItem &row) { return row.number(column); });
+    else
+        ready = sortOfReadyKeys<QString>(list, [column](const QListViewItem &row) { return row.text(column); });
+    std::vector<double> times;
+    for (int i = 0; i < 3; ++i) {
+        list.setSorting(other);
+        times.push_back(seconds([&] {
+            list.setSorting(column);
+            many.paint();
+        }));
+    }
+    std::sort(times.begin(), times.end());
+    ratio(("sorting by \"" + list.columnText(column).toStdString() + "\", painted").c_str(), times[1], ready, 3);
+}
+
+void benchScrolling(Shown &many)
+{
+    QScrollBar *down = many.list->verticalScrollBar();
+    down->setValue(0);
+    many.paint();
+    double worst = 0;
+    const auto frame = [&](int value) {
+        worst = std::max(worst, seconds([&] {
+                             down->setValue(value);
+                             many.paint();
+                         }));
+    };
+    for (int i = 0; i < 200; ++i)
+        frame(down->value() + down->pageStep());
+    for (int i = 0; i <= 200; ++i)
+        frame(int(qint64(down->maximum()) * i / 200));
+    report("scrolling, the slowest of 400 frames", 1e3 * worst, "ms", 16);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    Shown few(Few);
+    const std::size_t before = bytesInUse();
+    Shown many(Many);
+    report("memory per row", double(bytesInUse() - before) / Many, "bytes", 160);
+    std::printf("    rows built in %.3f s, taken in and painted in %.3f s\n", many.building, many.load);
+    const double load = many.building + many.load;
+
+    benchFitting(many, few);
+    benchAppending(many, few);
+    benchRemoving(many, few);
+    benchScrolling(many);
+    for (int column : {NumberColumn, IdentifierColumn, DateColumn})
+        benchSorting(many, column, true);
+    for (int column : {SensorColumn, KindColumn, ParametersColumn})
+        benchSorting(many, column, false);
+    ratio("closing, in parts of building and taking in", seconds([&] { many.list.reset(); }), load, 0.1);
+    return allMet ? 0 : 1;
+}
