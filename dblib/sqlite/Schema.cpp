@@ -155,10 +155,14 @@ namespace Schema
 {
 void prepare(Sqlite::Connection &connection)
 {
-    if (isCurrent(connection)) {
-        return;
+    {
+        // Another program may be making the tables: both marks come from one view.
+        const Sqlite::Transaction view(connection, Sqlite::Transaction::Read);
+        if (isCurrent(connection)) {
+            return;
+        }
     }
-    // Another program may do the same right now, so the question is asked again.
+    // It may have finished since, so the question is asked again.
     Sqlite::Transaction transaction(connection, Sqlite::Transaction::Write);
     if (!isCurrent(connection)) {
         upgradeTo(connection, Version);
