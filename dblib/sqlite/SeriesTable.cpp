@@ -121,12 +121,16 @@ void SeriesTable::refresh()
     const Sqlite::Resetter resetNewer(*newer);
     newer->bind(1, end());
     while (newer->step()) {
+        const std::int64_t id = newer->number(0);
+        if (id < end() || id > last) {
+            throw Sqlite::Error(db.path(), "the database is damaged: series out of order");
+        }
         SeriesKey key;
         key.messageType = int(newer->number(1));
         key.kind = int(newer->number(2));
         key.sensor = textIn(*newer, 3);
         key.name = textIn(*newer, 4);
-        store(newer->number(0), key);
+        store(id, key);
     }
 }
 

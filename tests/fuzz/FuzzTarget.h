@@ -23,6 +23,18 @@ inline void require(bool holds, const char *what)
     }
 }
 
+/** A memory file to be read; none without bytes. Only one may be open at a time. */
+inline std::FILE *openInMemory(const void *content, std::size_t size)
+{
+    std::FILE *f = size > 0 ? fmemopen(const_cast<void *>(content), size, "r") : nullptr;
+    if (f) {
+        // The library would allocate a far larger buffer for each file, which takes most of a short run's time.
+        static char buffer[512];
+        std::setvbuf(f, buffer, _IOFBF, sizeof(buffer));
+    }
+    return f;
+}
+
 /** Hands out an input's bytes piece by piece; zeros and empty texts when it has run out. */
 class Input
 {

@@ -8,22 +8,27 @@
 #include "Config.h"
 
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace
 {
-using Lines = std::vector<std::string>;
+using Lines = std::vector<std::string_view>;
+
+std::string_view upTo(std::string_view text, char end)
+{
+    return text.substr(0, text.find(end));
+}
 
 /** The lines that matter, trimmed, as the reader should see them. */
-Lines linesOf(const std::string &content)
+Lines linesOf(std::string_view content)
 {
     Lines lines;
     for (std::size_t start = 0; start < content.size();) {
         const std::size_t feed = content.find('\n', start);
         const std::size_t end = std::min({feed == std::string::npos ? content.size() : feed + 1, start + 511});
-        std::string line = content.substr(start, end - start).c_str(); // up to a NUL
-        line = line.substr(0, line.find('\n'));
-        line.erase(line.find_last_not_of(' ') + 1);
+        std::string_view line = upTo(upTo(content.substr(start, end - start), '\0'), '\n');
+        line = line.substr(0, line.find_last_not_of(' ') + 1);
         if (!line.empty() && line[0] != '%') {
             lines.push_back(line);
         }
@@ -32,10 +37,9 @@ Lines linesOf(const std::string &content)
     return lines;
 }
 
-std::string withoutLeadingSpace(const std::string &line)
+std::string_view withoutLeadingSpace(std::string_view line)
 {
-    const std::size_t start = line.find_first_not_of(" \t\n\v\f\r");
-    return start == std::string::npos ? "" : line.substr(start);
+    return line.substr(std::min(line.find_first_not_of(" \t\n\v\f\r"), line.size()));
 }
 
 struct CloseFile {
@@ -45,27 +49,26 @@ struct CloseFile {
     }
 };
 
-std::unique_ptr<std::FILE, CloseFile> open(std::string &content)
+std::unique_ptr<std::FILE, CloseFile> open(std::string_view content)
 {
-    return std::unique_ptr<std::FILE, CloseFile>(fmemopen(content.data(), content.size(), "r"));
+    return std::unique_ptr<std::FILE, CloseFile>(openInMemory(content.data(), content.size()));
 }
 
-void checkDefs(std::string &content, const Lines &expected)
+void checkDefs(std::string_view content, const Lines &expected)
 {
     static char lines[MaxDefLines][ConfigLineSize]; // exactly what may be stored
+    std::string value;
     int n = -1;
     require(GetDefs(open(content).get(), lines, n) == 0, "GetDefs gives 0");
     require(n == std::min(int(expected.size()), MaxDefLines), "GetDefs stores every line that matters");
     for (int i = 0; i < n; ++i) {
         require(lines[i] == withoutLeadingSpace(expected[std::size_t(i)]), "GetDefs stores it trimmed");
-        std::string key = lines[i];
-        key.resize(std::min(key.find('='), key.size()));
-        std::string value;
+        const std::string key(upTo(lines[i], '='));
         FindConfigValue(lines, n, key.c_str(), value);
     }
 }
 
-void checkBlocks(std::string &content, const Lines &expected)
+void checkBlocks(std::string_view content, const Lines &expected)
 {
     const auto file = open(content);
     static char lines[MaxBlockLines][ConfigLineSize];
@@ -91,7 +94,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     if (size == 0) {
         return 0; // there is no memory file of no bytes
     }
-    std::string content(reinterpret_cast<const char *>(data), size);
+    const std::string_view content(reinterpret_cast<const char *>(data), size);
     const Lines expected = linesOf(content);
     checkDefs(content, expected);
     checkBlocks(content, expected);

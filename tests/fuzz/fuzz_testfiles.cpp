@@ -20,7 +20,7 @@ std::size_t contentSize;
 /** Takes the place of OpenRegularFile, as the linker is told. Without bytes there is no file. */
 extern "C" std::FILE *__wrap__Z15OpenRegularFilePKc(const char *)
 {
-    return contentSize > 0 ? fmemopen(const_cast<std::uint8_t *>(content), contentSize, "r") : nullptr;
+    return openInMemory(content, contentSize);
 }
 
 namespace
