@@ -106,7 +106,7 @@ void askForAll(Ask ask, UseIds useIds, UseTimes useTimes)
         request.TakeFirst1_Last0 = variant % 2;
         if (variant / 2 == 1 || variant / 2 == 3) {
             request.UseSensorID = 1;
-            setText(request.SensorID, request.LSensorID, "sensor*");
+            setText(request.SensorID, request.LSensorID, "sensor1");
         }
         if (variant / 2 >= 2) {
             useTimes(request);
