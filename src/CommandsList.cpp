@@ -2,11 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "CommandsList.h"
 
-#include "formtexts.h"
-#include "panelfont.h"
-
 #include <KLocalizedString>
-#include <QEvent>
 
 namespace
 {
@@ -20,13 +16,8 @@ QStringList Headings()
 } // namespace
 
 DCommandsList::DCommandsList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
-    : QDialog(parent, fl)
+    : RecordForm(parent, name, modal, fl)
 {
-    setWindowFlag(Qt::WindowContextHelpButtonHint, fl.testFlag(Qt::WindowContextHelpButtonHint));
-    setModal(modal);
-    setupUi(this);
-    if (name)
-        setObjectName(QString::fromLatin1(name));
     AddColumns(listCommands, Headings());
     listCommands->setResizeMode(ListView::AllColumns);
     DCommandsList::languageChange();
@@ -81,22 +72,8 @@ void DCommandsList::onDeleteItem()
 
 void DCommandsList::languageChange()
 {
-    retranslateUi(this);
+    setTexts(listCommands, Headings());
     setToolTip(QString());
     // Its text would give it Alt+G, as it does in the events form; here it has no key.
     pushButton2->setShortcut(QKeySequence());
-    RelabelColumns(listCommands, Headings());
-    RefillCombo(comboTo_TimeAgo, TimeAgoItems());
-    RefillCombo(comboFrom_TimeAgo, TimeAgoItems());
-    RefillCombo(AutoUpdate, AutoUpdateItems());
-    FitPanelFont(GB0);
-}
-
-void DCommandsList::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        languageChange();
-    else if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        FitPanelFont(GB0);
 }

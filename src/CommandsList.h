@@ -3,17 +3,16 @@
 #ifndef OBRIM_COMMANDSLIST_H
 #define OBRIM_COMMANDSLIST_H
 
+#include "listform.h"
 #include "listview.h"
 #include "ui_CommandsList.h"
-
-#include <QDialog>
 
 /**
  * The form of the commands list window: the list on the left, the fixed panel of
  * filter controls on the right. No control has a value yet but the first entry
  * of each combo box.
  */
-class DCommandsList : public QDialog, public Ui::DCommandsList
+class DCommandsList : public RecordForm<Ui::DCommandsList>
 {
     Q_OBJECT
 
@@ -32,11 +31,7 @@ public slots:
     virtual void onDeleteItem();
 
 protected slots:
-    /** Sets every visible text in the current language and refills the combo boxes. */
-    virtual void languageChange();
-
-protected:
-    void changeEvent(QEvent *event) override;
+    void languageChange() override;
 
 private:
     void connectControls();

@@ -211,6 +211,29 @@ int initialise(const char *function, TInitDBSensors *library, int (*testSource)(
     return attempt(function, [&] { return library(QFile::encodeName(dir).constData()); }).value_or(-1);
 }
 
+/** Hands a record over between two equal trace lines. */
+template <class Record> int put(const char *function, const char *trace, int (*library)(Record *), Record &record)
+{
+    if (!library) {
+        return -1;
+    }
+    std::puts(trace);
+    const int result = attempt(function, [&] { return library(&record); }).value_or(-1);
+    std::puts(trace);
+    return result;
+}
+
+/** Whatever the library says to it, the record counts as deleted. */
+int deleteRecord(const char *function, const char *entry, const char *exit, TDBDeleteEvent *library, int id)
+{
+    std::puts(entry);
+    if (library) {
+        attempt(function, [&] { return library(id); });
+    }
+    std::puts(exit);
+    return 0;
+}
+
 /** Sets CurWD and BaseWD, or ends the process. */
 void findBaseDirectory()
 {
@@ -301,42 +324,20 @@ int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *re
 
 int DBPutCommand(CMessageCommand &command)
 {
-    if (!FDBPutCommand) {
-        return -1;
-    }
-    std::puts("DBPutCommand<");
-    const int result = attempt("FDBPutCommand", [&] { return FDBPutCommand(&command); }).value_or(-1);
-    std::puts("DBPutCommand<");
-    return result;
+    return put("FDBPutCommand", "DBPutCommand<", FDBPutCommand, command);
 }
 
 int DBPutEvent(CMessageEvent &event)
 {
-    if (!FDBPutEvent) {
-        return -1;
-    }
-    std::puts("DBPutEvent<");
-    const int result = attempt("FDBPutEvent", [&] { return FDBPutEvent(&event); }).value_or(-1);
-    std::puts("DBPutEvent<");
-    return result;
+    return put("FDBPutEvent", "DBPutEvent<", FDBPutEvent, event);
 }
 
 int DBDeleteCommand(int id)
 {
-    std::puts("DBDeleteCommand<");
-    if (FDBDeleteCommand) {
-        attempt("FDBDeleteCommand", [&] { return FDBDeleteCommand(id); });
-    }
-    std::puts("DBDeleteCommand> ");
-    return 0;
+    return deleteRecord("FDBDeleteCommand", "DBDeleteCommand<", "DBDeleteCommand> ", FDBDeleteCommand, id);
 }
 
 int DBDeleteEvent(int id)
 {
-    std::puts("DBDeleteEvent<");
-    if (FDBDeleteEvent) {
-        attempt("FDBDeleteEvent", [&] { return FDBDeleteEvent(id); });
-    }
-    std::puts("DBDeleteEvent> ");
-    return 0;
+    return deleteRecord("FDBDeleteEvent", "DBDeleteEvent<", "DBDeleteEvent> ", FDBDeleteEvent, id);
 }

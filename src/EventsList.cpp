@@ -2,11 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "EventsList.h"
 
-#include "formtexts.h"
-#include "panelfont.h"
-
 #include <KLocalizedString>
-#include <QEvent>
 
 namespace
 {
@@ -20,13 +16,8 @@ QStringList Headings()
 } // namespace
 
 DEventList::DEventList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
-    : QDialog(parent, fl)
+    : RecordForm(parent, name, modal, fl)
 {
-    setWindowFlag(Qt::WindowContextHelpButtonHint, fl.testFlag(Qt::WindowContextHelpButtonHint));
-    setModal(modal);
-    setupUi(this);
-    if (name)
-        setObjectName(QString::fromLatin1(name));
     AddColumns(listMessages, Headings());
     listMessages->setResizeMode(ListView::NoColumn);
     DEventList::languageChange();
@@ -76,19 +67,5 @@ void DEventList::onRBList(QListViewItem *, const QPoint &, int)
 
 void DEventList::languageChange()
 {
-    retranslateUi(this);
-    RelabelColumns(listMessages, Headings());
-    RefillCombo(comboTo_TimeAgo, TimeAgoItems());
-    RefillCombo(comboFrom_TimeAgo, TimeAgoItems());
-    RefillCombo(AutoUpdate, AutoUpdateItems());
-    FitPanelFont(GB0);
-}
-
-void DEventList::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        languageChange();
-    else if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        FitPanelFont(GB0);
+    setTexts(listMessages, Headings());
 }

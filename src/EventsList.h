@@ -3,17 +3,16 @@
 #ifndef OBRIM_EVENTSLIST_H
 #define OBRIM_EVENTSLIST_H
 
+#include "listform.h"
 #include "listview.h"
 #include "ui_EventsList.h"
-
-#include <QDialog>
 
 /**
  * The form of the events list window: the list on the left, the fixed panel of
  * filter controls on the right. No control has a value yet but the first entry
  * of each combo box.
  */
-class DEventList : public QDialog, public Ui::DEventList
+class DEventList : public RecordForm<Ui::DEventList>
 {
     Q_OBJECT
 
@@ -31,11 +30,7 @@ public slots:
     virtual void onRBList(QListViewItem *item, const QPoint &pt, int ip);
 
 protected slots:
-    /** Sets every visible text in the current language and refills the combo boxes. */
-    virtual void languageChange();
-
-protected:
-    void changeEvent(QEvent *event) override;
+    void languageChange() override;
 
 private:
     void connectControls();

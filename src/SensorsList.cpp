@@ -2,10 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "SensorsList.h"
 
-#include "formtexts.h"
-
 #include <KLocalizedString>
-#include <QEvent>
 
 namespace
 {
@@ -18,13 +15,8 @@ QStringList Headings()
 } // namespace
 
 Form1::Form1(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
-    : QDialog(parent, fl)
+    : ListForm(parent, name, modal, fl)
 {
-    setWindowFlag(Qt::WindowContextHelpButtonHint, fl.testFlag(Qt::WindowContextHelpButtonHint));
-    setModal(modal);
-    setupUi(this);
-    if (name)
-        setObjectName(QString::fromLatin1(name));
     AddColumns(SensorsList, Headings());
     SensorsList->setResizeMode(ListView::NoColumn);
     Form1::languageChange();
@@ -41,11 +33,4 @@ void Form1::languageChange()
 {
     retranslateUi(this);
     RelabelColumns(SensorsList, Headings());
-}
-
-void Form1::changeEvent(QEvent *event)
-{
-    QDialog::changeEvent(event);
-    if (event->type() == QEvent::LanguageChange)
-        languageChange();
 }

@@ -3,13 +3,12 @@
 #ifndef OBRIM_SENSORSLIST_H
 #define OBRIM_SENSORSLIST_H
 
+#include "listform.h"
 #include "listview.h"
 #include "ui_SensorsList.h"
 
-#include <QDialog>
-
 /** The form of the sensors list window: the list under a gap for the menu bar. */
-class Form1 : public QDialog, public Ui::Form1
+class Form1 : public ListForm<Ui::Form1>
 {
     Q_OBJECT
 
@@ -21,11 +20,7 @@ public slots:
     virtual void onRBList(QListViewItem *item, const QPoint &pt, int ip);
 
 protected slots:
-    /** Sets every visible text in the current language. */
-    virtual void languageChange();
-
-protected:
-    void changeEvent(QEvent *event) override;
+    void languageChange() override;
 };
 
 #endif
