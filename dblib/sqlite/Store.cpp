@@ -251,16 +251,23 @@ struct Store::Table {
 };
 
 struct Store::Statements {
+    /** Where a sensor that is new begins to read commands: older ones were meant for another of its name. */
+    inline static const std::string NewestCommand =
+        "coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'command'), 0)";
+
     explicit Statements(Sqlite::Connection &db)
         : sensors(db, "SELECT name, type, description, state, keep_alive, last_message, last_command FROM sensor "
                       "ORDER BY name")
-        , noteMessage(db, "INSERT INTO sensor(name, type, last_message) VALUES(?1, ?2, ?3) ON CONFLICT(name) DO "
-                          "UPDATE SET last_message = max(last_message, excluded.last_message)")
-        , registerSensor(db, "INSERT INTO sensor(name, type, description, last_command) VALUES(?1, ?2, ?3, ?4) "
-                             "ON CONFLICT(name) DO UPDATE SET type = excluded.type, description = excluded.description")
+        , noteMessage(db,
+                      "INSERT INTO sensor(name, type, last_message, last_command) VALUES(?1, ?2, ?3, " + NewestCommand +
+                          ") ON CONFLICT(name) DO UPDATE SET last_message = max(last_message, excluded.last_message)")
+        , registerSensor(db, "INSERT INTO sensor(name, type, description, last_command) VALUES(?1, ?2, ?3, " +
+                                 NewestCommand +
+                                 ") ON CONFLICT(name) DO UPDATE SET type = excluded.type, "
+                                 "description = excluded.description")
         , keepAlive(db, "UPDATE sensor SET keep_alive = ?2, last_message = max(last_message, ?2) WHERE name = ?1")
         , setState(db, "UPDATE sensor SET state = ?2 WHERE name = ?1")
-        , setLastCommand(db, "UPDATE sensor SET last_command = ?2 WHERE name = ?1")
+        , setLastCommand(db, "UPDATE sensor SET last_command = max(last_command, ?2) WHERE name = ?1")
     {
     }
 
@@ -482,11 +489,6 @@ int Store::newestIdentifier(Table &table)
     return table.newest.step() ? checkedIdentifier(table.newest.number(0)) : 0;
 }
 
-int Store::newestCommand()
-{
-    return newestIdentifier(*commandTable);
-}
-
 int Store::putEvents(const std::vector<NewMessage> &events)
 {
     Batch batch(*this);
@@ -580,7 +582,7 @@ bool Store::deleteCommand(int id)
 void Store::registerSensor(const std::string &name, int type, const std::string &description)
 {
     Batch batch(*this);
-    prepared->registerSensor.bind(1, name).bind(2, type).bind(3, description).bind(4, newestCommand()).run();
+    prepared->registerSensor.bind(1, name).bind(2, type).bind(3, description).run();
     batch.commit();
 }
 

@@ -80,15 +80,17 @@ public:
     bool deleteEvent(int id);
     bool deleteCommand(int id);
 
-    /** Adds a sensor or changes the type and description of the one with its name. */
+    /**
+     * Adds a sensor or changes the type and description of the one with its name.
+     * A sensor that is added, here or by its first event, has read the commands up to now.
+     */
     void registerSensor(const std::string &name, int type, const std::string &description);
     std::vector<StoredSensor> storedSensors();
     /** Notes a sign of life. */
     void keepAlive(const std::string &name, std::int64_t time);
     void setState(const std::string &name, SensorState state);
+    /** Notes that a sensor has read the commands up to this identifier; never goes back. */
     void setLastCommand(const std::string &name, int commandId);
-    /** Identifier of the newest command that ever was, 0 without. */
-    int newestCommand();
 
     /** Several changes as one transaction, undone unless committed. */
     class Batch

@@ -288,6 +288,38 @@ TEST_F(SimulationTest, ANewRunGoesOnWhereTheLastEnded)
     EXPECT_EQ(store.connection().number("SELECT count(*) FROM event"), before + 1) << "no command is obeyed twice";
 }
 
+TEST_F(SimulationTest, ANewRunReadsNoCommandAgain)
+{
+    for (int i = 0; i < 5; ++i) {
+        order("analyser01", CommandRestart);
+    }
+    const int last = order("nobody", CommandKill);
+    advance(1);
+    for (const StoredSensor &sensor : store.storedSensors()) {
+        EXPECT_EQ(sensor.lastCommand, last) << sensor.name << ": a new run reads from the least of these";
+    }
+    // Without a simulator a command waits for the next one.
+    order("receiver01", CommandKill);
+    Simulation next(store, 3, 5, 0, nullptr);
+    next.advance(0);
+    EXPECT_EQ(next.totals().commands, 1);
+    EXPECT_EQ(next.totals().dead, 1);
+}
+
+TEST_F(SimulationTest, SensorsThatAreNewHearNoOldCommands)
+{
+    order("analyser02", CommandKill);
+    order("converter02", CommandKill);
+    store.put(makeEvent("converter02", "e", 0));
+    Simulation more(store, 6, 5, 0, nullptr);
+    more.advance(0);
+    EXPECT_EQ(more.totals().dead, 0);
+    EXPECT_EQ(more.totals().commands, 0);
+    order("converter02", CommandKill);
+    more.advance(1);
+    EXPECT_EQ(more.totals().dead, 1);
+}
+
 TEST_F(SimulationTest, WhatCouldNotBeWrittenIsWrittenLater)
 {
     advance(1);

@@ -365,12 +365,33 @@ TEST_F(StoreTest, ASensorReadsOnlyCommandsThatCameAfterIt)
 {
     store->put(makeCommand("late", CommandKill, 0));
     store->registerSensor("late", 1, "");
-    store->setLastCommand("late", store->storedSensors()[0].lastCommand);
     EXPECT_EQ(store->storedSensors()[0].lastCommand, 1);
     store->put(makeCommand("late", CommandStop, 0));
     store->setLastCommand("late", 2);
     store->registerSensor("late", 1, "again");
     EXPECT_EQ(store->storedSensors()[0].lastCommand, 2);
+    store->setLastCommand("late", 1);
+    EXPECT_EQ(store->storedSensors()[0].lastCommand, 2) << "what was read stays read";
+}
+
+TEST_F(StoreTest, SoDoesASensorThatAnEventMakesKnown)
+{
+    store->put(makeEvent("first", "e", 0));
+    store->put(makeCommand("second", CommandKill, 0));
+    store->put(makeCommand("third", CommandKill, 0));
+    store->put(makeEvent("second", "e", 0));
+    store->deleteCommand(2);
+    std::vector<NewMessage> many(2000);
+    for (NewMessage &message : many) {
+        message.series.sensor = "third";
+    }
+    store->putEvents(many);
+    store->put(makeEvent("first", "e", 0));
+    const auto sensors = store->storedSensors();
+    ASSERT_EQ(sensors.size(), 3U);
+    EXPECT_EQ(sensors[0].lastCommand, 0);
+    EXPECT_EQ(sensors[1].lastCommand, 2);
+    EXPECT_EQ(sensors[2].lastCommand, 2) << "a deleted command counts";
 }
 
 TEST_F(StoreTest, RowsAreReadableInTheShell)

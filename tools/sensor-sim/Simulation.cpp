@@ -163,6 +163,22 @@ void Simulation::obey()
         obey((*commands)[i]);
         lastCommandSeen = (*commands)[i].CommandID;
     }
+    if (commands->size() > 0) {
+        noteCommandsRead();
+    }
+}
+
+/** Also for the sensors that the commands were not meant for: the next run would read them all again. */
+void Simulation::noteCommandsRead()
+{
+    Store::Batch batch(store);
+    for (const Sensor &sensor : sensors) {
+        store.setLastCommand(sensor.self.name, lastCommandSeen);
+    }
+    batch.commit();
+    for (Sensor &sensor : sensors) {
+        sensor.lastCommand = std::max(sensor.lastCommand, lastCommandSeen);
+    }
 }
 
 /** Its effect, the report of it, and the note that it was read are one transaction: a command is obeyed once. */

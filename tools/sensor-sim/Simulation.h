@@ -70,6 +70,8 @@ private:
     void keepAlive();
     void obey();
     void obey(const CMessageCommand &command);
+    void noteCommandsRead();
+    Portion drawPortion(int count, std::int64_t oldestAge, double historyRate, std::int64_t now);
     int report(const Sensor &sensor, const CMessageCommand &command);
     NewMessage message(const Sensor &sensor, std::string_view name, std::string_view params, std::int64_t time) const;
     void note(const char *what, int id, const std::string &sensor, std::string_view name);
