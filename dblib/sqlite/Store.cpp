@@ -497,6 +497,7 @@ int Store::putEvents(const std::vector<NewMessage> &events)
     const std::int64_t newest = newestIdentifier(table);
     checkedIdentifier(newest + std::int64_t(events.size()));
     const int firstId = int(newest) + 1;
+    const std::vector<int> series = findSeries(table, events);
     widenZones(table, events, firstId);
     const bool many = events.size() >= ManyRows;
     if (many) {
@@ -504,26 +505,36 @@ int Store::putEvents(const std::vector<NewMessage> &events)
     }
     std::size_t done = 0;
     for (; events.size() - done >= RowsAtOnce; done += RowsAtOnce) {
-        insertRows(table, table.insertMany, &events[done], RowsAtOnce, firstId + int(done));
+        insertRows(table.insertMany, &events[done], &series[done], RowsAtOnce, firstId + int(done));
     }
     for (; done < events.size(); ++done) {
-        insertRows(table, table.insertOne, &events[done], 1, firstId + int(done));
+        insertRows(table.insertOne, &events[done], &series[done], 1, firstId + int(done));
     }
     if (many) {
         Schema::watchInserts(db, "event");
     }
-    noteMessages(events);
+    noteMessages(events, series);
     batch.commit();
     return firstId;
 }
 
-void Store::insertRows(Table &table, Sqlite::Statement &statement, const NewMessage *messages, std::size_t count,
+std::vector<int> Store::findSeries(Table &table, const std::vector<NewMessage> &messages)
+{
+    std::vector<int> series;
+    series.reserve(messages.size());
+    for (const NewMessage &message : messages) {
+        series.push_back(table.series.find(message.series));
+    }
+    return series;
+}
+
+void Store::insertRows(Sqlite::Statement &statement, const NewMessage *messages, const int *series, std::size_t count,
                        int firstId)
 {
     for (std::size_t i = 0; i < count; ++i) {
         const int place = int(i) * 4;
         statement.bind(place + 1, firstId + int(i))
-            .bind(place + 2, table.series.find(messages[i].series))
+            .bind(place + 2, series[i])
             .bind(place + 3, clamped(messages[i].time))
             .bind(place + 4, messages[i].params);
     }
@@ -548,12 +559,20 @@ void Store::widenZones(Table &table, const std::vector<NewMessage> &messages, in
     }
 }
 
-void Store::noteMessages(const std::vector<NewMessage> &events)
+/** The latest of each series is looked for first: series are few, and their numbers need no hashing of names. */
+void Store::noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series)
 {
+    std::vector<const NewMessage *> latestOfSeries(std::size_t(eventTable->series.end()));
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        const NewMessage *&known = latestOfSeries[std::size_t(series[i])];
+        known = !known || known->time < events[i].time ? &events[i] : known;
+    }
     std::unordered_map<std::string_view, const NewMessage *> latest;
-    for (const NewMessage &event : events) {
-        const NewMessage *&known = latest[event.series.sensor.value_or("")];
-        known = !known || known->time < event.time ? &event : known;
+    for (const NewMessage *event : latestOfSeries) {
+        if (event) {
+            const NewMessage *&known = latest[event->series.sensor.value_or("")];
+            known = !known || known->time < event->time ? event : known;
+        }
     }
     for (const auto &[sensor, event] : latest) {
         noteMessage(*event);

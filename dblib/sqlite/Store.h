@@ -119,11 +119,12 @@ private:
     std::unique_ptr<Records<Record>> read(Table &table, const Selection &selection, bool rising);
     template <class Record> void reserveFor(Table &table, const Selection &selection, Records<Record> &result);
     int insert(Table &table, const NewMessage &message);
-    void insertRows(Table &table, Sqlite::Statement &statement, const NewMessage *messages, std::size_t count,
-                    int firstId);
+    static std::vector<int> findSeries(Table &table, const std::vector<NewMessage> &messages);
+    static void insertRows(Sqlite::Statement &statement, const NewMessage *messages, const int *series,
+                           std::size_t count, int firstId);
     void widenZones(Table &table, const std::vector<NewMessage> &messages, int firstId);
     void noteMessage(const NewMessage &event);
-    void noteMessages(const std::vector<NewMessage> &events);
+    void noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series);
     bool remove(Table &table, int id);
     int newestIdentifier(Table &table);
     int checkedIdentifier(std::int64_t id) const;

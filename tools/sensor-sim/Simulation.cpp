@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 
 namespace
 {
@@ -227,34 +228,51 @@ void Simulation::note(const char *what, int id, const std::string &sensor, std::
     }
 }
 
+Simulation::Portion Simulation::drawPortion(int count, std::int64_t oldestAge, double historyRate, std::int64_t now)
+{
+    Portion portion;
+    portion.params = std::make_unique<std::string>();
+    std::vector<DrawnEvent> events;
+    std::vector<std::size_t> starts;
+    events.reserve(std::size_t(count));
+    starts.reserve(std::size_t(count) + 1);
+    for (int i = 0; i < count; ++i) {
+        events.push_back(source.draw());
+        starts.push_back(portion.params->size());
+        *portion.params += events.back().params;
+    }
+    starts.push_back(portion.params->size());
+    portion.messages.reserve(events.size());
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        const double age = double(oldestAge - std::int64_t(i)) / historyRate;
+        const std::string_view own(portion.params->data() + starts[i], starts[i + 1] - starts[i]);
+        portion.messages.push_back(message(sensors[events[i].sensor], events[i].name, own, now - std::int64_t(age)));
+    }
+    return portion;
+}
+
 void Simulation::fill(int count, const std::function<bool(int)> &progress)
 {
     const double historyRate = rate > 0 ? rate : DefaultHistoryRate;
     const std::int64_t now = CurrentTime();
-    std::vector<DrawnEvent> events;
-    std::vector<std::size_t> starts;
-    std::vector<NewMessage> messages;
-    std::string params;
+    // Each checkpoint waits for the disk: one for several portions is enough.
+    store.connection().run("PRAGMA wal_autocheckpoint=10000");
+    // The next portion is drawn while the store is busy with this one.
+    const auto startDrawing = [&](int done) {
+        return std::async(std::launch::async, [this, done, count, historyRate, now] {
+            return drawPortion(std::min(FillBatch, count - done), count - 1 - done, historyRate, now);
+        });
+    };
+    std::future<Portion> next = startDrawing(0);
     for (int done = 0; done < count;) {
-        const int size = std::min(FillBatch, count - done);
-        events.clear();
-        starts.clear();
-        messages.clear();
-        params.clear();
-        for (int i = 0; i < size; ++i) {
-            events.push_back(source.draw());
-            starts.push_back(params.size());
-            params += events.back().params;
+        const Portion portion = next.get();
+        const int drawnUpTo = done + int(portion.messages.size());
+        if (drawnUpTo < count) {
+            next = startDrawing(drawnUpTo);
         }
-        starts.push_back(params.size());
-        for (std::size_t i = 0; i < events.size(); ++i) {
-            const double age = double(count - 1 - done - int(i)) / historyRate;
-            const std::string_view own(params.data() + starts[i], starts[i + 1] - starts[i]);
-            messages.push_back(message(sensors[events[i].sensor], events[i].name, own, now - std::int64_t(age)));
-        }
-        store.putEvents(messages);
-        done += size;
-        written += size;
+        store.putEvents(portion.messages);
+        done = drawnUpTo;
+        written += std::int64_t(portion.messages.size());
         if (!progress(done)) {
             return;
         }

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -47,6 +48,7 @@ public:
     /**
      * Writes `count` events of history that end now, as fast as it goes.
      * `progress` hears the number written after each transaction; false stops it.
+     * While it runs the events are drawn in another thread.
      */
     void fill(int count, const std::function<bool(int)> &progress);
 
@@ -63,6 +65,12 @@ private:
         std::string name;
         std::string params;
         std::int64_t time;
+    };
+
+    /** A part of the history; the messages' parameters stand in `params`. */
+    struct Portion {
+        std::vector<NewMessage> messages;
+        std::unique_ptr<std::string> params;
     };
 
     void drawDue(double elapsed);
