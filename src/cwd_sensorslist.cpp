@@ -18,6 +18,16 @@ static QStringList columnNames()
     return {tr2i18n("Number"), tr2i18n("Description"), tr2i18n("Is alive")};
 }
 
+static QString eventsTitle()
+{
+    return tr2i18n("Events list for ");
+}
+
+static QString commandsTitle()
+{
+    return tr2i18n("Commands list for ");
+}
+
 CWD_SensorsList::CWD_SensorsList(QWidget *parent, const char *name)
     : ListWindow(parent, name)
 {
@@ -151,6 +161,8 @@ void CWD_SensorsList::languageChange()
     relabelEntries(Menu0, {tr2i18n("Update data")});
     Menu1->setTitle(tr2i18n("&Columns"));
     relabelEntries(Menu1, columnNames());
+    retitleLists<CWD_EventsList>(eventsTitle());
+    retitleLists<CWD_CommandsList>(commandsTitle());
 }
 
 void CWD_SensorsList::resize(int, int) {}
@@ -188,14 +200,21 @@ template <class Window> void CWD_SensorsList::openList(const QString &title)
         window->setWindowTitle(caption);
 }
 
+/** Titles the open lists of one sensor's records anew. */
+template <class Window> void CWD_SensorsList::retitleLists(const QString &title)
+{
+    for (Window *window : findChildren<Window *>(QString(), Qt::FindDirectChildrenOnly))
+        window->setWindowTitle(title + window->SensorNameMask);
+}
+
 void CWD_SensorsList::CallEventsDialog()
 {
-    openList<CWD_EventsList>(tr2i18n("Events list for "));
+    openList<CWD_EventsList>(eventsTitle());
 }
 
 void CWD_SensorsList::CallCommandsDialog()
 {
-    openList<CWD_CommandsList>(tr2i18n("Commands list for "));
+    openList<CWD_CommandsList>(commandsTitle());
 }
 
 void CWD_SensorsList::sendCommand(int type)

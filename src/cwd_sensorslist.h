@@ -74,6 +74,7 @@ private:
     void releaseSensors();
     void reload(const QPointer<QObject> &self);
     template <class Window> void openList(const QString &title);
+    template <class Window> void retitleLists(const QString &title);
     void sendCommand(int type);
 };
 
