@@ -2,14 +2,15 @@
 # SPDX-FileCopyrightText: 2026 The obrim developers
 # SPDX-License-Identifier: GPL-2.0-or-later
 #
-# install_test.sh CMAKE BUILD-FOLDER BINDIR DATADIR: installs into a folder of its own, as a
-# package's build does, and looks at what is there.
+# install_test.sh CMAKE BUILD-FOLDER BINDIR DATADIR LIBDIR: installs into a folder of its own, as a
+# package's build does, looks at what is there, and sets up an installation with it.
 set -euo pipefail
 
 cmake=$1
 build=$2
 bin=$3
 data=$4
+lib=$5
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
 
@@ -20,7 +21,7 @@ fail() {
 
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
-for file in "$bin/obrim" "$data/applications/obrim.desktop" "$data/icons/hicolor/scalable/apps/obrim.svg" \
+for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$data/applications/obrim.desktop" "$data/icons/hicolor/scalable/apps/obrim.svg" \
     "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
 done
@@ -35,9 +36,21 @@ field() { sed -n "s/^$1=//p" "$stage$data/applications/obrim.desktop"; }
 width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
 [[ $width == *'48 x 48'* ]] || fail "the icon of 48 pixels is: $width"
 
-# An installed program must not look for libraries in the build folder.
-readelf -d "$stage$bin/obrim" >"$stage/dynamic"
-! grep -qE 'RPATH|RUNPATH' "$stage/dynamic" || fail "the program carries the build's library path"
+# What is installed must not look for libraries in the build folder.
+for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a"; do
+    readelf -d "$stage$file" >"$stage/dynamic"
+    ! grep -qE 'RPATH|RUNPATH' "$stage/dynamic" || fail "$file carries the build's library path"
+done
 
 XDG_RUNTIME_DIR="$stage" "$stage$bin/obrim" --version >"$stage/version"
 grep -q '^obrim [0-9]' "$stage/version" || fail "the installed program does not tell its version"
+
+# A new installation on what was installed, as docs/sqlite.md tells an operator to set it up.
+plant=$stage/plant
+mkdir -p "$plant/bin" "$plant/Libs" "$plant/Config" "$plant/Pics"
+touch "$plant/Pics/Red.bmp"
+ln -s "$stage$lib/obrim/DBLib.a" "$plant/Libs/DBLib.a"
+"$stage$bin/sensor-sim" --config "$plant/Config" --sensors 6 --fill 500 >"$stage/sim" ||
+    fail "the installed simulator does not fill the installation: $(cat "$stage/sim")"
+"$stage$bin/dblib-check" --only file --only load --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
+    fail "the installed checker does not like the installed library: $(cat "$stage/check")"
