@@ -41,10 +41,11 @@ fuzz_one() {
     local program=$1 seconds=$2 name=${1##*/fuzz_}
     local corpus="$build_root/fuzz/corpus/$name" log="$build_root/fuzz/$name.log"
     mkdir -p "$corpus" "$build_root/fuzz/finds"
-    "$program" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+    "$program" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$build_root/fuzz/finds/$name-" "$corpus" "$repository/tests/fuzz/seeds/$name" >"$log" 2>&1 || {
         say "fuzz: $name FAILED; the end of $log:"
         tail -n 40 "$log"
+        say "fuzz: $name: $(sed -n 's/.*Test unit written to /the input is /p' "$log" | grep . || echo 'no input was kept')"
         return 1
     }
     say "fuzz: $name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$log") runs, nothing found"
@@ -68,6 +69,8 @@ command_fuzz() {
     ((${#programs[@]})) || die "there are no fuzz targets in build/fuzz/tests/fuzz"
     say "fuzz: ${#programs[@]} targets, $seconds s each"
     set_sanitizer_options
+    # Runs last microseconds: keeping much freed memory back and long stacks for each allocation would take half of it.
+    ASAN_OPTIONS+=:quarantine_size_mb=16:malloc_context_size=4
     rm -f "$build_root"/fuzz/*.passed
     for program in "${programs[@]}"; do
         (($(jobs -pr | wc -l) < CMAKE_BUILD_PARALLEL_LEVEL)) || wait -n || true

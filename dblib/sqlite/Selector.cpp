@@ -88,7 +88,7 @@ private:
     SeriesSet allowed;
     std::optional<Run> pending;
     std::int64_t longestRun = FirstRun;
-    std::optional<std::int64_t> lastRead; ///< identifier of the row taken last
+    std::optional<std::int64_t> lastRead; ///< identifier of the row taken last, in whatever run
     bool certainRows = false;             ///< of the run that is being read
 };
 
@@ -145,7 +145,6 @@ void Selector::Work::takeRow(const Sqlite::Arguments &row)
 Sqlite::Statement &Selector::Work::startReading(const Run &run)
 {
     selector.current = this;
-    lastRead.reset();
     certainRows = run.certain;
     return statements.rows.bind(1, run.low).bind(2, run.high);
 }
@@ -221,6 +220,7 @@ void Selector::Work::merge(const Run &run)
         Cursor &cursor = cursors[nearest];
         const std::int64_t id = cursor.ahead.back();
         cursor.ahead.pop_back();
+        checkOrder(lastRead, id);
         {
             const Sqlite::Resetter reset(selector.rowById);
             if (selector.rowById.bind(1, id).step()) {

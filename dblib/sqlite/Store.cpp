@@ -97,7 +97,6 @@ Text textIn(Arena &arena, std::optional<std::string_view> text)
 
 /** The texts of a series, once for all records of a result that have it. */
 struct SeriesTexts {
-    bool copied = false;
     SeriesKey key;
     Text sensor;
     Text name;
@@ -140,7 +139,7 @@ public:
     Builder(Records<Record> &result, const SeriesTable &table)
         : records(result)
         , seriesTable(table)
-        , texts(std::size_t(table.end()))
+        , places(std::size_t(table.end()), None)
     {
     }
 
@@ -155,18 +154,20 @@ public:
 private:
     const SeriesTexts &textsOf(int series)
     {
-        SeriesTexts &found = texts[std::size_t(series)];
-        if (!found.copied) {
-            found.key = seriesTable.key(series);
-            found.sensor = textIn(records.arena, found.key.sensor);
-            found.name = textIn(records.arena, found.key.name);
-            found.copied = true;
+        int &place = places[std::size_t(series)];
+        if (place == None) {
+            const SeriesKey key = seriesTable.key(series);
+            texts.push_back({key, textIn(records.arena, key.sensor), textIn(records.arena, key.name)});
+            place = int(texts.size()) - 1;
         }
-        return found;
+        return texts[std::size_t(place)];
     }
 
     Records<Record> &records;
     const SeriesTable &seriesTable;
+    static constexpr int None = -1;
+    /** Where a series' texts are. A damaged table may have a huge last number, so the many are kept small. */
+    std::vector<int> places;
     std::vector<SeriesTexts> texts;
     ParameterReader reader;
 };
