@@ -178,7 +178,7 @@ void change(Store &store)
     answers([&] { store.deleteCommand(5); });
     answers([&] { store.registerSensor("sensor2", 1, "a sensor"); });
     answers([&] { store.keepAlive("sensor1", 1100); });
-    answers([&] { store.newestCommand(); });
+    answers([&] { store.setLastCommand("sensor1", 5); });
     NewMessage message;
     message.series = {1, 1, "sensor3", "events"};
     answers([&] { store.putEvents({40, message}); });
