@@ -55,8 +55,12 @@ Run that as root, then this command again."
     say "installing ${missing[*]}"
     mkdir -p "$build_root"
     log="$build_root/apt.log"
+    # apt-get waits for dpkg's lock, but not for that of its own lists.
+    exec {apt_lock}>"$build_root/apt.lock"
+    flock "$apt_lock"
     update_and_install "${missing[@]}" >"$log" 2>&1 ||
         die "apt-get cannot install ${missing[*]}:
 $(last_errors "$log")
 Is there a network, and does apt-get work otherwise? Its whole output is in $log"
+    exec {apt_lock}>&-
 }

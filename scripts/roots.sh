@@ -23,7 +23,7 @@ root_stamp() {
 }
 
 need_root_tools() {
-    ((EUID == 0)) || die "a root for $target_name needs root rights (it is entered with chroot).
+    ((EUID == 0)) || die "the root of $target_name needs root rights (it is entered with chroot).
 Run as root: ./dev $*   (for example: sudo ./dev $*)"
     if ! { have mmdebstrap && have arch-test && have rsync; }; then
         have apt-get || die "mmdebstrap, arch-test and rsync are needed to make the root of $target_name:
@@ -55,6 +55,19 @@ ensure_root() {
     flock "$root_lock"
     [[ -d $roots/$target_name && $(cat "$roots/$target_name.stamp" 2>/dev/null) == "$stamp" ]] || make_root "$stamp"
     exec {root_lock}>&-
+}
+
+# Every target but this machine's own: made now, they need not be waited for later.
+command_roots() {
+    (($# == 0)) || die "roots does not know '$1'; see ./dev --help"
+    local target
+    for target in $known_targets; do
+        choose_target "$target"
+        is_native && continue
+        need_root_tools roots
+        ensure_root
+        say "the root of $target_name is there"
+    done
 }
 
 # Environment of a command in a root: this machine's must not leak in, but for what is named.
