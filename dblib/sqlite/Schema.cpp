@@ -4,7 +4,9 @@
 
 #include "Sqlite.h"
 
+#include <set>
 #include <string>
+#include <string_view>
 
 namespace
 {
@@ -88,24 +90,24 @@ CREATE TABLE @_zone(
 INSERT INTO @_zone SELECT 0, id >> 8, min(time), max(time) FROM @ GROUP BY id >> 8;
 INSERT INTO @_zone SELECT 1, block >> 6, min(earliest), max(latest) FROM @_zone WHERE level = 0 GROUP BY block >> 6;
 INSERT INTO @_zone SELECT 2, block >> 6, min(earliest), max(latest) FROM @_zone WHERE level = 1 GROUP BY block >> 6;
-CREATE TRIGGER @_zone_update AFTER UPDATE OF id, time ON @
+)";
+
+// Files are held against these texts, so another text is another version.
+constexpr char UpdateTrigger[] = R"(CREATE TRIGGER @_zone_update AFTER UPDATE OF id, time ON @
 BEGIN
     INSERT INTO @_zone VALUES(0, NEW.id >> 8, NEW.time, NEW.time), (1, NEW.id >> 14, NEW.time, NEW.time),
                              (2, NEW.id >> 20, NEW.time, NEW.time)
     ON CONFLICT DO UPDATE SET earliest = min(earliest, excluded.earliest), latest = max(latest, excluded.latest);
-END;
-)";
+END)";
 
-constexpr char InsertTrigger[] = R"(
-CREATE TRIGGER @_zone_insert AFTER INSERT ON @
+constexpr char InsertTrigger[] = R"(CREATE TRIGGER @_zone_insert AFTER INSERT ON @
 WHEN NOT EXISTS (SELECT 1 FROM @_zone WHERE level = 0 AND block = NEW.id >> 8
                  AND earliest <= NEW.time AND latest >= NEW.time)
 BEGIN
     INSERT INTO @_zone VALUES(0, NEW.id >> 8, NEW.time, NEW.time), (1, NEW.id >> 14, NEW.time, NEW.time),
                              (2, NEW.id >> 20, NEW.time, NEW.time)
     ON CONFLICT DO UPDATE SET earliest = min(earliest, excluded.earliest), latest = max(latest, excluded.latest);
-END;
-)";
+END)";
 
 std::string forTable(std::string sql, const std::string &table)
 {
@@ -125,10 +127,33 @@ void upgradeTo(Sqlite::Connection &connection, int version)
     if (version >= Schema::ZonesSince) {
         for (const char *table : {"event", "command"}) {
             connection.run(forTable(Zones, table).c_str());
+            connection.run(forTable(UpdateTrigger, table).c_str());
             Schema::watchInserts(connection, table);
         }
     }
     connection.run(("PRAGMA user_version=" + std::to_string(version)).c_str());
+}
+
+/**
+ * A trigger is a program in the file, which may run for ever, and with one even
+ * a view can stand where a table should. What others add to the file begins as
+ * SQLite writes it there, whatever the row says that it is.
+ */
+void refuseForeignTriggers(Sqlite::Connection &connection)
+{
+    std::set<std::string_view> own;
+    const std::string texts[] = {forTable(InsertTrigger, "event"), forTable(UpdateTrigger, "event"),
+                                 forTable(InsertTrigger, "command"), forTable(UpdateTrigger, "command")};
+    own.insert(std::begin(texts), std::end(texts));
+    Sqlite::Statement others(connection, "SELECT name, sql FROM sqlite_schema WHERE sql NOT LIKE 'CREATE TABLE %' "
+                                         "AND sql NOT LIKE 'CREATE INDEX %' AND sql NOT LIKE 'CREATE UNIQUE INDEX %' "
+                                         "AND (sql NOT LIKE 'CREATE VIEW %' OR name LIKE 'sqlite!_%' ESCAPE '!')");
+    while (others.step()) {
+        if (own.count(others.bytes(1)) == 0) {
+            throw Sqlite::Error(connection.path(), "the database holds a foreign trigger or virtual table: " +
+                                                       std::string(others.text(0)));
+        }
+    }
 }
 
 /** True when the tables are there in the version that this program knows. */
@@ -159,6 +184,7 @@ void prepare(Sqlite::Connection &connection)
         // Another program may be making the tables: both marks come from one view.
         const Sqlite::Transaction view(connection, Sqlite::Transaction::Read);
         if (isCurrent(connection)) {
+            refuseForeignTriggers(connection);
             return;
         }
     }
@@ -166,8 +192,9 @@ void prepare(Sqlite::Connection &connection)
     Sqlite::Transaction transaction(connection, Sqlite::Transaction::Write);
     if (!isCurrent(connection)) {
         upgradeTo(connection, Version);
-        transaction.commit();
     }
+    refuseForeignTriggers(connection);
+    transaction.commit();
 }
 
 void watchInserts(Sqlite::Connection &connection, const std::string &table)

@@ -31,8 +31,8 @@ constexpr int ZoneLevels = int(sizeof ZoneShifts / sizeof ZoneShifts[0]);
 /**
  * Makes the tables in an empty file and brings those of an older version up to
  * date, in one transaction. Throws Sqlite::Error for a newer version, for
- * another program's database, and when it cannot be written; the file is then
- * as it was.
+ * another program's database, for one with triggers or virtual tables that are
+ * not this program's, and when it cannot be written; the file is then as it was.
  */
 void prepare(Sqlite::Connection &connection);
 

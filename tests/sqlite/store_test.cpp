@@ -522,6 +522,45 @@ TEST_F(StoreTest, AnotherProgramsDatabaseIsRefused)
     }
 }
 
+TEST_F(StoreTest, ForeignTriggersAndVirtualTablesAreRefused)
+{
+    const char *const endless = "WITH RECURSIVE n(id) AS (SELECT 1000 UNION ALL SELECT id + 1 FROM n) SELECT id FROM n";
+    const std::string additions[] = {
+        "CREATE TRIGGER foreign_wait AFTER INSERT ON event BEGIN DELETE FROM sensor WHERE id IN (" +
+            std::string(endless) + "); END",
+        "DROP TRIGGER event_zone_insert; CREATE TRIGGER event_zone_insert AFTER INSERT ON event BEGIN SELECT 1; END",
+        "ALTER TABLE event_series RENAME TO foreign_series;"
+        "CREATE VIEW event_series AS SELECT id, 1 AS message_type, 1 AS sensor_type, NULL AS sensor, NULL AS name "
+        "FROM (" +
+            std::string(endless) +
+            ");"
+            "CREATE TRIGGER foreign_insert INSTEAD OF INSERT ON event_series BEGIN SELECT 1; END",
+        "CREATE VIRTUAL TABLE foreign_index USING rtree(id, low, high)",
+    };
+    for (const std::string &addition : additions) {
+        const std::string changed = folder.file("changed.db");
+        Store(changed, Sqlite::Durability::Crash).connection().run(addition.c_str());
+        try {
+            const Store again(changed, Sqlite::Durability::Crash);
+            ADD_FAILURE() << "opened with " << addition;
+        } catch (const Sqlite::Error &error) {
+            EXPECT_THAT(error.what(), HasSubstr(changed + ": the database holds a foreign trigger or virtual table: "));
+        }
+        std::filesystem::remove(changed);
+    }
+}
+
+TEST_F(StoreTest, TablesViewsAndIndexesOfOthersAreLeftAlone)
+{
+    store->connection().run(
+        "CREATE TABLE note(id INTEGER PRIMARY KEY, text UNIQUE); CREATE INDEX note_text ON note(text);"
+        "CREATE UNIQUE INDEX event_times ON event(time, id); CREATE VIEW newest AS SELECT 1;"
+        "ANALYZE");
+    reopen();
+    store->put(makeEvent("s", "e", 500));
+    EXPECT_EQ(store->events(eventsWanted(10))->size(), 1);
+}
+
 TEST_F(StoreTest, OddPathsAreTakenAsTheyStand)
 {
     for (const char *name : {"a b.db", "50%25?mode=memory#x.db", "\xE4\xF6.db", "file:x.db"}) {
