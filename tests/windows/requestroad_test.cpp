@@ -58,7 +58,7 @@ void RequestRoadTest::run(const QString &steps)
     program.setProcessEnvironment(environment);
     program.setWorkingDirectory(m_folder.filePath("bin"));
     program.start(OBRIM_DRIVEN, QStringList());
-    QVERIFY(program.waitForFinished(60000));
+    QVERIFY(program.waitForFinished(240000));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
     // What the loader says of its symbols has its own tests.
