@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "fontjoins.h"
 
+#include "toolkit.h"
+
 #include <QFontDatabase>
 #include <QRawFont>
 #include <algorithm>
@@ -810,10 +812,8 @@ void checkKerning(const QByteArray &kern)
 /** Whether a font is set in a way that does not go by characters and pairs. */
 bool setSpecially(const QFont &font)
 {
-#if QT_VERSION >= QT_VERSION_CHECK(6, 7, 0)
-    if (!font.featureTags().isEmpty())
+    if (Toolkit::hasFeatures(font))
         return true;
-#endif
     constexpr int forceIntegerMetrics = 0x0400; // a strategy that newer toolkits know no more
     return font.capitalization() != QFont::MixedCase || font.styleStrategy() & forceIntegerMetrics;
 }

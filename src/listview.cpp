@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listview.h"
 
+#include "toolkit.h"
+
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -343,7 +345,7 @@ bool ListView::viewportEvent(QEvent *event)
         return true;
     }
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
-        m_mouseHeight = static_cast<QHoverEvent *>(event)->pos().y();
+        m_mouseHeight = Toolkit::placeOf(*static_cast<QHoverEvent *>(event)).y();
     else if (event->type() == QEvent::HoverLeave)
         m_mouseHeight = -1;
     return QTreeView::viewportEvent(event);
@@ -600,12 +602,7 @@ int ListView::sizeHintForColumn(int column) const
 
 QStyleOptionViewItem ListView::rowOption() const
 {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    QStyleOptionViewItem option = viewOptions();
-#else
-    QStyleOptionViewItem option;
-    initViewItemOption(&option);
-#endif
+    QStyleOptionViewItem option = Toolkit::ViewOptions::of(*this);
     option.widget = this;
     option.showDecorationSelected = true;
     return option;

@@ -7,6 +7,7 @@
 #include "mainwidget.h"
 #include "obrim.h"
 #include "obrimwidget.h"
+#include "toolkit.h"
 
 #include <KAboutData>
 #include <KLocalizedString>
@@ -102,10 +103,7 @@ int RunPanel()
 
 int RunApplication(int &argc, char **argv, KAboutData &about)
 {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-#endif
+    Toolkit::useHighDpi();
     const QApplication application(argc, argv);
     SetUpApplication(about);
     ParseCommandLine(about);
