@@ -211,7 +211,7 @@ ParameterWriter &ParameterWriter::addInteger(std::string_view name, int value)
 ParameterWriter &ParameterWriter::addDouble(std::string_view name, double value)
 {
     startEntry(name);
-    appendDouble(value);
+    appendDouble(reinterpret_cast<const char *>(&value));
     return *this;
 }
 
@@ -222,12 +222,13 @@ ParameterWriter &ParameterWriter::addText(std::string_view name, std::string_vie
     return *this;
 }
 
-void ParameterWriter::appendDouble(double value)
+/** Takes bytes: some processors change what is no number when it is handed on as a double. */
+void ParameterWriter::appendDouble(const char *bytes)
 {
+    double value = 0;
+    std::memcpy(&value, bytes, sizeof value);
     if (!std::isfinite(value)) {
-        char bytes[sizeof value];
-        std::memcpy(bytes, &value, sizeof value);
-        appendOpaque(ParameterDouble, bytes, int(sizeof bytes));
+        appendOpaque(ParameterDouble, bytes, int(sizeof value));
         return;
     }
     char digits[32];
@@ -264,13 +265,11 @@ ParameterWriter &ParameterWriter::add(const CMessageEventParam &parameter)
         json.append("\"").append(NoNameKey).append("\":");
     }
     int integer = 0;
-    double number = 0;
     if (parameter.Val && parameter.Type == ParameterInteger && parameter.LVal == int(sizeof integer)) {
         std::memcpy(&integer, parameter.Val, sizeof integer);
         appendInteger(json, integer);
-    } else if (parameter.Val && parameter.Type == ParameterDouble && parameter.LVal == int(sizeof number)) {
-        std::memcpy(&number, parameter.Val, sizeof number);
-        appendDouble(number);
+    } else if (parameter.Val && parameter.Type == ParameterDouble && parameter.LVal == int(sizeof(double))) {
+        appendDouble(parameter.Val);
     } else if (parameter.Val && parameter.Type == ParameterText) {
         appendString(json, textOf(parameter.Val, parameter.LVal));
     } else {

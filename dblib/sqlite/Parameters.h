@@ -39,7 +39,7 @@ public:
 private:
     void startEntry();
     void startEntry(std::string_view name);
-    void appendDouble(double value);
+    void appendDouble(const char *bytes);
     void appendOpaque(int type, const char *bytes, int length);
 
     std::string json;
