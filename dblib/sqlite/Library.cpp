@@ -11,10 +11,12 @@
 #include "Store.h"
 
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
@@ -39,8 +41,10 @@ public:
             if (!dir) {
                 throw std::invalid_argument("no configuration directory was given");
             }
+            // Whatever fails from here on, no call may go to the database of before.
+            settings.reset();
+            configDir.clear();
             configDir = *dir ? dir : ".";
-            settings = readSettings(configDir);
             store();
         });
     }
@@ -85,7 +89,7 @@ public:
         const std::lock_guard<std::mutex> lock(mutex);
         try {
             action();
-            reported.erase(what);
+            forgetReport(what);
             return 0;
         } catch (const std::bad_alloc &) {
             report(what, "not enough memory");
@@ -101,20 +105,24 @@ public:
         if (configDir.empty()) {
             throw std::logic_error("the library was not initialised");
         }
+        if (!settings) {
+            settings = readSettings(configDir);
+        }
         leaveParentsStore();
-        if (opened && (opened->path() != settings.database || !opened->isInPlace())) {
+        if (opened && (opened->path() != settings->database || !opened->isInPlace())) {
             opened.reset();
         }
         if (!opened) {
-            opened = std::make_unique<Store>(settings.database, Sqlite::Durability::PowerLoss);
+            opened = std::make_unique<Store>(settings->database, Sqlite::Durability::PowerLoss);
             owner = ::getpid();
         }
         return *opened;
     }
 
+    /** Of an open store. */
     int deadAfter() const
     {
-        return settings.deadAfterSeconds;
+        return settings->deadAfterSeconds;
     }
     void close()
     {
@@ -136,6 +144,14 @@ private:
             parents.back() = opened.release();
         }
     }
+    /** Needs no memory: what has succeeded must not be told as a failure. */
+    void forgetReport(const char *what) noexcept
+    {
+        const auto found = reported.find(what);
+        if (found != reported.end()) {
+            reported.erase(found);
+        }
+    }
     /** One line; not again while the same action goes on failing for the same reason, as a timer may repeat it. */
     void report(const char *what, const char *reason) noexcept
     {
@@ -153,17 +169,19 @@ private:
 
     std::mutex mutex;
     std::string configDir;
-    Settings settings;
+    std::optional<Settings> settings; ///< read when they are needed first
     std::unique_ptr<Store> opened;
     pid_t owner = 0;
     std::vector<Store *> parents;
-    std::map<std::string, std::string> reported;
+    std::map<std::string, std::string, std::less<>> reported;
 };
 
-/** Never destroyed: the console's own end may still call in. */
+/** Never destroyed: the console's own end may still call in. Needs no memory, as nothing may be thrown at the console.
+ */
 Library &library()
 {
-    static auto *const instance = new Library;
+    alignas(Library) static char place[sizeof(Library)];
+    static auto *const instance = new (place) Library;
     return *instance;
 }
 
@@ -207,8 +225,10 @@ OBRIM_EXPORT int FDBGetSensors(int *n, CSensor **sensors)
     if (!n) {
         return lib.release("cannot release sensors", sensors, lib.sensors);
     }
-    return lib.lend("cannot read sensors", n, sensors, lib.sensors,
-                    [&] { return lib.store().sensors(lib.deadAfter()); });
+    return lib.lend("cannot read sensors", n, sensors, lib.sensors, [&] {
+        Store &store = lib.store();
+        return store.sensors(lib.deadAfter());
+    });
 }
 
 OBRIM_EXPORT int FDBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request)

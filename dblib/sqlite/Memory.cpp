@@ -3,7 +3,6 @@
 #include "Memory.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <new>
 #include <sys/mman.h>
@@ -49,7 +48,7 @@ std::size_t wholePages(std::size_t bytes)
 Memory::Memory(std::size_t bytes)
     : length(isLarge(bytes) ? wholePages(bytes) : bytes)
 {
-    start = isLarge(bytes) ? mapPages(length) : static_cast<char *>(std::malloc(length));
+    start = isLarge(bytes) ? mapPages(length) : static_cast<char *>(::operator new(length));
     if (!start) {
         throw std::bad_alloc();
     }
@@ -60,6 +59,6 @@ Memory::~Memory()
     if (isLarge(length)) {
         ::munmap(start, length);
     } else {
-        std::free(start);
+        ::operator delete(start);
     }
 }

@@ -278,6 +278,12 @@ ParameterWriter &ParameterWriter::add(const CMessageEventParam &parameter)
     return *this;
 }
 
+void ParameterWriter::discard()
+{
+    json.clear();
+    finished = false;
+}
+
 std::string_view ParameterWriter::finish()
 {
     if (finished) {

@@ -33,6 +33,8 @@ public:
     ParameterWriter &addDouble(std::string_view name, double value);
     ParameterWriter &addText(std::string_view name, std::string_view value);
     ParameterWriter &add(const CMessageEventParam &parameter);
+    /** Forgets what was added since the last record, as after an addition that threw. */
+    void discard();
     /** Closes the record: its stored form, empty without parameters, valid until the next addition. */
     std::string_view finish();
 

@@ -6,6 +6,7 @@
 #include "WCompare.h"
 
 #include <cstring>
+#include <new>
 
 namespace
 {
@@ -145,6 +146,17 @@ const std::string &SeriesTable::lookupKey(const SeriesKey &key)
 }
 
 void SeriesTable::store(std::int64_t id, const SeriesKey &key)
+{
+    try {
+        add(id, key);
+    } catch (const std::bad_alloc &) {
+        // A text may be known by now without its place: better read all again than mix up names.
+        forget();
+        throw;
+    }
+}
+
+void SeriesTable::add(std::int64_t id, const SeriesKey &key)
 {
     Series added;
     added.known = true;

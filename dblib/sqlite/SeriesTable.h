@@ -101,6 +101,7 @@ private:
     };
 
     void store(std::int64_t id, const SeriesKey &key);
+    void add(std::int64_t id, const SeriesKey &key);
     const std::string &lookupKey(const SeriesKey &key);
 
     Sqlite::Connection &db;

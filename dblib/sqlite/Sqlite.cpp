@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -102,6 +103,14 @@ bool isImmutable(const std::string &path)
     return ::statvfs(path.c_str(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0 &&
            (::stat((path + "-wal").c_str(), &log) != 0 || log.st_size == 0);
 }
+
+/** A text that SQLite had no memory for looks like one that is not there. */
+void requireMemory(bool had)
+{
+    if (!had) {
+        throw std::bad_alloc();
+    }
+}
 } // namespace
 
 namespace Sqlite
@@ -116,9 +125,27 @@ Connection::Connection(const std::string &path, Durability durability, int busyM
 {
     open();
     configure(durability, busyMilliseconds);
+    // Beforehand, as what has to be undone may have failed for want of memory.
+    undo = std::make_unique<Statement>(*this, "ROLLBACK");
 }
 
 Connection::~Connection() = default;
+
+void Connection::rollBack() noexcept
+{
+    // A full disk or a failed write may have ended the transaction already.
+    if (!sqlite3_get_autocommit(handle())) {
+        leftOpen = sqlite3_step(undo->handle()) != SQLITE_DONE && !sqlite3_get_autocommit(handle());
+        undo->reset();
+    }
+}
+
+void Connection::rollBackWhatWasLeft() noexcept
+{
+    if (leftOpen) {
+        rollBack();
+    }
+}
 
 void Connection::open()
 {
@@ -208,7 +235,9 @@ std::int64_t Arguments::number(int index) const
 
 std::string_view Arguments::bytes(int index) const
 {
+    const bool isNull = sqlite3_value_type(values[index]) == SQLITE_NULL;
     const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(values[index]));
+    requireMemory(isNull || text);
     return text ? std::string_view(text, std::size_t(sqlite3_value_bytes(values[index]))) : std::string_view();
 }
 
@@ -314,7 +343,10 @@ bool Statement::isNull(int column) const
 
 std::string_view Statement::bytes(int column) const
 {
+    // The type is another one after a failure.
+    const bool wasNull = isNull(column);
     const auto *bytes = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), column));
+    requireMemory(wasNull || bytes);
     return bytes ? std::string_view(bytes, std::size_t(sqlite3_column_bytes(statement.get(), column)))
                  : std::string_view();
 }
@@ -333,14 +365,15 @@ std::string Statement::sql() const
 Transaction::Transaction(Connection &connection, Kind kind)
     : db(connection)
 {
+    // Where even undoing failed, as it may when the tables have just been made, it is due now.
+    db.rollBackWhatWasLeft();
     db.run(kind == Read ? "BEGIN" : "BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction()
 {
-    // A full disk or a failed write may have ended it already.
-    if (open && !sqlite3_get_autocommit(db.handle())) {
-        sqlite3_exec(db.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (open) {
+        db.rollBack();
     }
 }
 

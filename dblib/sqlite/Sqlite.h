@@ -57,6 +57,8 @@ private:
     sqlite3_value **values;
 };
 
+class Statement;
+
 /**
  * One connection to a database file in write-ahead mode. Not for two threads
  * at a time. The file is made when it is missing, its folder is not.
@@ -94,6 +96,10 @@ public:
     int changes() const;
     /** True when nothing can be written, because of the file's rights or its medium. */
     bool readOnly() const;
+    /** Undoes the transaction that is open, if any; needs no memory as long as no table was made since. */
+    void rollBack() noexcept;
+    /** Tries again what rollBack had no memory for. */
+    void rollBackWhatWasLeft() noexcept;
     /** Throws what SQLite's result `code` means for this file, or what a function has thrown. */
     [[noreturn]] void fail(int code);
 
@@ -114,6 +120,8 @@ private:
     std::list<Function> functions;
     std::exception_ptr thrown; ///< by a function, on its way out of the statement
     std::unique_ptr<sqlite3, Closer> db;
+    std::unique_ptr<Statement> undo;
+    bool leftOpen = false; ///< a transaction that could not be undone is still open
 };
 
 /** A prepared statement. Texts that it hands out are valid until the next step or reset. */
@@ -140,6 +148,10 @@ public:
     /** A column's bytes as they are. */
     std::string_view bytes(int column) const;
     std::string sql() const;
+    sqlite3_stmt *handle() const
+    {
+        return statement.get();
+    }
 
 private:
     void check(int code);
@@ -170,7 +182,7 @@ private:
     Statement &statement;
 };
 
-/** A transaction that is undone unless it was committed. */
+/** A transaction that is undone unless it was committed; one at a time. */
 class Transaction
 {
 public:

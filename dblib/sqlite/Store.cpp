@@ -174,6 +174,7 @@ private:
 
 template <class Record> void addParameters(ParameterWriter &writer, const Record &record)
 {
+    writer.discard();
     for (int i = 0; record.par && i < record.ParNum; ++i) {
         writer.add(record.par[i]);
     }

@@ -17,6 +17,10 @@ int allocationsLeft = 0;
 bool refused = false;
 long blocks = 0;
 
+} // namespace
+
+namespace FailingAllocation
+{
 bool failsNow()
 {
     if (!armed) {
@@ -30,10 +34,7 @@ bool failsNow()
     armed = fromThenOn;
     return true;
 }
-} // namespace
 
-namespace FailingAllocation
-{
 void refuse(int n, bool onwards)
 {
     armed = true;
@@ -56,7 +57,7 @@ long live()
 
 void *operator new(std::size_t size)
 {
-    void *block = size > Largest || failsNow() ? nullptr : std::malloc(size > 0 ? size : 1);
+    void *block = size > Largest || FailingAllocation::failsNow() ? nullptr : std::malloc(size > 0 ? size : 1);
     if (!block) {
         throw std::bad_alloc();
     }

@@ -15,6 +15,8 @@ namespace FailingAllocation
 void refuse(int n, bool onwards);
 /** Grants everything again; true when something was refused since `refuse`. */
 bool grant();
+/** Counts an allocation of another allocator; true when it has to fail. */
+bool failsNow();
 /** Blocks that are allocated and not released. */
 long live();
 
