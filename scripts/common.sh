@@ -26,3 +26,10 @@ set_job_count() {
 }
 
 have() { command -v "$1" >/dev/null 2>&1; }
+
+# beside PROGRAM [ARGUMENT...]: start it beside this script and note it in `children`. It ends
+# with this script, also when that is killed and can clean up nothing.
+beside() {
+    setpriv --pdeathsig TERM "$@" &
+    children+=($!)
+}

@@ -51,7 +51,9 @@ command_run() {
     need_run_packages
     build_preset "$target_name" demo
     trap clean_up EXIT
-    trap 'exit 130' INT TERM
+    trap 'exit 129' HUP
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
     private_dir=$(mktemp -d)
     choose_data "$test_data"
     # The program's icon, as if it were installed.
@@ -77,25 +79,39 @@ choose_data() {
 
 # A history that was cut short is begun again; a whole one is kept, and grows from run to run.
 fill_history() {
-    local data
+    local data writer
     data="$(installation)/Data"
     [[ ! -e $data/filled ]] || return 0
-    rm -rf "$data"
-    say "writing the demo's history"
-    "$(simulator)" --config "$(installation)/Config" --seed 1 --fill 100000 ||
-        die "the demo's history cannot be written to $data"
-    touch "$data/filled"
+    # Another run may be writing it just now.
+    exec {writer}>"$(installation).history.lock"
+    flock "$writer"
+    if [[ ! -e $data/filled ]]; then
+        rm -rf "$data"
+        say "writing the demo's history"
+        "$(simulator)" --config "$(installation)/Config" --seed 1 --fill 100000 ||
+            die "the demo's history cannot be written to $data"
+        touch "$data/filled"
+    fi
+    exec {writer}>&-
 }
 
+# Sensors that are played twice would report twice and obey twice: while another run plays them,
+# this run's simulator waits, and takes over when that run ends.
 start_simulator() {
-    "$(simulator)" --config "$(installation)/Config" --sensors 30 --rate 20 >"$private_dir/simulator.log" 2>&1 &
-    simulator_pid=$!
-    children+=("$simulator_pid")
+    local lock
+    lock="$(installation).sensors.lock"
+    flock --nonblock "$lock" true || say "another run plays the demo's sensors; this one takes over when it ends"
+    beside flock --no-fork "$lock" "$(simulator)" --config "$(installation)/Config" --sensors 30 --rate 20 \
+        >"$private_dir/simulator.log" 2>&1
+    simulator_pid=${children[-1]}
 }
 
+# Waited for in the background, as a signal to this script would otherwise wait for the console's end.
 run_here() {
     local status=0
     say "starting the console in $(installation)"
-    (cd "$(installation)/bin" && exec "$(console_program)") || status=$?
+    cd "$(installation)/bin"
+    beside "$(console_program)"
+    wait "${children[-1]}" || status=$?
     return "$status"
 }

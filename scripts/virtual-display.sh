@@ -15,19 +15,20 @@ use_private_settings() {
 }
 
 start_display() {
-    local number log="$private_dir/xvfb.log"
+    local number numbers log="$private_dir/xvfb.log"
     mkfifo "$private_dir/number"
-    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -noreset 3>"$private_dir/number" >"$log" 2>&1 &
-    children+=($!)
-    read -r -t "$time_limit" number <"$private_dir/number" ||
+    # Open at both ends: opening waits for nobody then.
+    exec {numbers}<>"$private_dir/number"
+    beside Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -noreset 3>&"$numbers" >"$log" 2>&1
+    read -r -t "$time_limit" -u "$numbers" number ||
         die "the virtual display does not start: $(tail -n 3 "$log")"
+    exec {numbers}>&-
     export DISPLAY=":$number"
 }
 
 # Without a window manager no window has the focus, and accelerators reach nobody.
 start_window_manager() {
-    openbox --sm-disable >"$private_dir/openbox.log" 2>&1 &
-    children+=($!)
+    beside openbox --sm-disable >"$private_dir/openbox.log" 2>&1
     local deadline=$((SECONDS + time_limit))
     until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
         [[ $SECONDS -lt $deadline && -d /proc/${children[-1]} ]] ||
@@ -37,9 +38,8 @@ start_window_manager() {
 
 start_console() {
     cd "$(installation)/bin"
-    "$(console_program)" >"$pictures/console.log" 2>"$pictures/console.err" &
-    console=$!
-    children+=("$console")
+    beside "$(console_program)" >"$pictures/console.log" 2>"$pictures/console.err"
+    console=${children[-1]}
 }
 
 # window_of TITLE: set `window` once such a window is to be seen.
@@ -111,9 +111,19 @@ leave_console() {
         die "the simulator ended before the console: $(tail -n 3 "$private_dir/simulator.log")"
 }
 
+# Runs that make their pictures in the same folder take turns.
+take_turn() {
+    exec {turn}>"$pictures.lock"
+    flock --nonblock "$turn" || {
+        say "another run is making its pictures: waiting for its end"
+        flock "$turn"
+    }
+}
+
 run_on_virtual_display() {
     pictures=$(pictures_folder)
     mkdir -p "$pictures"
+    take_turn
     use_private_settings
     start_display
     start_window_manager
