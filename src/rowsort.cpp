@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <unordered_map>
+#include <utility>
 
 namespace
 {
@@ -40,6 +41,21 @@ template <typename Key> void takeRows(const std::vector<Key> &keys, Rows &rows)
 {
     for (size_t i = 0; i < rows.size(); ++i)
         rows[i] = keys[i].row;
+}
+
+enum class Standing { Sorted, Reversed, Unsorted };
+
+/** How rows with different keys stand. A load mostly brings them sorted: then the look is all that is done. */
+template <typename KeyOf> Standing standing(const Rows &rows, KeyOf keyOf)
+{
+    bool sorted = true;
+    bool reversed = true;
+    for (size_t i = 1; i < rows.size() && (sorted || reversed); ++i) {
+        const bool rises = keyOf(rows[i - 1]) < keyOf(rows[i]);
+        sorted = sorted && rises;
+        reversed = reversed && !rises;
+    }
+    return sorted ? Standing::Sorted : reversed ? Standing::Reversed : Standing::Unsorted;
 }
 
 struct NarrowKey {
@@ -191,6 +207,18 @@ void sortByArrival(Rows &rows, RowArrival arrival)
 
 void sortByNumber(Rows &rows, int column, Qt::SortOrder order, RowArrival arrival)
 {
+    const auto key = [&](const QListViewItem *row) {
+        return std::pair(ordered(row->number(column), order), arrival(*row));
+    };
+    switch (standing(rows, key)) {
+    case Standing::Sorted:
+        return;
+    case Standing::Reversed:
+        std::reverse(rows.begin(), rows.end());
+        return;
+    case Standing::Unsorted:
+        break;
+    }
     std::vector<WideKey> keys;
     keys.reserve(rows.size());
     for (QListViewItem *row : rows)
