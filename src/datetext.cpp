@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <QTimeZone>
 #include <algorithm>
 #include <cstdint>
 
@@ -27,6 +28,11 @@ QString dateText(std::time_t seconds)
     return locale.dayName(day.dayOfWeek(), QLocale::ShortFormat) + blank +
            locale.monthName(day.month(), QLocale::ShortFormat) + blank + QString::number(day.day()) + blank +
            time.time().toString(QStringLiteral("HH:mm:ss")) + blank + QString::number(day.year());
+}
+
+QByteArray dateTextBasis()
+{
+    return QTimeZone::systemTimeZoneId() + ' ' + QLocale::system().name().toLatin1();
 }
 
 int DateClasses::of(std::time_t seconds)

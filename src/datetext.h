@@ -3,6 +3,7 @@
 #ifndef OBRIM_DATETEXT_H
 #define OBRIM_DATETEXT_H
 
+#include <QByteArray>
 #include <QString>
 #include <ctime>
 
@@ -13,6 +14,9 @@
  * nearest bound.
  */
 QString dateText(std::time_t seconds);
+
+/** What the texts of dates depend on beside the times: the system's time zone and locale. Other bytes, other texts. */
+QByteArray dateTextBasis();
 
 /**
  * Tells which date texts differ in nothing but digits: those of the same day

@@ -129,6 +129,12 @@ void ListView::sort()
     m_model->sort(m_model->sortColumn(), m_model->sortOrder());
 }
 
+void ListView::textsChanged()
+{
+    m_widths.reset();
+    viewport()->update();
+}
+
 void ListView::clear()
 {
     emit cleared();

@@ -59,6 +59,9 @@ public:
     /** Sorts again in the order set: only needed when the keys themselves changed. */
     void sort();
 
+    /** Tells that texts of rows read differently from now on: counts the widths anew and paints the rows. */
+    void textsChanged();
+
     /** Deletes all rows. */
     void clear();
     /** Takes over a row, puts it at its place and returns it; null is ignored. */

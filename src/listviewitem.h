@@ -14,8 +14,8 @@ class QFontMetrics;
  * One row of a ListView.
  *
  * A row holds a compact record and makes its texts when they are asked for.
- * From its insertion on it belongs to the list, and neither its texts nor its
- * numbers may change until it leaves it.
+ * From its insertion on it belongs to the list, and until it leaves it its
+ * numbers may not change, nor its texts without ListView::textsChanged().
  */
 class QListViewItem
 {

@@ -6,13 +6,13 @@
 #include "datetext.h"
 #include "listviewitem.h"
 #include "namepool.h"
+#include "rowmemory.h"
 #include "rownumbers.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <string_view>
 
 /** Columns of the lists of events and commands. */
@@ -46,9 +46,10 @@ inline QLatin1String asLatin1(const std::string &text)
  * The row of one event or command: what its texts are made from when they are
  * shown.
  *
- * A million of these are built in one go, so a row is one allocation: the
- * NUL-terminated text of the parameters lies right behind the object, and names are those of
- * the window's NamePool. `Kind` is what column 3 holds.
+ * A million of these are built in one go, so a row is one piece of a
+ * RowMemory: the NUL-terminated text of the parameters lies right behind the
+ * object, and names are those of the window's NamePool. `Kind` is what column 3
+ * holds.
  */
 template <class Kind> class RecordItem final : public QListViewItem
 {
@@ -66,10 +67,10 @@ public:
     };
 
     /** Throws std::bad_alloc. */
-    static std::unique_ptr<QListViewItem> create(const Fields &fields)
+    static std::unique_ptr<QListViewItem> create(RowMemory &memory, const Fields &fields)
     {
         const auto text = fields.parameters.substr(0, INT_MAX - 1);
-        return std::unique_ptr<QListViewItem>(new (Behind{text.size() + 1}) RecordItem(fields, text));
+        return std::unique_ptr<QListViewItem>(new (memory, Behind{text.size() + 1}) RecordItem(fields, text));
     }
 
     QString text(int column) const override
@@ -136,10 +137,15 @@ public:
         }
     }
 
-    /** Frees what create() allocated: more than the size of the class, which a sized delete would go by. */
-    static void operator delete(void *memory)
+    /** After a switch of the time zone, before the list's widths are counted anew. */
+    void renewDateClass(DateClasses &dates)
     {
-        ::operator delete(memory);
+        m_dateClass = quint16(dates.of(m_time));
+    }
+
+    static void operator delete(void *row, std::size_t size)
+    {
+        RowMemory::release(row, size);
     }
 
 private:
@@ -160,13 +166,13 @@ private:
         *std::copy(parameters.begin(), parameters.end(), behind()) = '\0';
     }
 
-    static void *operator new(std::size_t size, Behind behind)
+    static void *operator new(std::size_t size, RowMemory &memory, Behind behind)
     {
-        return ::operator new(size + behind.bytes);
+        return memory.allocate(size + behind.bytes);
     }
-    static void operator delete(void *memory, Behind)
+    static void operator delete(void *row, RowMemory &, Behind)
     {
-        ::operator delete(memory);
+        RowMemory::release(row, sizeof(RecordItem));
     }
 
     char *behind()

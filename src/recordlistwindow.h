@@ -106,9 +106,13 @@ private:
     void reload(const QPointer<QObject> &self);
     void loadNew(const QPointer<QObject> &self);
     Answer fetch(Request &request, const QPointer<QObject> &self);
+    static void returnSpareMemory(int rows);
+    void followTimeZone();
     template <class NumberOf> void addRows(Answer &answer, bool first, bool startOver, NumberOf numberOf);
 
     NamePool m_names; ///< of the rows in the list
+    RowMemory m_memory;
+    QByteArray m_dateTextBasis;
     bool m_painting = false;
 };
 
@@ -130,7 +134,10 @@ template <class Traits> RecordListWindow<Traits>::~RecordListWindow()
 {
     delete timer;
     // The rows refer to the names, which go before the list does.
-    Traits::list(*this)->clear();
+    ListView *const view = Traits::list(*this);
+    const int rows = view->childCount();
+    view->clear();
+    returnSpareMemory(rows);
 }
 
 template <class Traits> ListView *RecordListWindow<Traits>::list()
@@ -222,11 +229,13 @@ template <class Traits> void RecordListWindow<Traits>::paintEvent(QPaintEvent *)
 
 template <class Traits> int RecordListWindow<Traits>::ColumnTextWidth(int c)
 {
+    followTimeZone();
     return columnTextWidth(list(), c);
 }
 
 template <class Traits> void RecordListWindow<Traits>::ResizeColumns()
 {
+    followTimeZone();
     fitToList(managedColumns());
     if (!Traits::repaintsAfterSizing)
         return;
@@ -274,7 +283,12 @@ template <class Traits> FilterControls RecordListWindow<Traits>::filterControls(
 
 template <class Traits> int RecordListWindow<Traits>::ResetData()
 {
-    this->load([this](const auto &self) { reload(self); });
+    this->load([this](const auto &self) {
+        const int before = list()->childCount();
+        reload(self);
+        if (self)
+            returnSpareMemory(std::max(before, list()->childCount()));
+    });
     return 0;
 }
 
@@ -317,6 +331,27 @@ template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QO
     iLast = addedRowNumber(last, answer.count - 1);
 }
 
+/** After so many rows or their records were freed: many give whole pages back, which takes milliseconds. */
+template <class Traits> void RecordListWindow<Traits>::returnSpareMemory(int rows)
+{
+    constexpr int many = 50000;
+    if (rows >= many)
+        RowMemory::returnSpare();
+}
+
+/** The system's time zone may be switched while the rows are in the list: their dates then read differently. */
+template <class Traits> void RecordListWindow<Traits>::followTimeZone()
+{
+    const QByteArray basis = dateTextBasis();
+    if (basis == m_dateTextBasis)
+        return;
+    m_dateTextBasis = basis;
+    DateClasses dates;
+    for (int row = 0; row < list()->childCount(); ++row)
+        static_cast<typename Traits::Item *>(list()->itemAt(row))->renewDateClass(dates);
+    list()->textsChanged();
+}
+
 template <class Traits> auto RecordListWindow<Traits>::fetch(Request &request, const QPointer<QObject> &self) -> Answer
 {
     Answer answer;
@@ -347,6 +382,7 @@ void RecordListWindow<Traits>::addRows(Answer &answer, bool first, bool startOve
 {
     // Room for a number of usual length, wherever the column was before.
     constexpr int numberWidth = 30;
+    followTimeZone();
     int lowest = startOver ? Traits::id(answer.records[0]) : IDFirst;
     int highest = startOver ? lowest : IDLast;
     DateClasses dates;
@@ -362,9 +398,10 @@ void RecordListWindow<Traits>::addRows(Answer &answer, bool first, bool startOve
         parameters.clear();
         AppendParameters(parameters, record.par, record.ParNum);
         const auto *sensor = m_names.name(RecordBytes(record.SensorID, record.LSensorID));
-        rows.push_back(Traits::Item::create(
-            {numberOf(i), AccSensorID, sensor, id, Traits::kind(record, m_names), time, dates.of(time), parameters}));
-        // One by one, so that the records' memory goes over to the rows.
+        rows.push_back(
+            Traits::Item::create(m_memory, {numberOf(i), AccSensorID, sensor, id, Traits::kind(record, m_names), time,
+                                            dates.of(time), parameters}));
+        // One by one, while it is at hand.
         record.clean();
     }
     setFirstColumnWidth(numberWidth);

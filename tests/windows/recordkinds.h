@@ -27,6 +27,10 @@ struct EventsKind {
     {
         return event(id);
     }
+    static Record recordAt(int id, std::time_t time)
+    {
+        return event(id, "pump", "started", time);
+    }
     static std::vector<Record> records(int from, int count)
     {
         return events(from, count);
@@ -96,6 +100,10 @@ struct CommandsKind {
     static Record record(int id)
     {
         return command(id);
+    }
+    static Record recordAt(int id, std::time_t time)
+    {
+        return command(id, "pump", 1, time);
     }
     static std::vector<Record> records(int from, int count)
     {

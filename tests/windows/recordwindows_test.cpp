@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QHeaderView>
 #include <QMenuBar>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <climits>
 
@@ -79,6 +80,7 @@ private slots:
     void hidingAllColumnsLeavesTheWidths();
     void widthModeOfEveryColumnFollowsColumnZero();
     void columnTextWidthIsTheWidestTextAndThree();
+    void widthsFollowTheTimeZone();
     void columnsAreFittedByTheRule();
     void firstPaintFitsTheColumns();
     void loadsDoNotFitTheColumns();
@@ -92,6 +94,9 @@ private slots:
     void testDataThatGrowsBetweenTheFetchesIsNotOverrun();
     void emptyTestDataShowsNothing();
 
+    void nothingIsPaintedWhenNothingIsNew();
+    void newRowsLeavePlaceAndSelection();
+    void newRowsAreFollowedWhereTheyLand();
     void pointerWaitsDuringALoadAndIsRestoredInABox();
     void longLoadIsPaintedAtOnce();
     void shortLoadIsPaintedInItsTime();
@@ -971,6 +976,17 @@ void RecordWindowsTest::widthModeOfEveryColumnFollowsColumnZero()
     });
 }
 
+template <class Window> static void compareWidths(Window *window, const ListView *list)
+{
+    for (int column = 0; column < 6; ++column) {
+        int widest = 0;
+        for (int row = 0; row < list->childCount(); ++row)
+            widest = qMax(widest, list->itemAt(row)->width(list->fontMetrics(), list, column));
+        QVERIFY(widest > 0);
+        QCOMPARE(window->ColumnTextWidth(column), widest + 3);
+    }
+}
+
 void RecordWindowsTest::columnTextWidthIsTheWidestTextAndThree()
 {
     eachKind([](auto kind) {
@@ -979,15 +995,43 @@ void RecordWindowsTest::columnTextWidthIsTheWidestTextAndThree()
         kind.source().answer = {kind.record(7), wide, kind.record(123456)};
         const auto window = open(kind);
         ListView *list = kind.list(window.get());
-        for (int column = 0; column < 6; ++column) {
-            int widest = 0;
-            for (int row = 0; row < list->childCount(); ++row)
-                widest = qMax(widest, list->itemAt(row)->width(list->fontMetrics(), list, column));
-            QVERIFY(widest > 0);
-            QCOMPARE(window->ColumnTextWidth(column), widest + 3);
-        }
+        compareWidths(window.get(), list);
         list->clear();
         QCOMPARE(window->ColumnTextWidth(0), 3);
+    });
+}
+
+void RecordWindowsTest::widthsFollowTheTimeZone()
+{
+    eachKind([](auto kind) {
+        const TimeZone before("UTC");
+        // In the evening of Friday, 1 May 2026; it is Saturday already in the east.
+        constexpr std::time_t evening = 1777674600;
+        for (int i = 0; i < 3; ++i)
+            kind.source().answer.push_back(kind.recordAt(i, evening + i));
+        const auto window = open(kind);
+        ListView *list = kind.list(window.get());
+        QVERIFY(list->itemAt(0)->text(DateColumn).startsWith(QStringLiteral("Fri May 1 ")));
+        compareWidths(window.get(), list);
+        const int width = window->ColumnTextWidth(DateColumn);
+
+        const TimeZone after("Asia/Tokyo");
+        QVERIFY(list->itemAt(0)->text(DateColumn).startsWith(QStringLiteral("Sat May 2 ")));
+        compareWidths(window.get(), list);
+        QVERIFY(window->ColumnTextWidth(DateColumn) != width);
+        // Rows of both kinds of days, and rows that go.
+        kind.source().answer = {kind.recordAt(10, evening - 86400), kind.recordAt(11, evening + 10 * 86400)};
+        kind.getNew(window.get());
+        QCOMPARE(list->childCount(), 5);
+        compareWidths(window.get(), list);
+        while (list->childCount() > 1) {
+            list->removeItem(list->itemAt(list->childCount() / 2));
+            compareWidths(window.get(), list);
+        }
+
+        const TimeZone west("America/Los_Angeles");
+        window->resize(window->width() + 50, window->height());
+        compareWidths(window.get(), list);
     });
 }
 
@@ -1194,6 +1238,93 @@ void RecordWindowsTest::emptyTestDataShowsNothing()
         kind.initTestData("/nonexistent");
         const auto window = open(kind);
         QCOMPARE(kind.list(window.get())->childCount(), 0);
+    });
+}
+
+/** The first row that is wholly in sight. */
+static const QListViewItem *topRow(const ListView *list)
+{
+    return list->itemAt(list->indexAt(QPoint(5, 5)).row());
+}
+
+void RecordWindowsTest::nothingIsPaintedWhenNothingIsNew()
+{
+    eachKind([](auto kind) {
+        const auto window = openWith(kind, 1, 200);
+        QVERIFY(showAndWait(window.get()));
+        QTRY_COMPARE(window->firstPaint, 0);
+        ListView *list = kind.list(window.get());
+        list->setCurrentIndex(list->model()->index(20, 0));
+        kind.source().answer.clear();
+        {
+            PaintCounter anywhere(qApp);
+            // What showing the window has still to paint comes first.
+            do {
+                anywhere.paints = 0;
+                QCoreApplication::processEvents();
+            } while (anywhere.paints > 0);
+            for (int i = 0; i < 5; ++i) {
+                kind.getNew(window.get());
+                QCoreApplication::processEvents();
+            }
+            QCOMPARE(anywhere.paints, 0);
+        }
+        PaintCounter rows(list->viewport());
+        kind.source().answer = kind.records(201, 1);
+        kind.getNew(window.get());
+        QTRY_VERIFY(rows.paints > 0);
+    });
+}
+
+void RecordWindowsTest::newRowsLeavePlaceAndSelection()
+{
+    eachKind([](auto kind) {
+        for (const bool first : {false, true}) {
+            const auto window = openWith(kind, 1, 500);
+            ListView *list = kind.list(window.get());
+            if (first)
+                chooseFirst(window.get());
+            window->onUpdateList();
+            QVERIFY(showAndWait(window.get()));
+            QTRY_COMPARE(window->firstPaint, 0);
+            list->setCurrentIndex(list->model()->index(120, 2));
+            list->verticalScrollBar()->setValue(200);
+            const QListViewItem *const top = topRow(list);
+            const QListViewItem *const current = list->currentItem();
+            kind.source().answer = kind.records(501, 40);
+            kind.getNew(window.get());
+            QCoreApplication::processEvents();
+            QCOMPARE(list->childCount(), 540);
+            QCOMPARE(topRow(list), top);
+            QCOMPARE(list->currentItem(), static_cast<const QListViewItem *>(current));
+            const QModelIndexList selected = list->selectionModel()->selectedRows();
+            QCOMPARE(selected.size(), 1);
+            QCOMPARE(static_cast<const QListViewItem *>(list->itemAt(selected.first().row())), current);
+        }
+    });
+}
+
+void RecordWindowsTest::newRowsAreFollowedWhereTheyLand()
+{
+    eachKind([](auto kind) {
+        for (const bool first : {false, true}) {
+            const auto window = openWith(kind, 1, 500);
+            ListView *list = kind.list(window.get());
+            if (first)
+                chooseFirst(window.get());
+            window->onUpdateList();
+            QVERIFY(showAndWait(window.get()));
+            QTRY_COMPARE(window->firstPaint, 0);
+            QScrollBar *const bar = list->verticalScrollBar();
+            bar->setValue(first ? bar->maximum() : 0);
+            for (int fetch = 0; fetch < 3; ++fetch) {
+                kind.source().answer = kind.records(501 + 40 * fetch, 40);
+                kind.getNew(window.get());
+                QCoreApplication::processEvents();
+                QCOMPARE(list->childCount(), 540 + 40 * fetch);
+                QCOMPARE(bar->value(), first ? bar->maximum() : 0);
+            }
+        }
     });
 }
 

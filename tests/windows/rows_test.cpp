@@ -12,10 +12,14 @@
 #include <QDateTime>
 #include <QHash>
 #include <QTest>
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <random>
+#include <set>
+#include <vector>
 
 class RowsTest : public QObject
 {
@@ -26,6 +30,8 @@ private slots:
     void clearedPoolStartsAnew();
     void rowIsSmall();
     void rowCopiesItsParameters();
+    void longParametersAreKeptWhole();
+    void rowsGoInAnyOrderAndAfterTheirMemory();
     void textsAndNumbersOfAnEvent();
     void textsAndNumbersOfACommand();
     void keptTextsAreTheTexts();
@@ -87,21 +93,66 @@ static EventItem::Fields eventFields(NamePool &pool)
 void RowsTest::rowCopiesItsParameters()
 {
     NamePool pool;
+    RowMemory memory;
     auto fields = eventFields(pool);
     std::string parameters = "level=high";
     fields.parameters = parameters;
-    const auto row = EventItem::create(fields);
+    const auto row = EventItem::create(memory, fields);
     parameters.assign(parameters.size(), 'x');
     QCOMPARE(row->text(ParametersColumn), QStringLiteral("level=high"));
     fields.parameters = {};
-    QCOMPARE(EventItem::create(fields)->text(ParametersColumn), QString());
+    QCOMPARE(EventItem::create(memory, fields)->text(ParametersColumn), QString());
+}
+
+void RowsTest::longParametersAreKeptWhole()
+{
+    NamePool pool;
+    RowMemory memory;
+    auto fields = eventFields(pool);
+    std::vector<std::unique_ptr<QListViewItem>> rows;
+    // Around the sizes at which a row no longer shares its memory with others.
+    for (int length : {0, 1, 7, 8, 8000, 8100, 8130, 8150, 8192, 32000, 32768, 65536, 1 << 20, 3}) {
+        const std::string parameters(std::size_t(length), char('a' + length % 26));
+        fields.parameters = parameters;
+        rows.push_back(EventItem::create(memory, fields));
+    }
+    for (const auto &row : rows) {
+        const QLatin1String text = row->latin1(ParametersColumn);
+        QCOMPARE(QString(text), QString(text.size(), QLatin1Char(char('a' + text.size() % 26))));
+    }
+}
+
+void RowsTest::rowsGoInAnyOrderAndAfterTheirMemory()
+{
+    NamePool pool;
+    auto memory = std::make_unique<RowMemory>();
+    std::vector<std::unique_ptr<QListViewItem>> rows;
+    for (int i = 0; i < 3000; ++i) {
+        auto fields = eventFields(pool);
+        fields.id = i;
+        rows.push_back(EventItem::create(*memory, fields));
+    }
+    std::mt19937 random(2);
+    std::shuffle(rows.begin(), rows.end(), random);
+    rows.resize(2000);
+    auto last = eventFields(pool);
+    last.id = 3000;
+    rows.push_back(EventItem::create(*memory, last));
+    memory.reset();
+    std::set<qint64> ids;
+    for (const auto &row : rows) {
+        ids.insert(row->number(IdentifierColumn));
+        QCOMPARE(QString(row->latin1(ParametersColumn)), QStringLiteral("level=high"));
+    }
+    QCOMPARE(int(ids.size()), 2001);
 }
 
 void RowsTest::textsAndNumbersOfAnEvent()
 {
     const TimeZone zone("UTC");
     NamePool pool;
-    const auto row = EventItem::create(eventFields(pool));
+    RowMemory memory;
+    const auto row = EventItem::create(memory, eventFields(pool));
     const QStringList expected = {"007",     QString::fromLatin1("p\xFCmp"), "42",
                                   "started", "Sat Nov 21 00:31:00 2026",     "level=high"};
     for (int column = 0; column < RecordColumnCount; ++column)
@@ -116,7 +167,8 @@ void RowsTest::textsAndNumbersOfAnEvent()
 void RowsTest::textsAndNumbersOfACommand()
 {
     NamePool pool;
-    const auto row = CommandItem::create({1234, 3, pool.name("pump"), -5, {-12}, 0, 1, ""});
+    RowMemory memory;
+    const auto row = CommandItem::create(memory, {1234, 3, pool.name("pump"), -5, {-12}, 0, 1, ""});
     QCOMPARE(row->text(NumberColumn), QStringLiteral("1234"));
     QCOMPARE(row->text(IdentifierColumn), QStringLiteral("-5"));
     QCOMPARE(row->text(KindColumn), QStringLiteral("-12"));
@@ -127,8 +179,9 @@ void RowsTest::textsAndNumbersOfACommand()
 void RowsTest::keptTextsAreTheTexts()
 {
     NamePool pool;
-    const auto event = EventItem::create(eventFields(pool));
-    const auto command = CommandItem::create({1, 3, pool.name("pump"), 2, {3}, 4, 1, "a=b"});
+    RowMemory memory;
+    const auto event = EventItem::create(memory, eventFields(pool));
+    const auto command = CommandItem::create(memory, {1, 3, pool.name("pump"), 2, {3}, 4, 1, "a=b"});
     for (const QListViewItem *row : {event.get(), command.get()}) {
         for (int column = -1; column < 9; ++column) {
             if (!row->latin1(column).isNull())
@@ -145,11 +198,12 @@ void RowsTest::timeOutsideSigned32BitsIsClamped()
 {
     if constexpr (sizeof(std::time_t) > 4) {
         NamePool pool;
+        RowMemory memory;
         auto fields = eventFields(pool);
         fields.time = std::time_t(5000000000);
-        QCOMPARE(EventItem::create(fields)->number(DateColumn), qint64(INT32_MAX));
+        QCOMPARE(EventItem::create(memory, fields)->number(DateColumn), qint64(INT32_MAX));
         fields.time = std::time_t(-5000000000);
-        QCOMPARE(EventItem::create(fields)->number(DateColumn), qint64(INT32_MIN));
+        QCOMPARE(EventItem::create(memory, fields)->number(DateColumn), qint64(INT32_MIN));
     }
 }
 
@@ -160,18 +214,19 @@ void RowsTest::textsOfOneClassDifferInDigitsOnly()
     const char *names[] = {"", "a", "b", "pump", "0", "1"};
     const auto number = [&] { return random() % 2 ? numbers[random() % std::size(numbers)] : int(random()); };
     NamePool pool;
+    RowMemory memory;
     DateClasses dates;
     std::array<QHash<quint64, QString>, RecordColumnCount> seen;
     for (int i = 0; i < 5000; ++i) {
         const std::time_t time = number();
-        const auto row = CommandItem::create({number(),
-                                              3 + int(random() % 8),
-                                              pool.name(names[random() % std::size(names)]),
-                                              number(),
-                                              {number()},
-                                              time,
-                                              dates.of(time),
-                                              "x"});
+        const auto row = CommandItem::create(memory, {number(),
+                                                      3 + int(random() % 8),
+                                                      pool.name(names[random() % std::size(names)]),
+                                                      number(),
+                                                      {number()},
+                                                      time,
+                                                      dates.of(time),
+                                                      "x"});
         for (int column = 0; column < RecordColumnCount; ++column) {
             const auto known = row->textClass(column);
             if (known.id == 0)

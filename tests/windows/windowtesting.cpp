@@ -180,9 +180,9 @@ QStringList ownSlots(const QMetaObject &meta)
     return names;
 }
 
-PaintCounter::PaintCounter(QWidget *widget)
+PaintCounter::PaintCounter(QObject *watched)
 {
-    widget->installEventFilter(this);
+    watched->installEventFilter(this);
 }
 
 bool PaintCounter::eventFilter(QObject *, QEvent *event)

@@ -72,11 +72,11 @@ void rightClick(ListView *list, int row);
 /** The slots that a class declares itself, in the order of its meta-object. */
 QStringList ownSlots(const QMetaObject &meta);
 
-/** Counts the paint events of a widget. */
+/** Counts the paint events of a widget, or of all with the application. */
 class PaintCounter : public QObject
 {
 public:
-    explicit PaintCounter(QWidget *widget);
+    explicit PaintCounter(QObject *watched);
     bool eventFilter(QObject *watched, QEvent *event) override;
     int paints = 0;
 };
