@@ -252,6 +252,27 @@ struct Store::Table {
     Sqlite::Statement newest;
 };
 
+Store::LazyTable::LazyTable(Sqlite::Connection &connection, const char *tableName)
+    : db(connection)
+    , name(tableName)
+{
+}
+
+Store::LazyTable::~LazyTable() = default;
+
+Store::Table &Store::LazyTable::operator*()
+{
+    if (!table) {
+        table = std::make_unique<Table>(db, name);
+    }
+    return *table;
+}
+
+Store::Table *Store::LazyTable::operator->()
+{
+    return &**this;
+}
+
 struct Store::Statements {
     /** Where a sensor that is new begins to read commands: older ones were meant for another of its name. */
     inline static const std::string NewestCommand =
@@ -283,11 +304,11 @@ struct Store::Statements {
 
 Store::Store(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
     : db(withFolder(path), durability, busyMilliseconds)
+    , eventTable(db, "event")
+    , commandTable(db, "command")
 {
     Schema::prepare(db);
     prepared = std::make_unique<Statements>(db);
-    eventTable = std::make_unique<Table>(db, "event");
-    commandTable = std::make_unique<Table>(db, "command");
     struct stat status = {};
     if (::stat(path.c_str(), &status) == 0) {
         device = status.st_dev;
@@ -337,8 +358,11 @@ Store::Batch::~Batch()
     }
     store.inBatch = false;
     if (!committed) {
-        store.eventTable->series.forget();
-        store.commandTable->series.forget();
+        for (LazyTable *table : {&store.eventTable, &store.commandTable}) {
+            if (table->isReady()) {
+                (*table)->series.forget();
+            }
+        }
     }
 }
 

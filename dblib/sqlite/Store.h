@@ -115,6 +115,24 @@ public:
 private:
     struct Table;
     struct Statements;
+    /** A table, made ready when it is first used: its statements are a good part of what opening a store costs. */
+    class LazyTable
+    {
+    public:
+        LazyTable(Sqlite::Connection &connection, const char *name);
+        ~LazyTable();
+        Table &operator*();
+        Table *operator->();
+        bool isReady() const
+        {
+            return table != nullptr;
+        }
+
+    private:
+        Sqlite::Connection &db;
+        const char *name;
+        std::unique_ptr<Table> table;
+    };
     template <class Record>
     std::unique_ptr<Records<Record>> read(Table &table, const Selection &selection, bool rising);
     template <class Record> void reserveFor(Table &table, const Selection &selection, Records<Record> &result);
@@ -131,8 +149,8 @@ private:
 
     Sqlite::Connection db;
     std::unique_ptr<Statements> prepared;
-    std::unique_ptr<Table> eventTable;
-    std::unique_ptr<Table> commandTable;
+    mutable LazyTable eventTable;
+    mutable LazyTable commandTable;
     ParameterWriter writer;
     bool inBatch = false;
     std::uint64_t device = 0;

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+/** @file The least that a program with the console's libraries does to show a window. */
+
+#include "obrim.h"
+
+#include <KAboutData>
+#include <QApplication>
+#include <QWidget>
+
+namespace
+{
+
+/** Never called. What it names has the linker keep the libraries that the console has. */
+void useLibraries()
+{
+    KAboutData::setApplicationData(KAboutData());
+    (new obrim)->restore(1, true);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    if (argc < 1)
+        useLibraries();
+    QWidget widget;
+    widget.show();
+    return QApplication::exec();
+}
