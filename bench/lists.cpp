@@ -3,20 +3,18 @@
 
 /*
  * The list at a million rows beside the list at a thousand, in one run: what
- * grows with the rows, and what must not. Times are processor time of this
- * thread, so that other work on the machine counts little.
+ * grows with the rows, and what must not.
  */
 
 #include "eventitem.h"
 #include "listview.h"
+#include "measuring.h"
 
 #include <QApplication>
-#include <QEvent>
 #include <QScrollBar>
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <functional>
 #include <malloc.h>
 #include <memory>
 #include <random>
@@ -29,46 +27,6 @@ namespace
 constexpr int Few = 1000;
 constexpr int Many = 1000000;
 constexpr std::time_t Start = 1700000000;
-
-double now()
-{
-    std::timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
-}
-
-double seconds(const std::function<void()> &work)
-{
-    const double start = now();
-    work();
-    return now() - start;
-}
-
-/** The median of some runs: one run now and then loses its caches to others. */
-double median(int runs, const std::function<void()> &work)
-{
-    std::vector<double> times;
-    for (int i = 0; i < runs; ++i)
-        times.push_back(seconds(work));
-    std::nth_element(times.begin(), times.begin() + runs / 2, times.end());
-    return times[std::size_t(runs / 2)];
-}
-
-bool allMet = true;
-
-void report(const char *work, double value, const char *unit, double goal)
-{
-    const bool met = value <= goal;
-    allMet = allMet && met;
-    std::printf("%-58s %9.3f %-6s goal %7.2f  %s\n", work, value, unit, goal, met ? "met" : "MISSED");
-    std::fflush(stdout);
-}
-
-void ratio(const char *work, double many, double few, double goal)
-{
-    std::printf("    %.4f ms : %.4f ms\n", 1e3 * many, 1e3 * few);
-    report(work, many / few, "x", goal);
-}
 
 /** Events as a monitoring installation reports them. */
 class Events
@@ -95,26 +53,16 @@ private:
         const std::string parameters =
             "t=" + std::to_string(m_random() % 1000) + "." + std::to_string(m_random() % 100) +
             ";flow=" + std::to_string(m_random() % 100000) + std::string(m_random() % 7, 'x');
-        return EventItem::create({number, 7, m_names.name(sensor), number + 1, EventKind{m_names.name(name)}, m_time,
-                                  m_dates.of(m_time), parameters});
+        return EventItem::create(m_memory, {number, 7, m_names.name(sensor), number + 1, EventKind{m_names.name(name)},
+                                            m_time, m_dates.of(m_time), parameters});
     }
 
     std::mt19937 m_random{1};
     NamePool m_names;
+    RowMemory m_memory;
     DateClasses m_dates;
     std::time_t m_time = Start;
     int m_count = 0;
-};
-
-/** Counts the paint events of a widget. */
-struct PaintCounter : QObject {
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        count += event->type() == QEvent::Paint ? 1 : 0;
-        return false;
-    }
-
-    int count = 0;
 };
 
 /** A list of events on the screen, as the window of the events has it. */
@@ -142,9 +90,7 @@ struct Shown {
     /** Waits for what changed to be painted, as it comes about in the program. */
     void paint()
     {
-        const int before = paints.count;
-        for (int i = 0; i < 100 && paints.count == before; ++i)
-            QCoreApplication::processEvents();
+        paints.wait(paints.count);
     }
 
     void fit()
@@ -164,10 +110,9 @@ struct Shown {
         appending.push_back(now() - start);
     }
 
-    double medianAppend()
+    double medianAppend() const
     {
-        std::sort(appending.begin(), appending.end());
-        return appending[appending.size() / 2];
+        return medianOf(appending);
     }
 
     Events events;
@@ -184,20 +129,21 @@ std::size_t bytesInUse()
     return info.uordblks + info.hblkhd;
 }
 
-void benchFitting(Shown &many, Shown &few)
+void benchFitting(Goals &goals, Shown &many, Shown &few)
 {
     many.fit();
     few.fit();
-    ratio("column fitting on a resize, painted", median(15, [&] { many.fit(); }), median(15, [&] { few.fit(); }), 2);
+    goals.ratio("column fitting on a resize, painted", median(15, [&] { many.fit(); }), median(15, [&] { few.fit(); }),
+                2);
 }
 
-void benchAppending(Shown &many, Shown &few)
+void benchAppending(Goals &goals, Shown &many, Shown &few)
 {
     for (int i = 0; i < 9; ++i) {
         many.append(100);
         few.append(100);
     }
-    ratio("100 new rows at the end, painted", many.medianAppend(), few.medianAppend(), 2);
+    goals.ratio("100 new rows at the end, painted", many.medianAppend(), few.medianAppend(), 2);
     many.appending.clear();
     few.appending.clear();
     for (Shown *shown : {&many, &few})
@@ -206,20 +152,20 @@ void benchAppending(Shown &many, Shown &few)
         many.append(100);
         few.append(100);
     }
-    ratio("100 new rows at the top, painted", many.medianAppend(), few.medianAppend(), 2);
+    goals.ratio("100 new rows at the top, painted", many.medianAppend(), few.medianAppend(), 2);
     for (Shown *shown : {&many, &few})
         shown->list->setSorting(NumberColumn, true);
 }
 
-void benchRemoving(Shown &many, Shown &few)
+void benchRemoving(Goals &goals, Shown &many, Shown &few)
 {
     std::mt19937 random(2);
     const auto removeOne = [&random](Shown &shown) {
         shown.list->removeItem(shown.list->itemAt(int(random() % unsigned(shown.list->childCount()))));
         shown.paint();
     };
-    ratio("deleting a row somewhere, painted", median(51, [&] { removeOne(many); }),
-          median(51, [&] { removeOne(few); }), 2);
+    goals.ratio("deleting a row somewhere, painted", median(51, [&] { removeOne(many); }),
+                median(51, [&] { removeOne(few); }), 2);
 }
 
 template <typename Key, typename KeyOf> double sortOfReadyKeys(const ListView &list, KeyOf keyOf)
@@ -233,7 +179,7 @@ template <typename Key, typename KeyOf> double sortOfReadyKeys(const ListView &l
     });
 }
 
-void benchSorting(Shown &many, int column, bool number)
+void benchSorting(Goals &goals, Shown &many, int column, bool number)
 {
     ListView &list = *many.list;
     // From an order that says nothing, as rows stand after other headings were clicked.
@@ -252,11 +198,11 @@ void benchSorting(Shown &many, int column, bool number)
             many.paint();
         }));
     }
-    std::sort(times.begin(), times.end());
-    ratio(("sorting by \"" + list.columnText(column).toStdString() + "\", painted").c_str(), times[1], ready, 3);
+    goals.ratio(("sorting by \"" + list.columnText(column).toStdString() + "\", painted").c_str(), medianOf(times),
+                ready, 3);
 }
 
-void benchScrolling(Shown &many)
+void benchScrolling(Goals &goals, Shown &many)
 {
     QScrollBar *down = many.list->verticalScrollBar();
     down->setValue(0);
@@ -272,7 +218,7 @@ void benchScrolling(Shown &many)
         frame(down->value() + down->pageStep());
     for (int i = 0; i <= 200; ++i)
         frame(int(qint64(down->maximum()) * i / 200));
-    report("scrolling, the slowest of 400 frames", 1e3 * worst, "ms", 16);
+    goals.atMost("scrolling, the slowest of 400 frames", 1e3 * worst, "ms", 16);
 }
 
 } // namespace
@@ -281,21 +227,22 @@ int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
+    Goals goals(stdout);
     Shown few(Few);
     const std::size_t before = bytesInUse();
     Shown many(Many);
-    report("memory per row", double(bytesInUse() - before) / Many, "bytes", 160);
+    goals.atMost("memory per row", double(bytesInUse() - before) / Many, "bytes", 160);
     std::printf("    rows built in %.3f s, taken in and painted in %.3f s\n", many.building, many.load);
     const double load = many.building + many.load;
 
-    benchFitting(many, few);
-    benchAppending(many, few);
-    benchRemoving(many, few);
-    benchScrolling(many);
+    benchFitting(goals, many, few);
+    benchAppending(goals, many, few);
+    benchRemoving(goals, many, few);
+    benchScrolling(goals, many);
     for (int column : {NumberColumn, IdentifierColumn, DateColumn})
-        benchSorting(many, column, true);
+        benchSorting(goals, many, column, true);
     for (int column : {SensorColumn, KindColumn, ParametersColumn})
-        benchSorting(many, column, false);
-    ratio("closing, in parts of building and taking in", seconds([&] { many.list.reset(); }), load, 0.1);
-    return allMet ? 0 : 1;
+        benchSorting(goals, many, column, false);
+    goals.ratio("closing, in parts of building and taking in", seconds([&] { many.list.reset(); }), load, 0.1);
+    return goals.met() ? 0 : 1;
 }

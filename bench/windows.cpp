@@ -309,7 +309,7 @@ void benchMemory(Goals &goals, std::FILE *figures)
     goals.atMost("most memory during the load, a row", (peak - before) / Many, "bytes", 3 * 160);
 }
 
-void benchLoading(Goals &goals, const std::string &database)
+void benchLoading(Goals &goals, std::FILE *figures, const std::string &database)
 {
     BareSelect rows(database, "SELECT id, series, time, params FROM event ORDER BY id DESC LIMIT ?1");
     BareSelect named(database, "SELECT e.id, s.sensor, s.name, e.time, e.params FROM event e "
@@ -326,8 +326,9 @@ void benchLoading(Goals &goals, const std::string &database)
         bareNamed.push_back(seconds([&] { named.step(); }));
         closings.push_back(seconds([&] { window.close(); }));
     }
-    goals.ratio("\"Update list\", beside the rows' bare SELECT", medianOf(loads), medianOf(bareNamed), 4);
-    goals.ratio("\"Update list\", beside a SELECT without names", medianOf(loads), medianOf(bare), 4);
+    goals.ratio("\"Update list\", beside the bare SELECT of its rows", medianOf(loads), medianOf(bareNamed), 4);
+    std::fprintf(figures, "      %.4f ms: the SELECT of those rows with a number in place of both names\n",
+                 1e3 * medianOf(bare));
     goals.ratio("closing, beside the load", medianOf(closings), medianOf(loads), 0.1);
 }
 
@@ -393,7 +394,7 @@ int main(int argc, char **argv)
     useInstallation(installations, "large");
     Goals goals(figures);
     benchMemory(goals, figures);
-    benchLoading(goals, installations.database("large"));
+    benchLoading(goals, figures, installations.database("large"));
     benchNewRows(goals, installations.database("large"));
     benchNothingNew(goals, installations);
     return goals.met() ? 0 : 1;

@@ -16,24 +16,37 @@ describe_machine() {
     printf 'processors: %s, load: %s\n' "$(nproc)" "$(cut -d' ' -f1-3 /proc/loadavg)"
 }
 
+# bench_one PROGRAM [BENCHMARK-ARGUMENT...]: what it writes stays beside the machine and its load at that time.
+bench_one() {
+    local program=$1 results="$build_root/bench/results" name=${1##*/}
+    local arguments=()
+    shift
+    # The others compare by themselves and take no arguments.
+    [[ $name != bench_store ]] ||
+        arguments=(--benchmark_out="$results/$name.json" --benchmark_out_format=json "$@")
+    {
+        describe_machine
+        echo
+        QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} LC_ALL=C.UTF-8 "$program" "${arguments[@]}"
+    } 2>"$results/$name.err" | tee "$results/$name.txt"
+}
+
 command_bench() {
     [[ ${1:-} != -- ]] || shift
-    local program results="$build_root/bench/results" programs
+    local program programs missed=()
     set_job_count
     choose_target ''
     need_packages build "$(toolkit_list)" bench
     build_preset bench benchmarks
-    mkdir -p "$results"
-    describe_machine >"$results/machine.txt"
+    mkdir -p "$build_root/bench/results"
     mapfile -t programs < <(programs_in "$build_root/bench/bench" bench_)
     ((${#programs[@]})) || die "there are no benchmarks in build/bench/bench"
     for program in "${programs[@]}"; do
         say "bench: ${program##*/}"
-        QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} LC_ALL=C.UTF-8 "$program" \
-            --benchmark_out="$results/${program##*/}.json" --benchmark_out_format=json "$@" |
-            tee "$results/${program##*/}.txt"
+        bench_one "$program" "$@" || missed+=("${program##*/}")
     done
-    say "figures: $results"
+    say "figures: $build_root/bench/results"
+    ((${#missed[@]} == 0)) || die "bench: not every goal was met, or it failed: ${missed[*]}"
 }
 
 # fuzz_one PROGRAM SECONDS: what it learns goes to build/fuzz/corpus, what it finds to build/fuzz/finds.
