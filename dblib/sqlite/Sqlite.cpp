@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -38,6 +39,14 @@ bool isFull(int systemError)
     return systemError == ENOSPC || systemError == EDQUOT;
 }
 
+/** SQLite's messages quote names from the file, and end on a terminal: what would command it becomes '?'. */
+std::string printable(std::string text)
+{
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
+    std::replace_if(text.begin(), text.end(), isControl, '?');
+    return text;
+}
+
 std::string reasonOf(int code, sqlite3 *db, const std::string &path)
 {
     const int primary = code & 0xff;
@@ -69,7 +78,7 @@ std::string reasonOf(int code, sqlite3 *db, const std::string &path)
     case SQLITE_NOMEM:
         return "not enough memory";
     default:
-        return db ? sqlite3_errmsg(db) : sqlite3_errstr(code);
+        return printable(db ? sqlite3_errmsg(db) : sqlite3_errstr(code));
     }
 }
 

@@ -544,9 +544,22 @@ TEST_F(StoreTest, ForeignTriggersAndVirtualTablesAreRefused)
             const Store again(changed, Sqlite::Durability::Crash);
             ADD_FAILURE() << "opened with " << addition;
         } catch (const Sqlite::Error &error) {
-            EXPECT_THAT(error.what(), HasSubstr(changed + ": the database holds a foreign trigger or virtual table: "));
+            EXPECT_THAT(error.what(), HasSubstr(changed + ": the database holds a foreign trigger or virtual table"));
         }
         std::filesystem::remove(changed);
+    }
+}
+
+TEST_F(StoreTest, ANameInTheFileCannotCommandTheTerminal)
+{
+    store->connection().run("PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql = replace(sql, "
+                            "'name TEXT NOT NULL UNIQUE', 'name TEXT NOT NULL UNIQUE COLLATE \"wipe\x1b[2J\"') "
+                            "WHERE name = 'sensor'");
+    try {
+        reopen();
+        FAIL() << "opened";
+    } catch (const Sqlite::Error &error) {
+        EXPECT_THAT(error.what(), HasSubstr("wipe?[2J"));
     }
 }
 
