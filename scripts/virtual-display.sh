@@ -36,6 +36,10 @@ start_window_manager() {
     done
 }
 
+# A box that closes under the pointer makes the toolkit look for what lies there, and complain
+# when the window manager has just taken the box's frame away.
+park_pointer() { xdotool mousemove 1599 999; }
+
 start_console() {
     cd "$(installation)/bin"
     beside "$(console_program)" >"$pictures/console.log" 2>"$pictures/console.err"
@@ -127,6 +131,7 @@ run_on_virtual_display() {
     use_private_settings
     start_display
     start_window_manager
+    park_pointer
     say "no display here: starting the console on the virtual display $DISPLAY"
     start_console
     window_of Tool

@@ -133,7 +133,7 @@ send_orders_by_mouse() {
 
 # The pointer goes away first: nothing but keys may be needed.
 open_events_of_a_sensor_by_keys() {
-    xdotool mousemove 1590 990
+    park_pointer
     activate "$sensors" key Down
     xdotool key Menu
     wait_for 'context menu by the keyboard' menu_window
@@ -209,6 +209,7 @@ lay_out_installation
 use_private_settings
 start_display
 start_window_manager
+park_pointer
 
 say 'panel, lists, menus and Exit'
 start_console
