@@ -133,6 +133,7 @@ class TextWidthsTest : public QObject
 {
     Q_OBJECT
 private slots:
+    void fontsOfAllKindsAreInstalled();
     void sumIsWhatTheFontSays_data();
     void sumIsWhatTheFontSays();
     void digitsAlikeMeansOneWidth_data();
@@ -150,23 +151,57 @@ private slots:
     void textsThatChangeBehindTheList();
 };
 
+/** The families of the list above that are installed. */
+static QStringList testedFamilies()
+{
+    QStringList tested;
+    const QStringList installed = installedFamilies();
+    for (const char *family : Families)
+        tested += installed.filter(QRegularExpression(QString("^%1( \\[.*)?$").arg(family)));
+    return tested;
+}
+
+/** Whether the font moves the V of "AV" under the A. */
+static bool kerns(const QFont &font)
+{
+    QFont without(font);
+    without.setKerning(false);
+    return QFontMetricsF(font).horizontalAdvance("AVAVAV") < QFontMetricsF(without).horizontalAdvance("AVAVAV");
+}
+
+// The rows of the tests below are those of the fonts that the machine has: too few prove too little.
+void TextWidthsTest::fontsOfAllKindsAreInstalled()
+{
+    const QStringList families = testedFamilies();
+    QVERIFY2(families.size() >= 5, qPrintable("there are only " + families.join(", ")));
+    int fixed = 0;
+    int proportional = 0;
+    int kerning = 0;
+    for (const QString &family : families) {
+        const QFont font(family, 40);
+        QCOMPARE(QFontInfo(font).family(), family);
+        const QFontMetricsF metrics(font);
+        (metrics.horizontalAdvance("iiii") == metrics.horizontalAdvance("WWWW") ? fixed : proportional) += 1;
+        kerning += kerns(font) ? 1 : 0;
+    }
+    QVERIFY(fixed >= 1);
+    QVERIFY(proportional >= 2);
+    QVERIFY(kerning >= 2);
+}
+
 static void addFonts()
 {
     QTest::addColumn<QFont>("font");
-    const QStringList installed = installedFamilies();
-    for (const char *family : Families) {
-        const QStringList found = installed.filter(QRegularExpression(QString("^%1( \\[.*)?$").arg(family)));
-        for (const QString &name : found) {
-            for (double size : {9.0, 10.5}) {
-                QFont font(name);
-                font.setPointSizeF(size);
-                QTest::addRow("%s %g", qPrintable(name), size) << font;
-            }
-            QFont slanted(name, 11);
-            slanted.setBold(true);
-            slanted.setItalic(true);
-            QTest::addRow("%s bold italic", qPrintable(name)) << slanted;
+    for (const QString &name : testedFamilies()) {
+        for (double size : {9.0, 10.5}) {
+            QFont font(name);
+            font.setPointSizeF(size);
+            QTest::addRow("%s %g", qPrintable(name), size) << font;
         }
+        QFont slanted(name, 11);
+        slanted.setBold(true);
+        slanted.setItalic(true);
+        QTest::addRow("%s bold italic", qPrintable(name)) << slanted;
     }
 }
 
@@ -326,7 +361,15 @@ void TextWidthsTest::widestIsThatOfThePlainWay()
         list.removeItem(widest);
         compare();
     }
-    list.setSorting(3, false);
+    for (int column : {3, 0, 1, 2}) {
+        list.setSorting(column, column == 2);
+        compare();
+    }
+    // What goes and comes between rows that were sorted anew.
+    for (int i = 0; i < 10; ++i)
+        list.removeItem(list.itemAt(random.bounded(list.childCount())));
+    compare();
+    list.insertItems(rows(15));
     compare();
     QFont other("DejaVu Sans");
     other.setPointSizeF(font.pointSizeF() + 2);

@@ -17,6 +17,8 @@ private slots:
     void text_data();
     void text();
     void aroundSummerTime();
+    void aroundMidnight();
+    void followsASwitchOfTheTimeZone();
     void timesOutsideSigned32BitsShowTheNearestBound();
     void shortNamesAreTheSystemLocales();
     void sameAsTheToolkitsTextFormat();
@@ -51,6 +53,29 @@ void DateTextTest::aroundSummerTime()
     QCOMPARE(dateText(1792890000), QStringLiteral("Sun Oct 25 02:00:00 2026"));
 }
 
+void DateTextTest::aroundMidnight()
+{
+    const TimeZone zone("America/St_Johns");
+    QCOMPARE(dateText(1795231799), QStringLiteral("Fri Nov 20 23:59:59 2026"));
+    QCOMPARE(dateText(1795231800), QStringLiteral("Sat Nov 21 00:00:00 2026"));
+    QCOMPARE(dateText(1798774200), QStringLiteral("Fri Jan 1 00:00:00 2027"));
+    QCOMPARE(dateText(1798774199), QStringLiteral("Thu Dec 31 23:59:59 2026"));
+}
+
+void DateTextTest::followsASwitchOfTheTimeZone()
+{
+    const TimeZone zone("UTC");
+    const QByteArray basis = dateTextBasis();
+    QCOMPARE(dateText(1795221060), QStringLiteral("Sat Nov 21 00:31:00 2026"));
+    {
+        const TimeZone west("America/New_York");
+        QVERIFY(dateTextBasis() != basis);
+        QCOMPARE(dateText(1795221060), QStringLiteral("Fri Nov 20 19:31:00 2026"));
+    }
+    QCOMPARE(dateTextBasis(), basis);
+    QCOMPARE(dateText(1795221060), QStringLiteral("Sat Nov 21 00:31:00 2026"));
+}
+
 void DateTextTest::timesOutsideSigned32BitsShowTheNearestBound()
 {
     if constexpr (sizeof(std::time_t) > 4) {
@@ -76,6 +101,11 @@ void DateTextTest::sameAsTheToolkitsTextFormat()
         const TimeZone zone(name);
         for (qint64 seconds = INT_MIN; seconds <= INT_MAX; seconds += 7654321)
             QCOMPARE(dateText(std::time_t(seconds)), QDateTime::fromSecsSinceEpoch(seconds).toString(Qt::TextDate));
+        // Two days around each change of the clock in Berlin.
+        for (const qint64 change : {1774746000, 1792890000}) {
+            for (qint64 seconds = change - 86400; seconds <= change + 86400; seconds += 599)
+                QCOMPARE(dateText(std::time_t(seconds)), QDateTime::fromSecsSinceEpoch(seconds).toString(Qt::TextDate));
+        }
     }
 #else
     QSKIP("from Qt 6 on the toolkit's own text format is English only");
