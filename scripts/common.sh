@@ -7,10 +7,11 @@
 # shellcheck disable=SC2034 # some readers take only a part
 readonly build_root="$repository/build"
 
-say() { printf 'dev: %s\n' "$*"; }
+# Files are named from the repository on: inside a root it has another place.
+say() { printf 'dev: %s\n' "${*//"$repository/"/}"; }
 
 die() {
-    printf 'dev: %s\n' "$*" >&2
+    printf 'dev: %s\n' "${*//"$repository/"/}" >&2
     exit 1
 }
 

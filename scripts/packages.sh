@@ -12,10 +12,12 @@ packages_of() {
     done | sort -u
 }
 
-# missing_packages LIST...: those of them that are not installed.
+# missing_packages LIST...: those of them that are not installed. A root without /proc has no place
+# for bash's process substitution.
 missing_packages() {
-    comm -23 <(packages_of "$@") \
-        <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p' | sort -u)
+    local installed
+    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p')
+    packages_of "$@" | grep -vxF "$installed" || true
 }
 
 # Words in front of a command that needs root; fails where there is no way to become root unasked.
@@ -46,9 +48,10 @@ last_errors() { grep -E '^(E|W|Err)[: ]' "$1" | tail -n 5 | grep . || tail -n 5 
 # need_packages LIST...: install what is missing, or say in one message why that cannot be.
 need_packages() {
     have apt-get || die "this machine is not Debian (there is no apt-get). Needed are: $(packages_of "$@" | paste -sd' ')"
-    local missing=() log
-    mapfile -t missing < <(missing_packages "$@")
-    ((${#missing[@]})) || return 0
+    local list missing log
+    list=$(missing_packages "$@")
+    [[ -n $list ]] || return 0
+    mapfile -t missing <<<"$list"
     as_root true || die "these packages are missing and only root can install them:
   apt-get install --no-install-recommends ${missing[*]}
 Run that as root, then this command again."

@@ -31,7 +31,7 @@ start_window_manager() {
     beside openbox --sm-disable >"$private_dir/openbox.log" 2>&1
     local deadline=$((SECONDS + time_limit))
     until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
-        [[ $SECONDS -lt $deadline && -d /proc/${children[-1]} ]] ||
+        { ((SECONDS < deadline)) && kill -0 "${children[-1]}" 2>/dev/null; } ||
             die "the window manager does not start: $(tail -n 3 "$private_dir/openbox.log")"
     done
 }
