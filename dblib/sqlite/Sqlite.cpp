@@ -67,6 +67,7 @@ std::string reasonOf(int code, sqlite3 *db, const std::string &path)
         return "the database is damaged";
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL: // SQLite's own waiting came to an end
         return "the database is locked by another program";
     case SQLITE_CANTOPEN:
         return "the file cannot be opened or made" + system;

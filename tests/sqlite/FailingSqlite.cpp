@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <sqlite3.h>
+#include <utility>
 
 namespace
 {
@@ -14,6 +15,7 @@ bool armed = false;
 bool fromThenOn = false;
 int operationsLeft = 0;
 bool refused = false;
+std::function<void()> interruption;
 
 bool failsNow()
 {
@@ -21,6 +23,11 @@ bool failsNow()
         return false;
     }
     refused = true;
+    if (interruption) {
+        armed = false;
+        interruption();
+        return false;
+    }
     armed = fromThenOn;
     operationsLeft = 0;
     return true;
@@ -180,6 +187,12 @@ int fullPathname(sqlite3_vfs *, const char *name, int size, char *full)
     return failsNow() ? SQLITE_CANTOPEN : plainFiles->xFullPathname(plainFiles, name, size, full);
 }
 
+/** Within an interruption nobody else goes on meanwhile, so waiting is in vain. */
+int wait(sqlite3_vfs *, int microseconds)
+{
+    return interruption ? microseconds : plainFiles->xSleep(plainFiles, microseconds);
+}
+
 void require(int code)
 {
     if (code != SQLITE_OK) {
@@ -203,6 +216,7 @@ const bool installed = [] {
     files.xDelete = deleteFile;
     files.xAccess = access;
     files.xFullPathname = fullPathname;
+    files.xSleep = wait;
     require(sqlite3_vfs_register(&files, 1));
     return true;
 }();
@@ -216,11 +230,19 @@ void refuse(int n, bool onwards)
     fromThenOn = onwards;
     operationsLeft = n;
     refused = false;
+    interruption = nullptr;
+}
+
+void interrupt(int n, std::function<void()> action)
+{
+    refuse(n, false);
+    interruption = std::move(action);
 }
 
 bool grant()
 {
     armed = false;
+    interruption = nullptr;
     return refused;
 }
 } // namespace FailingFiles
