@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listview.h"
 
+#include "listaccess.h"
+
 #include "toolkit.h"
 
 #include <QApplication>
@@ -26,12 +28,24 @@ namespace
 {
 // A hidden column stays this wide, so that its edge can still be pulled out by hand.
 constexpr int NarrowestColumn = 2;
+
+/** Tells a screen reader, if there is one, what happened to a row. */
+void tell(ListView *list, QAccessible::Event what, const QModelIndex &index)
+{
+    if (!QAccessible::isActive() || !index.isValid())
+        return;
+    QAccessibleEvent event(list, what);
+    event.setChild(ListAccess::childNumber(list, index.row(), index.column()));
+    QAccessible::updateAccessibility(&event);
+}
 } // namespace
 
 ListView::ListView(QWidget *parent)
     : QTreeView(parent)
     , m_model(new ListModel(this))
 {
+    static const bool accessible = (ListAccess::install(), true);
+    Q_UNUSED(accessible)
     setModel(m_model);
     setRootIsDecorated(false);
     setItemsExpandable(false);
@@ -707,11 +721,17 @@ void ListView::currentChanged(const QModelIndex &current, const QModelIndex &pre
     // The focus is drawn round the whole row.
     updateRow(previous);
     updateRow(current);
+    if (hasFocus())
+        tell(this, QAccessible::Focus, current);
 }
 
 void ListView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
 {
     QAbstractItemView::selectionChanged(selected, deselected);
+    if (!selected.isEmpty())
+        tell(this, QAccessible::Selection, selected.first().topLeft());
+    else if (!deselected.isEmpty())
+        tell(this, QAccessible::SelectionRemove, deselected.first().topLeft());
 }
 
 QModelIndex ListView::moveCursor(CursorAction action, Qt::KeyboardModifiers)
