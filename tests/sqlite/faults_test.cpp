@@ -88,15 +88,29 @@ protected:
         store.putEvents(many);
     }
 
-    /** Expects that opening, the fetch and the put all fail for `reason`. */
+    /** Expects that each of the ten functions fails for `reason`. */
     void expectRefusal(const std::string &reason)
     {
         const CapturedOutput errors(stderr);
+        EXPECT_NE(InitDBSensors(ConfigWD), 0);
         EXPECT_NE(initialise(), 0);
+        EXPECT_NE(InitDBCommands(ConfigWD), 0);
+        int n = 0;
+        CSensor *sensors = nullptr;
+        EXPECT_NE(DBGetSensors(&n, &sensors, nullptr), 0);
         EXPECT_EQ(count(), -1);
+        CMessageCommandRequest request = commandsWanted(10);
+        CMessageCommand *commands = nullptr;
+        EXPECT_NE(DBGetCommands(&n, &commands, &request, nullptr), 0);
         EXPECT_NE(put(), 0);
-        EXPECT_THAT(errors.text(), AllOf(HasSubstr("cannot read events: " + named()),
-                                         HasSubstr("cannot store an event: " + named()), HasSubstr(reason)));
+        CMessageCommand command = makeCommand("sensor", CommandKill, 0);
+        EXPECT_NE(DBPutCommand(command), 0);
+        EXPECT_NE(FDBDeleteEvent(1), 0);
+        EXPECT_NE(FDBDeleteCommand(1), 0);
+        for (const char *failed : {"open the database", "read sensors", "read events", "read commands",
+                                   "store an event", "store a command", "delete an event", "delete a command"}) {
+            EXPECT_THAT(errors.text(), HasSubstr("cannot " + std::string(failed) + ": " + named() + ": " + reason));
+        }
     }
 
     /** Runs `body` in a child that may spoil its own world; the child's expectations count as this test's. */
@@ -387,6 +401,40 @@ TEST_F(FaultTest, LockedFile)
     EXPECT_EQ(status, 0);
     EXPECT_EQ(put(), 0);
     EXPECT_EQ(count(), 2);
+}
+
+TEST_F(FaultTest, FileLockedForReadersToo)
+{
+    fill(10);
+    int ready[2];
+    int done[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    ASSERT_EQ(::pipe(done), 0);
+    const pid_t other = ::fork();
+    if (other == 0) {
+        Sqlite::Connection connection(database(), Sqlite::Durability::Crash, 100);
+        connection.run("PRAGMA locking_mode=EXCLUSIVE; BEGIN IMMEDIATE; DELETE FROM event; COMMIT");
+        char byte = 0;
+        const bool told = ::write(ready[1], &byte, 1) == 1;
+        ::_exit(told && ::read(done[0], &byte, 1) == 1 ? 0 : 1);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    {
+        const CapturedOutput errors(stderr);
+        EXPECT_NE(initialise(), 0);
+        EXPECT_EQ(count(), -1);
+        EXPECT_THAT(errors.text(),
+                    HasSubstr("cannot open the database: " + named() + ": the database is locked by another program"));
+        EXPECT_THAT(errors.text(),
+                    HasSubstr("cannot read events: " + named() + ": the database is locked by another program"));
+    }
+    ASSERT_EQ(::write(done[1], &byte, 1), 1);
+    int status = -1;
+    ::waitpid(other, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(count(), 0) << "without a new initialisation";
+    EXPECT_EQ(put(), 0);
 }
 
 TEST_F(FaultTest, NewerVersion)

@@ -16,23 +16,40 @@ namespace
 {
 constexpr int Kills = 200;
 
-/** Writes one record after the other and tells each identifier through `pipe`; never returns. */
+/** What a writer tells through its pipe: each change when it was confirmed, a delete also before. */
+struct Told {
+    enum What { EventStored, CommandStored, DeletingEvent, EventDeleted } what;
+    int id;
+};
+
+void tell(int pipe, Told::What what, int id)
+{
+    const Told told = {what, id};
+    if (::write(pipe, &told, sizeof told) != ssize_t(sizeof told)) {
+        ::_exit(1);
+    }
+}
+
+/** Writes one record after the other, deletes some, and tells it through `pipe`; never returns. */
 [[noreturn]] void writeUntilKilled(const std::string &path, int pipe)
 {
     try {
         Store store(path, Sqlite::Durability::PowerLoss);
         const std::vector<NewMessage> many(1500);
-        for (int i = 0;; ++i) {
-            int id = 0;
+        for (int i = 0, id = 0;; ++i) {
             if (i % 50 == 49) {
-                id = store.putEvents(many);
+                tell(pipe, Told::EventStored, store.putEvents(many));
+            } else if (i % 5 == 2) {
+                tell(pipe, Told::CommandStored, store.put(makeCommand("sensor" + std::to_string(i % 9), 1, i)));
+            } else if (i % 5 == 3 && id > 0) {
+                tell(pipe, Told::DeletingEvent, id);
+                store.deleteEvent(id);
+                tell(pipe, Told::EventDeleted, id);
             } else {
                 CMessageEvent event = makeEvent("sensor" + std::to_string(i % 9), "event" + std::to_string(i), i);
                 addInteger(event, "i", i);
                 id = store.put(event);
-            }
-            if (::write(pipe, &id, sizeof id) != ssize_t(sizeof id)) {
-                ::_exit(1);
+                tell(pipe, Told::EventStored, id);
             }
         }
     } catch (const std::exception &error) {
@@ -41,11 +58,38 @@ constexpr int Kills = 200;
     ::_exit(1);
 }
 
+/** Identifiers of what has to be in the store, and of what must not. */
+struct Confirmed {
+    std::set<int> events;
+    std::set<int> commands;
+    std::set<int> deleted;
+
+    void add(const Told &told)
+    {
+        switch (told.what) {
+        case Told::EventStored:
+            EXPECT_TRUE(events.insert(told.id).second) << "event identifier " << told.id << " was given twice";
+            EXPECT_EQ(deleted.count(told.id), 0U) << "event identifier " << told.id << " was given again";
+            break;
+        case Told::CommandStored:
+            EXPECT_TRUE(commands.insert(told.id).second) << "command identifier " << told.id << " was given twice";
+            break;
+        case Told::DeletingEvent:
+            // From here on it may be there or not.
+            events.erase(told.id);
+            break;
+        case Told::EventDeleted:
+            deleted.insert(told.id);
+            break;
+        }
+    }
+};
+
 /**
  * Lets a writer live for some time, counted from its start or from its first
  * record; what it was told to be stored is added to `confirmed`.
  */
-void runAndKill(const std::string &path, bool afterFirst, int microseconds, std::set<int> &confirmed)
+void runAndKill(const std::string &path, bool afterFirst, int microseconds, Confirmed &confirmed)
 {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
@@ -55,21 +99,44 @@ void runAndKill(const std::string &path, bool afterFirst, int microseconds, std:
         writeUntilKilled(path, ends[1]);
     }
     ::close(ends[1]);
+    Told told = {};
     if (afterFirst) {
-        int id = 0;
-        ASSERT_EQ(::read(ends[0], &id, sizeof id), ssize_t(sizeof id));
-        confirmed.insert(id);
+        ASSERT_EQ(::read(ends[0], &told, sizeof told), ssize_t(sizeof told));
+        confirmed.add(told);
     }
     // The moment is drawn, not waited for: any moment has to do.
     ::usleep(useconds_t(microseconds));
     ::kill(writer, SIGKILL);
-    for (int id = 0; ::read(ends[0], &id, sizeof id) == ssize_t(sizeof id);) {
-        EXPECT_TRUE(confirmed.insert(id).second) << "identifier " << id << " was given twice";
+    while (::read(ends[0], &told, sizeof told) == ssize_t(sizeof told)) {
+        confirmed.add(told);
     }
     ::close(ends[0]);
     int status = 0;
     ::waitpid(writer, &status, 0);
     EXPECT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
+}
+
+void expectWhatWasConfirmed(Store &store, const Confirmed &confirmed)
+{
+    const auto events = store.events(eventsWanted(INT_MAX));
+    std::set<int> stored;
+    for (int i = 0; i < events->size(); ++i) {
+        stored.insert((*events)[i].MessageID);
+    }
+    for (const int id : confirmed.events) {
+        ASSERT_EQ(stored.count(id), 1U) << "event " << id;
+    }
+    for (const int id : confirmed.deleted) {
+        ASSERT_EQ(stored.count(id), 0U) << "deleted event " << id;
+    }
+    const auto commands = store.commands(commandsWanted(INT_MAX));
+    std::set<int> storedCommands;
+    for (int i = 0; i < commands->size(); ++i) {
+        storedCommands.insert((*commands)[i].CommandID);
+    }
+    for (const int id : confirmed.commands) {
+        ASSERT_EQ(storedCommands.count(id), 1U) << "command " << id;
+    }
 }
 
 std::string integrity(Store &store)
@@ -95,26 +162,23 @@ TEST(Kill, NothingThatWasConfirmedIsLost)
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    std::set<int> confirmed;
+    Confirmed confirmed;
+    std::size_t deletes = 0;
     for (int i = 0; i < Kills; ++i) {
+        SCOPED_TRACE("after kill " + std::to_string(i));
         runAndKill(path, i % 4 != 0, int(random() % 20000), confirmed);
         Store store(path, Sqlite::Durability::PowerLoss);
-        ASSERT_EQ(integrity(store), "ok") << "after kill " << i;
-        const auto events = store.events(eventsWanted(INT_MAX));
-        std::set<int> stored;
-        for (int k = 0; k < events->size(); ++k) {
-            stored.insert((*events)[k].MessageID);
-        }
-        for (const int id : confirmed) {
-            ASSERT_EQ(stored.count(id), 1U) << "event " << id << " after kill " << i;
-        }
-        // Keeps the checks short, and deletes are part of the life of a store.
-        if (events->size() > 5000) {
+        ASSERT_EQ(integrity(store), "ok");
+        ASSERT_NO_FATAL_FAILURE(expectWhatWasConfirmed(store, confirmed));
+        // Keeps the checks short.
+        if (store.connection().number("SELECT count(*) FROM event") > 5000) {
             ASSERT_EQ(rowsOutsideTheirZones(store), 0);
-            store.connection().run("DELETE FROM event");
-            confirmed.clear();
+            store.connection().run("DELETE FROM event; DELETE FROM command");
+            deletes += confirmed.deleted.size();
+            confirmed = {};
         }
     }
+    EXPECT_GT(deletes + confirmed.deleted.size(), 0U) << "nothing was deleted";
     Store store(path, Sqlite::Durability::PowerLoss);
     EXPECT_EQ(rowsOutsideTheirZones(store), 0);
     EXPECT_GT(store.connection().number("SELECT seq FROM sqlite_sequence WHERE name = 'event'"), Kills)

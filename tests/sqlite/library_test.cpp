@@ -405,6 +405,24 @@ TEST_F(LibraryTest, AForkedChildHasAConnectionOfItsOwn)
     EXPECT_EQ(eventCount(), 3);
 }
 
+TEST_F(LibraryTest, TheDatabaseIsClosedWhenTheProgramEnds)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        CMessageEvent event = makeEvent("s", "e", 0);
+        const bool stored = FInitDBEvents(folder.file("Config").c_str()) == 0 && FDBPutEvent(&event) == 0 &&
+                            std::filesystem::exists(database() + "-wal");
+        std::exit(stored ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(std::filesystem::exists(database() + "-wal")) << "the last one to close the file takes it away";
+    EXPECT_FALSE(std::filesystem::exists(database() + "-shm"));
+    initialise();
+    EXPECT_EQ(eventCount(), 1);
+}
+
 TEST_F(LibraryTest, AReplacedFileIsOpenedAnew)
 {
     initialise();

@@ -8,11 +8,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <map>
+#include <pty.h>
 #include <set>
 #include <sstream>
 #include <sys/wait.h>
@@ -455,6 +457,27 @@ TEST_F(ProgramTest, EndsCleanlyOnSignals)
     }
     Store store(database, Sqlite::Durability::Crash);
     EXPECT_EQ(store.connection().number("SELECT count(*) FROM pragma_integrity_check WHERE integrity_check = 'ok'"), 1);
+}
+
+TEST_F(ProgramTest, ShowsOneLineOnATerminal)
+{
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        ::execl(SENSOR_SIM, SENSOR_SIM, "--config", folder.file("Config").c_str(), "--rate", "100", "--duration", "2.2",
+                nullptr);
+        ::_exit(127);
+    }
+    std::string shown;
+    char bytes[256];
+    for (ssize_t n = 0; (n = ::read(terminal, bytes, sizeof bytes)) > 0;) {
+        shown.append(bytes, std::size_t(n));
+    }
+    ::close(terminal);
+    EXPECT_EQ(end(child), 0);
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 1) << shown;
+    EXPECT_GE(std::count(shown.begin(), shown.end(), '\r'), 3) << "it is written over: " << shown;
+    EXPECT_THAT(shown, HasSubstr("\rsensor-sim: 30 sensors, 0 dead, 220 events written, 0 commands carried out"));
 }
 
 TEST_F(ProgramTest, ObeysTheCommandsOfAnotherProcess)

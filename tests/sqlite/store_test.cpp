@@ -481,6 +481,32 @@ TEST_F(StoreTest, AnOlderVersionIsBroughtUpToDate)
     EXPECT_EQ(integrity(), "ok");
 }
 
+TEST_F(StoreTest, AnUpgradeThatFailsChangesNothing)
+{
+    store.reset();
+    std::filesystem::remove_all(folder.file("Data"));
+    std::filesystem::create_directories(folder.file("Data/deep"));
+    {
+        Sqlite::Connection connection(path, Sqlite::Durability::Crash, 100);
+        Schema::createOlder(connection, 1);
+        // In the way of the last steps only: those for events have been done by then.
+        connection.run(
+            "INSERT INTO event_series VALUES(1, 1, 1, 's', 'e'); INSERT INTO event(series, time) VALUES(1, 5);"
+            "CREATE TABLE command_by_time(x)");
+    }
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_THROW(Store(path, Sqlite::Durability::Crash), Sqlite::Error);
+        Sqlite::Connection connection(path, Sqlite::Durability::Crash, 100);
+        EXPECT_EQ(connection.number("PRAGMA user_version"), 1);
+        EXPECT_EQ(connection.number("SELECT count(*) FROM sqlite_schema WHERE name LIKE 'event_zone%'"), 0);
+        EXPECT_EQ(connection.number("SELECT count(*) FROM event"), 1);
+    }
+    Sqlite::Connection(path, Sqlite::Durability::Crash, 100).run("DROP TABLE command_by_time");
+    reopen();
+    EXPECT_EQ(store->connection().number("PRAGMA user_version"), Schema::Version);
+    EXPECT_EQ(store->events(eventsWanted(10))->size(), 1);
+}
+
 TEST_F(StoreTest, TheZonesOfVersion2AreReplaced)
 {
     store->put(makeEvent("s", "e", 500));
