@@ -20,31 +20,6 @@ namespace
 enum Kind { Sensors, Events, Commands };
 const char *const kindNames[] = {"Sensors", "Events", "Commands"};
 
-/** Dismisses every box and notes caption and text. */
-class BoxNotes
-{
-public:
-    BoxNotes()
-    {
-        QObject::connect(&m_poll, &QTimer::timeout, &m_poll, [this] {
-            QMessageBox *box = openBox();
-            if (!box)
-                return;
-            m_notes << box->windowTitle() + '|' + box->text();
-            QTest::keyClick(box, Qt::Key_Return);
-        });
-        m_poll.start(1);
-    }
-    const QStringList &notes() const
-    {
-        return m_notes;
-    }
-
-private:
-    QTimer m_poll;
-    QStringList m_notes;
-};
-
 /** One of the three windows. */
 class AnyWindow
 {
@@ -109,7 +84,7 @@ private:
 /** Whether the library's C functions are used: they have a store of their own and write down less. */
 bool isInC(const QString &library)
 {
-    return library == "c" || library == "both" || library.startsWith("missing-c-");
+    return library == "c" || library == "both" || library == "null-symbol" || library.startsWith("missing-c-");
 }
 
 /** What the window shows of a library that gives all it has. */
@@ -185,6 +160,10 @@ private slots:
     void exceptionsLeaveNoRows_data();
     void exceptionsLeaveNoRows();
     void exceptionOfTheSizeQueryIsAWrongAnswer();
+    void exceptionOfAnOrderIsToldAndNoMore();
+    void exceptionOfADeletionIsToldAndTheRowGoes_data();
+    void exceptionOfADeletionIsToldAndTheRowGoes();
+    void exceptionOfAnInitialiserLeavesTheListAsTheSourceIs();
     void missingSymbols_data();
     void missingSymbols();
 
@@ -462,6 +441,63 @@ void ContractWindowsTest::exceptionOfTheSizeQueryIsAWrongAnswer()
         QVERIFY2(note.contains("return incorrect value"), qPrintable(note));
 }
 
+void ContractWindowsTest::exceptionOfAnOrderIsToldAndNoMore()
+{
+    use("throws-put");
+    const BoxNotes boxes;
+    const Output output = captured([&] {
+        AnyWindow window(Sensors);
+        window.sensors()->itemSelected = window.list()->firstChild();
+        QVERIFY(QMetaObject::invokeMethod(window.sensors(), "FStop"));
+        QCOMPARE(window.rows(), allRows(Sensors));
+    });
+    QCOMPARE(log().last(), QString("FDBPutCommand type=1 sensor=sensor1 command=2"));
+    QCOMPARE(QString(output.err), QString("FDBPutCommand threw an exception: the store is gone\n"));
+    QVERIFY(output.out.endsWith("DBPutCommand<\nDBPutCommand<\n"));
+    QCOMPARE(boxes.notes(), QStringList());
+}
+
+void ContractWindowsTest::exceptionOfADeletionIsToldAndTheRowGoes_data()
+{
+    QTest::addColumn<Kind>("kind");
+    QTest::newRow("Events") << Events;
+    QTest::newRow("Commands") << Commands;
+}
+
+void ContractWindowsTest::exceptionOfADeletionIsToldAndTheRowGoes()
+{
+    QFETCH(Kind, kind);
+    use("throws-delete");
+    const BoxNotes boxes;
+    const QString function = kind == Events ? "DBDeleteEvent" : "DBDeleteCommand";
+    const QStringList rows = allRows(kind);
+    const Output output = captured([&] {
+        AnyWindow window(kind);
+        window.removeFirstRow();
+        QCOMPARE(window.rows(), QStringList(rows.mid(1)));
+    });
+    QCOMPARE(log().last(), QString("F%1 %2").arg(function, rows.first()));
+    QCOMPARE(QString(output.err), QString("F%1 threw an exception: the store is gone\n").arg(function));
+    QVERIFY(QString(output.out).endsWith(QString("%1<\n%1> \n").arg(function)));
+    QCOMPARE(boxes.notes().size(), 1); // the question
+}
+
+void ContractWindowsTest::exceptionOfAnInitialiserLeavesTheListAsTheSourceIs()
+{
+    use("throws-init");
+    const BoxNotes boxes;
+    const Output output = captured([&] {
+        AnyWindow window(Sensors);
+        QCOMPARE(window.rows(), QStringList());
+        window.sensors()->FUpdateData();
+        QCOMPARE(window.rows(), QStringList());
+    });
+    const QString load = traceOf(Sensors, 0, 0);
+    QCOMPARE(QString(output.out), load + "InitDBSensors<\nInitDBSensors> \n" + load);
+    QCOMPARE(QString(output.err), QString("FInitDBSensors threw an exception: the store is gone\n"));
+    QCOMPARE(boxes.notes(), QStringList());
+}
+
 void ContractWindowsTest::missingSymbols_data()
 {
     QTest::addColumn<QString>("name");
@@ -469,6 +505,8 @@ void ContractWindowsTest::missingSymbols_data()
         QTest::addRow("C++ %d", place) << QString("missing-cxx-%1").arg(place);
     for (int place = 0; place < 7; ++place)
         QTest::addRow("C %d", place) << QString("missing-c-%1").arg(place);
+    QTest::newRow("C++ symbol without an address") << "null-symbol";
+    QTest::newRow("nothing, as it cannot be loaded") << "unresolved";
 }
 
 /** Where the rows of a list come from, by the functions that were found. */

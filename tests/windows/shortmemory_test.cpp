@@ -4,14 +4,17 @@
 // Lists that run out of memory while records become rows: the first, the
 // second, ... allocation after the fetch fails. Later ones are the list's, and
 // Qt's, which cannot do without memory.
+#include "DBFuns.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
 #include "cwd_sensorslist.h"
 #include "failingallocation.h"
 #include "informationbox.h"
+#include "libraryfixture.h"
 #include "recordkinds.h"
 #include "windowtestbase.h"
 
+#include <QTemporaryDir>
 #include <climits>
 
 namespace
@@ -62,6 +65,8 @@ private slots:
     void incrementalFetchLosesNothing();
     void reloadLeavesTheListEmpty_data();
     void reloadLeavesTheListEmpty();
+    void aCountBeyondMemoryIsToldAndLeavesTheListEmpty_data();
+    void aCountBeyondMemoryIsToldAndLeavesTheListEmpty();
 };
 
 void ShortMemoryTest::init()
@@ -172,6 +177,48 @@ void ShortMemoryTest::reloadLeavesTheListEmpty()
         reload(EventsKind());
     else
         reload(CommandsKind());
+}
+
+void ShortMemoryTest::aCountBeyondMemoryIsToldAndLeavesTheListEmpty_data()
+{
+    QTest::addColumn<int>("loads");
+    QTest::newRow("Sensors") << 1;
+    QTest::newRow("Events") << 2;
+    QTest::newRow("Commands") << 1;
+}
+
+/** The texts of column 0 of a window of this kind. */
+static QStringList rowsOf(const QString &kind)
+{
+    if (kind == "Sensors")
+        return columnTexts(CWD_SensorsList(nullptr, "A list").SensorsList, 0);
+    if (kind == "Events")
+        return columnTexts(CWD_EventsList(nullptr, "A list", nullptr).listMessages, 0);
+    return columnTexts(CWD_CommandsList(nullptr, "A list", nullptr).listCommands, 0);
+}
+
+void ShortMemoryTest::aCountBeyondMemoryIsToldAndLeavesTheListEmpty()
+{
+    QFETCH(int, loads);
+    const QString kind = QTest::currentDataTag();
+    const QTemporaryDir folder;
+    LibraryFixture::forgetLibrary();
+    LibraryFixture::captured([] {
+        LoadDLL(LibraryFixture::libraryFolder("huge-count"));
+        InitDBSensors(QString());
+        InitDBEvents(QString());
+        InitDBCommands(QString());
+    });
+    qputenv(ContractCallLog, QFile::encodeName(folder.filePath("calls")));
+    const BoxNotes boxes;
+    QCOMPARE(rowsOf(kind), QStringList());
+    const QString box = QString("|DBGet%1: not enough memory for %2 records").arg(kind).arg(INT_MAX);
+    QCOMPARE(boxes.notes(), loads == 1 ? QStringList(box) : QStringList({box, box}));
+    const QByteArray calls = LibraryFixture::read(folder.filePath("calls"));
+    QCOMPARE(calls.count(" fetch"), loads);
+    QCOMPARE(calls.count(" release"), loads);
+    QVERIFY(!calls.contains("release-"));
+    qunsetenv(ContractCallLog);
 }
 
 QTEST_MAIN(ShortMemoryTest)

@@ -49,6 +49,31 @@ int openBoxes();
 
 /** As soon as a message box is open: notes its text and presses a button of it. */
 void answerBox(QMessageBox::StandardButton button, QString *text = nullptr);
+/** Dismisses every box and notes caption and text. */
+class BoxNotes
+{
+public:
+    BoxNotes()
+    {
+        QObject::connect(&m_poll, &QTimer::timeout, &m_poll, [this] {
+            QMessageBox *box = openBox();
+            if (!box)
+                return;
+            m_notes << box->windowTitle() + '|' + box->text();
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        m_poll.start(1);
+    }
+    const QStringList &notes() const
+    {
+        return m_notes;
+    }
+
+private:
+    QTimer m_poll;
+    QStringList m_notes;
+};
+
 /** As soon as a context menu is open: runs `act` with it. */
 void onMenu(const std::function<void(QMenu *)> &act);
 /** Clicks the entry with this text in an open menu. */
