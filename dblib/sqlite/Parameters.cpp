@@ -306,7 +306,9 @@ CMessageEventParam *ParameterReader::read(Arena &arena, std::string_view stored,
     next = arena.copy(stored);
     end = next + stored.size();
     escapes = std::memchr(next, '\\', stored.size()) != nullptr;
-    if (!parse(arena)) {
+    // A NUL would end a text before its length.
+    const bool readable = std::memchr(next, '\0', stored.size()) == nullptr && parse(arena);
+    if (!readable) {
         static char name[] = "params";
         const std::string_view text = stored.substr(0, stored.find('\0'));
         entries.clear();

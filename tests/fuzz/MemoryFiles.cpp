@@ -198,6 +198,8 @@ std::map<std::string, MemoryFile> &memoryFiles()
 
 void useMemoryFiles()
 {
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
     static sqlite3_vfs vfs = {};
     vfs.iVersion = 1;
     vfs.szOsFile = sizeof(OpenFile);
