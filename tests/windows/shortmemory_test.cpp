@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Lists that run out of memory while records become rows: the first, the
-// second, ... allocation after the fetch fails. Later ones are the list's, and
-// Qt's, which cannot do without memory.
+// second, ... allocation after the fetch fails. The first ones are the rows',
+// those behind them the list's and Qt's, with which it measures texts. Qt
+// itself loses memory then, and cannot do without it much further on.
 #include "DBFuns.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
@@ -19,7 +20,7 @@
 
 namespace
 {
-/** Each row is one allocation at least: that many can fail before the list is reached. */
+/** So many records, and so many allocations that fail in turn. */
 constexpr int RecordCount = 40;
 
 int refuseAfterFetch = -1; ///< number of the allocation to fail, from 0
