@@ -56,12 +56,16 @@ wait_for() {
     done
 }
 
-# The programs that play the sensors, those that wait for their turn, and the console of a run.
-regex_of() { python3 -c 'import re, sys; print(re.escape(sys.argv[1]))' "$1"; }
-playing_pattern="$(regex_of "$simulator") --config $(regex_of "$folder")/.*"
-waiting_pattern="flock --no-fork $(regex_of "$folder")/.*"
-playing() { pgrep -fx "$playing_pattern" || true; }
-waiting() { pgrep -fx "$waiting_pattern" || true; }
+# processes_of START: those whose command line begins so. Some play the sensors, some wait for their turn.
+processes_of() {
+    local file words
+    for file in /proc/[0-9]*/cmdline; do
+        { mapfile -d '' -t words <"$file"; } 2>/dev/null || continue
+        [[ "${words[*]}" != "$1"* ]] || printf '%s\n' "${file//[!0-9]/}"
+    done
+}
+playing() { processes_of "$simulator --config $folder/"; }
+waiting() { processes_of "flock --no-fork $folder/"; }
 console_of() { cat "$folder/$1.console"; }
 gone() { ! kill -0 "$1" 2>/dev/null; }
 nothing_left() { [[ -z $(playing) && -z $(waiting) ]]; }
