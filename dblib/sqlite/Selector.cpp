@@ -241,12 +241,17 @@ void Selector::Work::visitZones(int level, std::int64_t low, std::int64_t high)
     const int shift = Schema::ZoneShifts[level];
     Sqlite::Statement &zones = statements.zones[std::size_t(level)];
     const Sqlite::Resetter reset(zones);
-    zones.bind(1, low >> shift).bind(2, high >> shift).bind(3, selection.timeLow).bind(4, selection.timeHigh);
+    const std::int64_t first = low >> shift;
+    const std::int64_t end = high >> shift;
+    zones.bind(1, first).bind(2, end).bind(3, selection.timeLow).bind(4, selection.timeHigh);
     std::optional<std::int64_t> last;
     while (remaining > 0 && zones.step()) {
         checkOrder(last, zones.number(0));
+        if (*last < first || *last > end) {
+            throw Sqlite::Error(selector.path, "the database is damaged: a zone out of its range");
+        }
         const bool certain = zones.number(1) >= selection.timeLow && zones.number(2) <= selection.timeHigh;
-        visitZone(level, zones.number(0), certain);
+        visitZone(level, *last, certain);
     }
 }
 

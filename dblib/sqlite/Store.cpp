@@ -5,7 +5,6 @@
 #include "Clock.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <limits>
@@ -199,7 +198,8 @@ int livenessOf(const StoredSensor &sensor, std::int64_t now, int deadAfter)
         return 0;
     }
     // A sign of life from the future tells of a clock put back, not of a live sensor.
-    return std::abs(now - *sensor.keepAlive) <= deadAfter ? SensorAlive : SensorDead;
+    const bool isRecent = *sensor.keepAlive >= now - deadAfter && *sensor.keepAlive <= now + deadAfter;
+    return isRecent ? SensorAlive : SensorDead;
 }
 
 const std::string &withFolder(const std::string &path)
@@ -512,7 +512,7 @@ void Store::noteMessage(const NewMessage &event)
 int Store::newestIdentifier(Table &table)
 {
     const Sqlite::Resetter reset(table.newest);
-    return table.newest.step() ? checkedIdentifier(table.newest.number(0)) : 0;
+    return table.newest.step() ? checkedIdentifier(std::max<std::int64_t>(0, table.newest.number(0))) : 0;
 }
 
 int Store::putEvents(const std::vector<NewMessage> &events)
@@ -521,8 +521,8 @@ int Store::putEvents(const std::vector<NewMessage> &events)
     Table &table = *eventTable;
     table.series.refresh();
     const std::int64_t newest = newestIdentifier(table);
+    const int firstId = checkedIdentifier(newest + 1);
     checkedIdentifier(newest + std::int64_t(events.size()));
-    const int firstId = int(newest) + 1;
     const std::vector<int> series = findSeries(table, events);
     widenZones(table, events, firstId);
     const bool many = events.size() >= ManyRows;
