@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Lists that run out of memory while records become rows: the first, the
-// second, ... allocation after the fetch fails. The first ones are the rows',
-// those behind them the list's and Qt's, with which it measures texts. Qt
-// itself loses memory then, and cannot do without it much further on.
+// second, ... allocation after the fetch fails. Later ones are the list's, and
+// Qt's, which cannot do without memory.
 #include "DBFuns.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
@@ -17,10 +16,11 @@
 
 #include <QTemporaryDir>
 #include <climits>
+#include <string>
 
 namespace
 {
-/** So many records, and so many allocations that fail in turn. */
+/** Each record has a new name, which takes an allocation at least: that many can fail before the list is reached. */
 constexpr int RecordCount = 40;
 
 int refuseAfterFetch = -1; ///< number of the allocation to fail, from 0
@@ -53,6 +53,15 @@ template <class Kind> auto &store(Kind)
         return eventStore;
     else
         return commandStore;
+}
+
+/** Gives each record a sensor's name that no window has met in an earlier run. */
+template <class Record> void renameAll(std::vector<Record> &records, int run)
+{
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const std::string name = "a name that no small string holds " + std::to_string(run) + '-' + std::to_string(i);
+        CopyPtr(&records[i].SensorID, &records[i].LSensorID, name.c_str(), int(name.size()) + 1);
+    }
 }
 } // namespace
 
@@ -123,6 +132,7 @@ template <class Kind> static void fetchNew(Kind kind)
         addParameter(record, "unit", "a text that no small string holds");
     QStringList shown;
     for (int n = 0; n < RecordCount; ++n) {
+        renameAll(store(kind).records, n);
         QVERIFY(runShort(n, shown, [&] { Kind::getNew(&window); }));
         QCOMPARE(shown, QStringList("Not enough memory for the list"));
         QCOMPARE(columnTexts(list, 2), QStringList({"1", "2", "3"}));
@@ -160,6 +170,7 @@ template <class Kind> static void reload(Kind kind)
     QCOMPARE(list->childCount(), RecordCount);
     QStringList shown;
     for (int n = 0; n < RecordCount; ++n) {
+        renameAll(store(kind).records, n);
         QVERIFY(runShort(n, shown, [&] { window.onUpdateList(); }));
         QCOMPARE(list->childCount(), 0);
         QCOMPARE(window.iLast, 0);
