@@ -74,12 +74,14 @@ std::string fault(int file)
 std::string LibraryFileFault(const char *path)
 {
     const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    const std::string reason = file < 0 ? std::strerror(errno) : fault(file);
-    if (file >= 0) {
-        close(file);
+    if (file < 0) {
+        const std::string reason = std::strerror(errno);
+        return std::string(path) + ": " + reason;
     }
+    const std::string reason = fault(file);
+    close(file);
     if (reason.empty()) {
         return {};
     }
-    return std::string(path) + (file < 0 || reason.rfind("is ", 0) != 0 ? ": " : " ") + reason;
+    return std::string(path) + (reason.rfind("is ", 0) == 0 ? " " : ": ") + reason;
 }

@@ -97,7 +97,8 @@ void TestExampleDB::itExportsTheTenFunctionsAndNeedsNoToolkit()
     for (const DBSymbol &symbol : DBSymbols) {
         QVERIFY2(symbols.contains(QByteArray(" T ") + symbol.cxx + '\n'), symbol.cxx);
     }
-    QCOMPARE(symbols.count(" T "), int(DBFunctionCount));
+    // The counters of a coverage build bring a function of their own.
+    QCOMPARE(symbols.count(" T ") - symbols.count(" T mangle_path\n"), int(DBFunctionCount));
     tool.start("readelf", {"-d", folder() + "/DBLib.a"});
     QVERIFY(tool.waitForFinished());
     const QByteArray needed = tool.readAllStandardOutput();

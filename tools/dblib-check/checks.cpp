@@ -8,7 +8,7 @@ std::vector<Check> gathered()
 {
     std::vector<Check> all;
     for (const auto &group : {fileChecks(), preparationChecks(), callChecks(), processChecks(), answerChecks(),
-                              enduranceChecks(), writeChecks()}) {
+                              enduranceChecks(), writeChecks(), largeAnswerChecks()}) {
         all.insert(all.end(), group.begin(), group.end());
     }
     return all;

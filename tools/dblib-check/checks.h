@@ -52,6 +52,7 @@ struct Check {
     bool advisory = false; ///< asks for more than the console relies on: failures become warnings
     bool silent = false;   ///< a pass becomes a warning when anything was printed
     Leave leave = Leave::AtOnce;
+    int patience = 1; ///< how many times the time limit this check has
 };
 
 /** All checks in the order in which they run. */
@@ -65,6 +66,7 @@ std::vector<Check> answerChecks();
 std::vector<Check> processChecks();
 std::vector<Check> enduranceChecks();
 std::vector<Check> writeChecks();
+std::vector<Check> largeAnswerChecks();
 
 /** The library, loaded and initialised as the console does at its start. */
 class Session

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "disk.h"
 #include "installation.h"
 #include "isolate.h"
 #include "options.h"
@@ -46,6 +47,9 @@ std::string configDirectory(const Options &options, const std::string &spare)
     return fs::is_directory(beside) ? fs::canonical(beside).string() : spare;
 }
 
+/** The check that finds out whether the copy is what is written to. */
+const std::string separateCopy = "separate-copy";
+
 /** Runs the checks one after the other, and knows when the rest makes no sense any more. */
 class Run
 {
@@ -64,7 +68,12 @@ public:
         } else if (check.writes && !m_unsafe.empty()) {
             result.run.outcome = skipped(m_unsafe);
         } else {
-            result.run = runIsolated([&] { return check.run(m_target); }, m_options.limits, check.leave);
+            Limits limits = m_options.limits;
+            limits.seconds *= check.patience;
+            Target target = m_target;
+            target.seconds = limits.seconds;
+            Disk::wait(!worksOnCopy(check));
+            result.run = runIsolated([&] { return check.run(target); }, limits, check.leave);
             moderate(result);
             draw(result);
         }
@@ -81,6 +90,11 @@ public:
     }
 
 private:
+    /** Whether nothing but a copy that is removed again can be written to. */
+    bool worksOnCopy(const Check &check) const
+    {
+        return m_options.write && m_unsafe.empty() && check.name != separateCopy;
+    }
     static void moderate(Result &result)
     {
         Outcome &outcome = result.run.outcome;
@@ -99,7 +113,7 @@ private:
         if (isFailure(result.run.outcome.verdict) && (name == "file" || name == "load")) {
             m_unfit = "the library cannot be loaded";
         }
-        if (isFailure(result.run.outcome.verdict) && name == "separate-copy") {
+        if (isFailure(result.run.outcome.verdict) && name == separateCopy) {
             m_unsafe = "the library would write to the installation itself";
         }
         if (name == "fill") {
