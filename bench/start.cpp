@@ -5,14 +5,14 @@
  * @file
  * The start of the console in an installation, until its panel is painted,
  * beside that of a program with the same libraries that shows an empty window.
- * Both end themselves then; they start one after the other many times.
+ * Both end themselves then; they start one after the other many times. What
+ * counts is processor time: waiting for a processor is not the program's doing.
  */
 
 #include "benchfolder.h"
 #include "measuring.h"
 
 #include <array>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <sys/resource.h>
@@ -99,7 +99,8 @@ int main()
         }
     }
     Goals goals(stdout);
-    goals.ratio("start to the painted panel, processor time", medianOf(processor[0]), medianOf(processor[1]), 1.3);
-    goals.ratio("start to the painted panel, wall time", medianOf(wall[0]), medianOf(wall[1]), 1.3);
+    goals.ratio("start to the painted panel", medianOf(processor[0]), medianOf(processor[1]), 1.3);
+    std::printf("      by the clock on the wall %.1f ms : %.1f ms, %.2f x\n", 1e3 * medianOf(wall[0]),
+                1e3 * medianOf(wall[1]), medianOf(wall[0]) / medianOf(wall[1]));
     return goals.met() ? 0 : 1;
 }
