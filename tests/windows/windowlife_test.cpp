@@ -234,8 +234,9 @@ void WindowLifeTest::parentGoesUnderTheMenuOfTheMenuKey()
             QVERIFY(QTest::qWaitForWindowExposed(window));
             onMenu([&parent](QMenu *) { delete parent; });
             if (byRequest) {
-                QContextMenuEvent request(QContextMenuEvent::Keyboard, QPoint(5, 5));
-                QApplication::sendEvent(kind.list(window), &request);
+                ListView *list = kind.list(window);
+                QContextMenuEvent request(QContextMenuEvent::Keyboard, {5, 5}, list->mapToGlobal(QPoint(5, 5)));
+                QApplication::sendEvent(list, &request);
             } else {
                 QTest::keyClick(kind.list(window), Qt::Key_Menu);
             }
