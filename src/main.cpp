@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QFile>
 #include <QIcon>
+#include <QLoggingCategory>
 #include <QPointer>
 #include <cstdio>
 #include <pwd.h>
@@ -52,6 +53,17 @@ void SetUpApplication(KAboutData &about)
     KAboutData::setApplicationData(about);
     QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("obrim")));
     SetInformationBox(ShowInformationBox);
+}
+
+/**
+ * A box that closes under the pointer makes the toolkit ask the display which
+ * windows lie there, and complain when the window manager has just destroyed
+ * one of them. Before the application stands such warnings are worth reading:
+ * then they say that there is no display.
+ */
+void IgnoreVanishedWindows()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.xcb.warning=false"));
 }
 
 /** The program takes no options of its own. */
@@ -105,6 +117,7 @@ int RunApplication(int &argc, char **argv, KAboutData &about)
 {
     Toolkit::useHighDpi();
     const QApplication application(argc, argv);
+    IgnoreVanishedWindows();
     SetUpApplication(about);
     ParseCommandLine(about);
     return application.isSessionRestored() ? RunRestored() : RunPanel();

@@ -13,6 +13,7 @@
  *                 ok, yes, no, or escape
  *   windows=N     waits until N windows are visible and tells their titles
  *   panels        tells how many panels there are
+ *   warn=CATEGORY warns in a category of the toolkit's
  *   close         closes the panel's window, or the window that has lost its panel
  *   delete        destroys the panel
  */
@@ -21,6 +22,7 @@
 #include "obrimwidget.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -35,6 +37,12 @@ namespace
 void Tell(const QString &line)
 {
     std::fprintf(stderr, "%s\n", line.toUtf8().constData());
+}
+
+void WarnIn(const QByteArray &name)
+{
+    const QLoggingCategory category(name.constData());
+    qCWarning(category, "a warning");
 }
 
 QList<obrimWidget *> Panels()
@@ -121,6 +129,8 @@ private:
             Tell("windows: " + VisibleTitles().join(", "));
         else if (name == "panels")
             Tell(QString("panels: %1").arg(Panels().size()));
+        else if (name == "warn")
+            WarnIn(value.toLatin1());
         else if (name == "close")
             windowToClose()->close();
         else if (name == "delete")

@@ -41,6 +41,7 @@ private slots:
     void thePanelEndsTheProgramWithListsOpen_data();
     void thePanelEndsTheProgramWithListsOpen();
     void theSensorsTreeIsNotImplemented();
+    void whatTheDisplaySaysOfWindowsThatAreGoneIsNoNews();
     void everyPressOpensAnotherWindow();
     void aRestoredWindowInitialisesTwice();
     void exitInARestoredSessionDeletesThePanelOnly();
@@ -235,6 +236,13 @@ void TestProgram::theSensorsTreeIsNotImplemented()
 {
     const Run run = drive("press=Sensors_Tree answer=ok windows=1 close");
     QCOMPARE(run.err, "box: [] [Not implemented yet] obrimwidgetbase\nwindows: Tool\n" + goodEnd);
+    QCOMPARE(run.status, 0);
+}
+
+void TestProgram::whatTheDisplaySaysOfWindowsThatAreGoneIsNoNews()
+{
+    const Run run = drive("warn=qt.qpa.xcb warn=qt.qpa.other close");
+    QCOMPARE(run.err, "qt.qpa.other: a warning\n" + goodEnd);
     QCOMPARE(run.status, 0);
 }
 
