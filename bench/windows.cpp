@@ -190,6 +190,20 @@ public:
         paint();
     }
 
+    /** A drag of the window's edge. */
+    void resize()
+    {
+        m_window->resize(m_window->width() == 800 ? 810 : 800, 700);
+        paint();
+    }
+
+    /** Hides a column, or shows it. */
+    void turnColumn(int column)
+    {
+        m_window->SetColumnsVisibiliy(column, -1);
+        paint();
+    }
+
     /** A tick of the auto-update. */
     void tick()
     {
@@ -332,14 +346,25 @@ void benchLoading(Goals &goals, std::FILE *figures, const std::string &database)
     goals.ratio("closing, beside the load", medianOf(closings), medianOf(loads), 0.1);
 }
 
-void benchNewRows(Goals &goals, const std::string &database)
+void benchFitting(Goals &goals, Window &many, Window &few)
+{
+    std::vector<double> resizes[2];
+    std::vector<double> turns[2];
+    for (int i = 0; i < 24; ++i) {
+        for (const bool large : {false, true}) {
+            Window &window = large ? many : few;
+            resizes[large].push_back(seconds([&] { window.resize(); }));
+            turns[large].push_back(seconds([&] { window.turnColumn(i / 2 % 6); }));
+        }
+    }
+    goals.ratio("columns fitted on a resize", medianOf(resizes[1]), medianOf(resizes[0]), 2);
+    goals.ratio("columns fitted when one is hidden or shown", medianOf(turns[1]), medianOf(turns[0]), 2);
+}
+
+void benchNewRows(Goals &goals, Window &many, Window &few, const std::string &database)
 {
     Store store(database, Sqlite::Durability::Crash);
     Events events;
-    Window many;
-    many.load(Many);
-    Window few;
-    few.load(Few);
     std::vector<double> ofMany;
     std::vector<double> ofFew;
     for (int i = 0; i < 15; ++i) {
@@ -395,7 +420,14 @@ int main(int argc, char **argv)
     Goals goals(figures);
     benchMemory(goals, figures);
     benchLoading(goals, figures, installations.database("large"));
-    benchNewRows(goals, installations.database("large"));
+    {
+        Window many;
+        many.load(Many);
+        Window few;
+        few.load(Few);
+        benchFitting(goals, many, few);
+        benchNewRows(goals, many, few, installations.database("large"));
+    }
     benchNothingNew(goals, installations);
     return goals.met() ? 0 : 1;
 }
