@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QMetaMethod>
+#include <QMouseEvent>
 
 namespace
 {
@@ -122,7 +123,14 @@ void clickEntry(QMenu *menu, const QString &text)
     QAction *entry = entryOf(menu, text);
     if (!entry)
         qFatal("no such entry: %s", qPrintable(text));
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(entry).center());
+    const QPoint place = menu->actionGeometry(entry).center();
+    // A click without a way to the entry is the end of the one that opened the menu, and closes it.
+    for (int way = 10; way >= 0; --way) {
+        const QPoint at = place - QPoint(way, 0);
+        QMouseEvent move(QEvent::MouseMove, at, menu->mapToGlobal(at), Qt::NoButton, Qt::NoButton, {});
+        QApplication::sendEvent(menu, &move);
+    }
+    QTest::mouseClick(menu, Qt::LeftButton, {}, place);
 }
 
 void chooseFromMenu(const QString &text)
