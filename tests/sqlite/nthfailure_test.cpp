@@ -164,7 +164,9 @@ protected:
         const CapturedOutput output(stdout);
         ASSERT_EQ(LoadDLL(QString::fromLocal8Bit(folder.file("Libs").c_str())), 0);
         SetInformationBox(ignoreBox);
-        Store(folder.file("Elsewhere/Data/installation.db"), Sqlite::Durability::Crash);
+        {
+            const Store made(folder.file("Elsewhere/Data/installation.db"), Sqlite::Durability::Crash);
+        }
         leave();
         memoryElsewhere = sqlite3_memory_used();
     }
@@ -173,7 +175,7 @@ protected:
         SetInformationBox(nullptr);
         // Nothing may stay behind but the connection to another file.
         leave();
-        EXPECT_EQ(sqlite3_memory_used(), memoryElsewhere);
+        EXPECT_LE(sqlite3_memory_used(), memoryElsewhere);
     }
     std::string database() const
     {
@@ -404,7 +406,7 @@ protected:
         Fetched<Record> fetched;
         int released = 1;
         failEach(
-            1,
+            0,
             [&] {
                 if (cold) {
                     leave();
@@ -439,7 +441,7 @@ protected:
         Fetched<Record> fetched;
         Record *before = nullptr;
         failEach(
-            1, [&] { before = new Record[1]; },
+            0, [&] { before = new Record[1]; },
             [&] {
                 fetched = {};
                 fetched.array = before;
