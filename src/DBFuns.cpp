@@ -250,6 +250,8 @@ void findBaseDirectory()
         std::perror("The working directory cannot be read");
     }
     inform(nullptr, "Can't find base dir", "Can't find base dir");
+    // The application is still there when the process ends, of which Qt 6 complains.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     std::exit(-1);
 }
 } // namespace

@@ -10,6 +10,9 @@
 #include "toolkit.h"
 
 #include <KAboutData>
+#include <KConfig>
+#include <KConfigGroup>
+#include <KConfigGui>
 #include <KLocalizedString>
 #include <QApplication>
 #include <QCommandLineParser>
@@ -84,10 +87,19 @@ void UseBareCaptions()
     QGuiApplication::setApplicationDisplayName(QString());
 }
 
+bool SavedNumberOfWindows()
+{
+    KConfig *session = KConfigGui::sessionConfig();
+    return session && KConfigGroup(session, QStringLiteral("Number")).hasKey("NumberOfWindows");
+}
+
 void RestoreWindows()
 {
     for (int n = 1; KMainWindow::canBeRestored(n); ++n)
         (new obrim)->restore(n, true);
+    // What saved no number had one window; KDE Frameworks 6 takes that for none.
+    if (KMainWindow::memberList().isEmpty() && !SavedNumberOfWindows())
+        (new obrim)->show();
     // Without a window nobody could ever end the process.
     if (KMainWindow::memberList().isEmpty())
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -136,6 +148,7 @@ int main(int argc, char **argv)
     // Line by line even into a pipe, so that a trace survives a crash.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     SetRuntimeDirectory();
+    Toolkit::useUtf8();
     const int result = Run(argc, argv);
     SetWAllocOutput = 1;
     return result;
