@@ -739,6 +739,9 @@ void Reader::readPositions(const QByteArray &gpos)
 
 void Reader::readPosition(const Subtable &sub)
 {
+    // All but contexts begin with the glyphs that they concern, often those of other scripts alone.
+    if (sub.type < 7 && covered(sub.table.follow(2)).none())
+        return;
     if (sub.flags & IgnoreBaseGlyphs)
         throw Unclear("a lookup passes over base glyphs");
     switch (sub.type) {
