@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "operator.h"
 
+#include "menuclick.h"
 #include "obrimwidget.h"
 
 #include <QApplication>
@@ -83,7 +84,7 @@ void ClickInMenu(const QString &entry, const std::function<void()> &open)
                 continue;
             poll.stop();
             chosen = true;
-            QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, menu->actionGeometry(action).center());
+            clickMenuEntry(menu, action);
             return;
         }
     });

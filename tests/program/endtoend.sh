@@ -79,7 +79,7 @@ no_menu() { ! menu_window; }
 
 # open_menu_on_first_row WINDOW: a right click below the list's heading.
 open_menu_on_first_row() {
-    activate "$1" mousemove --window "$1" 60 74 click 3
+    activate "$1" mousemove --window "$1" 60 70 click 3
     wait_for 'context menu by the mouse' menu_window
 }
 

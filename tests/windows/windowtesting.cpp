@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "windowtesting.h"
 
+#include "menuclick.h"
+
 #include <QAbstractButton>
 #include <QMetaMethod>
-#include <QMouseEvent>
 
 namespace
 {
@@ -123,14 +124,7 @@ void clickEntry(QMenu *menu, const QString &text)
     QAction *entry = entryOf(menu, text);
     if (!entry)
         qFatal("no such entry: %s", qPrintable(text));
-    const QPoint place = menu->actionGeometry(entry).center();
-    // A click without a way to the entry is the end of the one that opened the menu, and closes it.
-    for (int way = 10; way >= 0; --way) {
-        const QPoint at = place - QPoint(way, 0);
-        QMouseEvent move(QEvent::MouseMove, at, menu->mapToGlobal(at), Qt::NoButton, Qt::NoButton, {});
-        QApplication::sendEvent(menu, &move);
-    }
-    QTest::mouseClick(menu, Qt::LeftButton, {}, place);
+    clickMenuEntry(menu, entry);
 }
 
 void chooseFromMenu(const QString &text)
