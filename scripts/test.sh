@@ -40,7 +40,7 @@ command_test() {
     choose_target "$target"
     if ! is_native; then
         [[ -z $sanitize ]] || die "--sanitize is for the target that this machine is ($(native_target))"
-        in_root test "$@"
+        in_root test -- "$@"
     elif [[ -n $sanitize ]]; then
         set_sanitizer_options
         test_natively sanitize "$@"
