@@ -70,6 +70,16 @@ void *operator new[](std::size_t size)
     return operator new(size);
 }
 
+// Replaced too: valgrind puts its own in the place of the library's.
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
 void operator delete(void *block) noexcept
 {
     blocks -= block ? 1 : 0;
