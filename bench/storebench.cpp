@@ -12,6 +12,7 @@
  */
 #include "Simulation.h"
 #include "Store.h"
+#include "benchfolder.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,7 +25,6 @@
 #include <memory>
 #include <sqlite3.h>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace
@@ -40,32 +40,6 @@ int largeCount()
     const char *given = std::getenv("OBRIM_BENCH_EVENTS");
     return given ? std::max(SmallCount, std::atoi(given)) : 10000000;
 }
-
-/** A folder for the databases, gone at the end. */
-class Folder
-{
-public:
-    Folder()
-    {
-        const char *given = std::getenv("OBRIM_BENCH_FOLDER");
-        std::string pattern = given ? given : std::filesystem::temp_directory_path().string();
-        pattern += "/obrim-bench-XXXXXX";
-        const char *made = ::mkdtemp(pattern.data());
-        if (!made) {
-            std::perror(pattern.c_str());
-            std::exit(1);
-        }
-        path = made;
-    }
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-    ~Folder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-    std::string path;
-};
 
 /** A store with a history of the simulator's events. */
 struct Data {
@@ -403,7 +377,7 @@ template <class... Arguments> void enlist(const std::string &name, Arguments &&.
         ->MeasureProcessCPUTime();
 }
 
-void enlistAll(Data &small, Data &large, const std::vector<StoredRow> &rows, const std::string &folder)
+void enlistAll(Data &small, Data &large, const std::vector<StoredRow> &rows, const BenchFolder &folder)
 {
     for (const Filter &filter : Filters) {
         for (const bool first : {false, true}) {
@@ -417,8 +391,8 @@ void enlistAll(Data &small, Data &large, const std::vector<StoredRow> &rows, con
     enlist("nothing_new/large", [&large](auto &s) { fetchNew(s, large); });
     enlist("fetch_1000000", [&large](auto &s) { fetchMany(s, large); });
     enlist("bare_select_1000000", [&large](auto &s) { bareSelect(s, large); });
-    enlist("fill_1000000", [folder](auto &s) { fill(s, folder + "/fill.db"); });
-    enlist("bare_insert_1000000", [folder, &rows](auto &s) { bareInsert(s, rows, folder + "/bare.db"); });
+    enlist("fill_1000000", [&folder](auto &s) { fill(s, folder.path("fill.db")); });
+    enlist("bare_insert_1000000", [&folder, &rows](auto &s) { bareInsert(s, rows, folder.path("bare.db")); });
 }
 
 bool judge(const Figures &figures)
@@ -459,13 +433,13 @@ int main(int argc, char *argv[])
         return 1;
     }
     try {
-        const Folder folder;
-        Data small(folder.path + "/small.db", SmallCount);
-        Data large(folder.path + "/large.db", largeCount());
+        const BenchFolder folder;
+        Data small(folder.path("small.db"), SmallCount);
+        Data large(folder.path("large.db"), largeCount());
         std::printf("small: %d events, large: %d events, %.0f MB\n", small.count, large.count,
                     double(std::filesystem::file_size(large.store.path())) / 1e6);
         const std::vector<StoredRow> rows = oldestRows(large);
-        enlistAll(small, large, rows, folder.path);
+        enlistAll(small, large, rows, folder);
         Figures figures;
         benchmark::RunSpecifiedBenchmarks(&figures);
         const bool met = judge(figures);
