@@ -24,7 +24,8 @@ constexpr int MaxBlockLines = 20;
 
 /**
  * Opens a regular file for reading, never blocking. The caller closes it with
- * fclose. NULL when it cannot be opened or is a directory, a pipe or a device.
+ * fclose. NULL when it cannot be opened, for the reason in errno, or is a
+ * directory, a pipe or a device, which leaves errno as it was.
  */
 std::FILE *OpenRegularFile(const char *path);
 

@@ -11,7 +11,11 @@ struct Settings {
     int deadAfterSeconds = 0; ///< a sensor that gave no sign of life for longer counts as dead
 };
 
-/** Reads `configDir`/DBLib.def; what it does not say, and a missing file, means the default. Throws std::bad_alloc. */
+/**
+ * Reads `configDir`/DBLib.def; what it does not say, and a missing file, means
+ * the default. Throws Sqlite::Error when there is a file that cannot be read,
+ * and std::bad_alloc.
+ */
 Settings readSettings(const std::string &configDir);
 
 #endif

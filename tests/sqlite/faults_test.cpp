@@ -88,9 +88,10 @@ protected:
         store.putEvents(many);
     }
 
-    /** Expects that each of the ten functions fails for `reason`. */
-    void expectRefusal(const std::string &reason)
+    /** Expects that each of the ten functions fails for `reason`, the database's or that of another `file`. */
+    void expectRefusal(const std::string &reason, const std::string &file = {})
     {
+        const std::string path = file.empty() ? named() : file;
         const CapturedOutput errors(stderr);
         EXPECT_NE(InitDBSensors(ConfigWD), 0);
         EXPECT_NE(initialise(), 0);
@@ -109,7 +110,7 @@ protected:
         EXPECT_NE(FDBDeleteCommand(1), 0);
         for (const char *failed : {"open the database", "read sensors", "read events", "read commands",
                                    "store an event", "store a command", "delete an event", "delete a command"}) {
-            EXPECT_THAT(errors.text(), HasSubstr("cannot " + std::string(failed) + ": " + named() + ": " + reason));
+            EXPECT_THAT(errors.text(), HasSubstr("cannot " + std::string(failed) + ": " + path + ": " + reason));
         }
     }
 
@@ -446,10 +447,58 @@ TEST_F(FaultTest, NewerVersion)
     expectRefusal("the database has version 1000, this program knows versions up to");
 }
 
-TEST_F(FaultTest, DefinitionFileThatIsNoFile)
+TEST_F(FaultTest, DefinitionFileThatCannotBeRead)
 {
-    std::filesystem::create_directories(folder.file("Config/DBLib.def"));
-    EXPECT_EQ(initialise(), 0) << "as if there were none";
+    const std::string definitions = folder.file("Config/DBLib.def");
+    using Spoiling = void (*)(const std::string &path);
+    const std::pair<Spoiling, const char *> cases[] = {
+        {[](const std::string &path) { std::filesystem::create_directory(path); }, "Not a regular file"},
+        {[](const std::string &path) { std::filesystem::create_symlink("DBLib.def", path); },
+         "Too many levels of symbolic links"},
+        {[](const std::string &path) { std::filesystem::create_symlink("not/mounted", path); },
+         "No such file or directory"},
+        // A regular file that opens, and whose first byte nobody can read.
+        {[](const std::string &path) { std::filesystem::create_symlink("/proc/self/mem", path); }, ""},
+        {[](const std::string &path) { ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0); }, "Not a regular file"},
+    };
+    std::filesystem::remove(folder.file("Data"));
+    for (const auto &[spoil, reason] : cases) {
+        std::ofstream(definitions) << "Database=../Own/x.db\n";
+        ASSERT_EQ(initialise(), 0);
+        ASSERT_EQ(put(), 0);
+        const int before = count();
+        ASSERT_GT(before, 0);
+        std::filesystem::remove(definitions);
+        spoil(definitions);
+        expectRefusal(std::string("the settings cannot be read (") + reason, definitions);
+        EXPECT_FALSE(std::filesystem::exists(folder.file("Data"))) << "no other database was made";
+        std::filesystem::remove(definitions);
+        std::ofstream(definitions) << "Database=../Own/x.db\n";
+        EXPECT_EQ(count(), before) << "without a new initialisation";
+        EXPECT_EQ(put(), 0);
+        std::filesystem::remove(definitions);
+    }
+}
+
+TEST_F(FaultTest, DefinitionFileThatMayNotBeRead)
+{
+    std::ofstream(folder.file("Config/DBLib.def")) << "Database=../Own/x.db\n";
+    std::filesystem::permissions(folder.file("Data"), std::filesystem::perms(0777));
+    for (const char *closed : {"Config/DBLib.def", "Config"}) {
+        std::filesystem::permissions(folder.file(closed), std::filesystem::perms(0));
+        inChild([this] {
+            dropRights();
+            expectRefusal("the settings cannot be read (Permission denied)", folder.file("Config/DBLib.def"));
+        });
+        std::filesystem::permissions(folder.file(closed), std::filesystem::perms(0755));
+    }
+    EXPECT_FALSE(std::filesystem::exists(database())) << "no other database was made";
+}
+
+TEST_F(FaultTest, NoDefinitionFileMeansTheDefaults)
+{
+    EXPECT_EQ(initialise(), 0);
     EXPECT_EQ(put(), 0);
+    EXPECT_TRUE(std::filesystem::exists(database()));
 }
 } // namespace

@@ -506,4 +506,13 @@ TEST_F(ProgramTest, FaultsAreNamed)
     EXPECT_EQ(end(start({"--fill", "10"})), 1);
     EXPECT_THAT(textOf("out"), HasSubstr("/proc/nowhere/x.db: "));
 }
+
+TEST_F(ProgramTest, MakesNoDatabaseWhenTheSettingsCannotBeRead)
+{
+    const std::string definitions = folder.file("Config/DBLib.def");
+    std::filesystem::create_directory(definitions);
+    EXPECT_EQ(end(start({"--fill", "10"})), 1);
+    EXPECT_EQ(textOf("out"), "sensor-sim: " + definitions + ": the settings cannot be read (Not a regular file)\n");
+    EXPECT_FALSE(std::filesystem::exists(database));
+}
 } // namespace
