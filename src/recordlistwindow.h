@@ -427,7 +427,7 @@ template <class Traits> void RecordListWindow<Traits>::deleteSelectedRecord()
     const QString id = item->text(IdentifierColumn);
     const QPointer<QObject> self(this);
     const bool yes =
-        AskQuestion(this, QStringLiteral("???"), Traits::deleteQuestion() + id + QLatin1Char('?'), QMessageBox::Yes);
+        AskQuestion(this, tr2i18n("???"), Traits::deleteQuestion() + id + QLatin1Char('?'), QMessageBox::Yes);
     if (!self || !yes)
         return;
     Traits::remove(id.toInt());

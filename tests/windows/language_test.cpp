@@ -183,10 +183,17 @@ void LanguageTest::menusAndQuestionsSpeakTheLanguage()
     CWD_EventsList window(nullptr, "A list", nullptr);
     QVERIFY(showAndWait(&window));
     speak("de");
+    QString caption;
     QString question;
-    answerBox(QMessageBox::No, &question);
+    when([] { return openBox() != nullptr; },
+         [&] {
+             caption = openBox()->windowTitle();
+             question = openBox()->text();
+             openBox()->reject();
+         });
     chooseFromMenu(QString::fromUtf8("Ereignis löschen"));
     rightClick(window.listMessages, 0);
+    QCOMPARE(caption, QStringLiteral("Frage"));
     QCOMPARE(question, QStringLiteral("Soll weg: Ereignis 5?"));
 }
 
