@@ -13,6 +13,7 @@ private slots:
     void slotsStandInTheirOrder();
     void maskAffectsTheSecondLoadAndNeverTheFirst();
     void firstLoadSeesTheFormsInitialControls();
+    void failedSecondLoadLeavesNothingOfTheFirst();
     void onlyTheLowerTimePresetIsTraced();
     void reloadWithoutEventsBringsTheDigitsBackToThree();
     void withoutACheckedTypeThereIsNoTypeFilter();
@@ -20,6 +21,7 @@ private slots:
     void nameIsShownAndSortedAsText();
     void sizingTheColumnsPaintsTheWindowAtOnce();
     void slotForARowNumberDoesNothing();
+    void createMakesANativeWindow();
     void firstSize();
 };
 
@@ -63,6 +65,19 @@ void EventsWindowTest::firstLoadSeesTheFormsInitialControls()
     QCOMPARE(second.UseEventTime1, 0);
     QCOMPARE(second.UseMessageID0, 0);
     QCOMPARE(second.UseMessageID1, 0);
+}
+
+void EventsWindowTest::failedSecondLoadLeavesNothingOfTheFirst()
+{
+    library->events.answer = events(1, 2000);
+    library->events.onFetch = [this] { library->events.result = library->events.fetches() == 1 ? 0 : -1; };
+    const CWD_EventsList window(nullptr, "Events list", nullptr);
+    QCOMPARE(library->events.fetches(), 2);
+    QCOMPARE(window.listMessages->childCount(), 0);
+    QCOMPARE(window.AccSensorID, 3);
+    QCOMPARE(window.IDFirst, 0);
+    QCOMPARE(window.IDLast, 0);
+    QCOMPARE(window.iLast, 0);
 }
 
 void EventsWindowTest::onlyTheLowerTimePresetIsTraced()
@@ -139,6 +154,14 @@ void EventsWindowTest::slotForARowNumberDoesNothing()
     window.onRBList(1);
     QCOMPARE(window.itemSelected, window.listMessages->itemAt(0));
     QVERIFY(!openMenu());
+}
+
+void EventsWindowTest::createMakesANativeWindow()
+{
+    CWD_EventsList window(nullptr, "Events list", nullptr);
+    QVERIFY(!window.internalWinId());
+    window.create(0, true, true);
+    QVERIFY(window.internalWinId());
 }
 
 void EventsWindowTest::firstSize()

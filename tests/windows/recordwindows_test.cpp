@@ -31,6 +31,7 @@ private slots:
     void rowShowsTheRecord();
     void incrementalFetchAfter900RowsOutgrowsTheDigits();
     void incrementalFetchInFirstModeGoesToTheBottom();
+    void incrementalFetchSortsAsTheChoiceStandsThen();
     void incrementalFetchWidensTheIdentifiers();
     void incrementalFetchAddsWhateverTheSourceReturns();
     void incrementalFetchSortsByNumberAgain();
@@ -43,6 +44,7 @@ private slots:
     void nothingIsAskedForAboveTheLargestIdentifier();
     void nullArrayWithACountGivesNoRowsAndNoSecondFetch();
     void firstColumnIs30WideAfterEveryLoad();
+    void loadsWithoutRecordsLeaveTheFirstColumn();
 
     void requestCarriesTheControls();
     void maskIsPartOfTheRequest();
@@ -76,6 +78,7 @@ private slots:
     void slotTurnsTheColumnOverOnce();
     void keyboardTurnsAColumnOver();
     void setColumnsVisibilityToAValue();
+    void columnIsTurnedOverFromWhatItsEntryShows();
     void columnsThatAreNoneAreIgnored();
     void hidingAllColumnsLeavesTheWidths();
     void widthModeOfEveryColumnFollowsColumnZero();
@@ -163,6 +166,7 @@ void RecordWindowsTest::opensWithCaptionNameAndDefaults()
         QVERIFY(!window->itemSelected);
         QCOMPARE(window->firstPaint, 1);
         QCOMPARE(window->AutoUpdate->currentIndex(), 0);
+        QCOMPARE(kind.list(window.get())->columnWidthMode(0), ListView::Manual);
     });
 }
 
@@ -283,6 +287,18 @@ void RecordWindowsTest::incrementalFetchInFirstModeGoesToTheBottom()
         kind.getNew(window.get());
         QCOMPARE(columnTexts(kind.list(window.get()), 0), QStringList({"000", "001", "002", "003", "004"}));
         QCOMPARE(columnTexts(kind.list(window.get()), 2), QStringList({"1", "2", "3", "4", "5"}));
+    });
+}
+
+void RecordWindowsTest::incrementalFetchSortsAsTheChoiceStandsThen()
+{
+    eachKind([](auto kind) {
+        const auto window = openWith(kind, 1, 3);
+        chooseFirst(window.get());
+        kind.source().answer = kind.records(4, 2);
+        kind.getNew(window.get());
+        QCOMPARE(columnTexts(kind.list(window.get()), 0), QStringList({"000", "001", "002", "003", "004"}));
+        QCOMPARE(columnTexts(kind.list(window.get()), 2), QStringList({"3", "2", "1", "4", "5"}));
     });
 }
 
@@ -459,6 +475,29 @@ void RecordWindowsTest::firstColumnIs30WideAfterEveryLoad()
         kind.getNew(window.get());
         QCOMPARE(list->columnWidth(0), 30);
         QCOMPARE(list->columnWidthMode(0), ListView::Manual);
+    });
+}
+
+void RecordWindowsTest::loadsWithoutRecordsLeaveTheFirstColumn()
+{
+    eachKind([](auto kind) {
+        const auto window = openWith(kind, 1, 3);
+        ListView *list = kind.list(window.get());
+        for (int result : {0, -1}) {
+            list->setColumnWidth(0, 77);
+            list->setColumnWidthMode(0, ListView::Maximum);
+            list->setSorting(2, false);
+            if (result == 0)
+                kind.source().answer.clear();
+            else
+                kind.source().answer = kind.records(1, 3);
+            kind.source().result = result;
+            window->onUpdateList();
+            kind.getNew(window.get());
+            QCOMPARE(list->columnWidth(0), 77);
+            QCOMPARE(list->columnWidthMode(0), ListView::Maximum);
+            QCOMPARE(list->header()->sortIndicatorSection(), 2);
+        }
     });
 }
 
@@ -926,6 +965,23 @@ void RecordWindowsTest::setColumnsVisibilityToAValue()
             QCOMPARE(window->ColumnsVisibiliy[4], set);
             QCOMPARE(window->Menu1->actions().at(4)->isChecked(), set == 1);
         }
+        window->SetColumnsVisibiliy(4, 7);
+        QCOMPARE(window->ColumnsVisibiliy[4], 7);
+        QVERIFY(window->Menu1->actions().at(4)->isChecked());
+        window->SetColumnsVisibiliy(4, -1);
+        QCOMPARE(window->ColumnsVisibiliy[4], 0);
+    });
+}
+
+void RecordWindowsTest::columnIsTurnedOverFromWhatItsEntryShows()
+{
+    eachKind([](auto kind) {
+        const auto window = openWith(kind, 1, 3);
+        QAction *entry = window->Menu1->actions().at(2);
+        entry->setChecked(false);
+        window->SetColumnsVisibiliy(2, -1);
+        QCOMPARE(window->ColumnsVisibiliy[2], 1);
+        QVERIFY(entry->isChecked());
     });
 }
 
