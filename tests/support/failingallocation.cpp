@@ -11,11 +11,12 @@ namespace
 /** More than any test needs: some systems promise what they do not have. */
 constexpr std::size_t Largest = std::size_t(1) << 30;
 
-bool armed = false;
-bool fromThenOn = false;
-int allocationsLeft = 0;
-bool refused = false;
-long blocks = 0;
+// Each thread by itself: a toolkit may have threads of its own at work.
+thread_local bool armed = false;
+thread_local bool fromThenOn = false;
+thread_local int allocationsLeft = 0;
+thread_local bool refused = false;
+thread_local long blocks = 0;
 
 } // namespace
 

@@ -7,7 +7,7 @@
  * @file
  * A program that links the target `failingallocation` gets its memory from
  * operators new and delete that count, and that fail when they are told to.
- * Not for more than one thread.
+ * What other threads allocate meanwhile is neither counted nor refused.
  */
 namespace FailingAllocation
 {
