@@ -5,7 +5,7 @@
 # The console on a display that nobody sees: windows are opened by keys, and pictures show them.
 # What is waited for is waited for itself; a time limit only ends what never comes.
 
-readonly time_limit=60
+readonly time_limit=240
 
 # Settings and sockets of our own: neither the user's desktop nor other runs are touched.
 use_private_settings() {
@@ -32,7 +32,8 @@ start_display() {
 start_window_manager() {
     beside openbox --sm-disable >"$private_dir/openbox.log" 2>&1
     local deadline=$((SECONDS + time_limit))
-    until xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; do
+    # xdotool gives no focus before the window manager has said that it can.
+    until xprop -root _NET_SUPPORTED 2>/dev/null | grep -q _NET_ACTIVE_WINDOW; do
         { ((SECONDS < deadline)) && kill -0 "${children[-1]}" 2>/dev/null; } ||
             die "the window manager does not start: $(tail -n 3 "$private_dir/openbox.log")"
     done
@@ -48,16 +49,24 @@ start_console() {
     console=${children[-1]}
 }
 
+# find_windows OPTION...: set `found` to the visible windows that xdotool finds, if any. When a
+# window goes away while it looks through all of them, it gives up with an error and is asked again.
+find_windows() {
+    local deadline=$((SECONDS + time_limit)) log="$private_dir/search.log"
+    until found=$(xdotool search --onlyvisible "$@" 2>"$log") || [[ ! -s $log ]]; do
+        ((SECONDS < deadline)) || die "windows cannot be looked for: $(tail -n 1 "$log")"
+    done
+}
+
 # window_of TITLE: set `window` once such a window is to be seen.
 window_of() {
-    local search
-    timeout "$time_limit" xdotool search --sync --onlyvisible --name "^$1\$" >"$private_dir/window" &
-    search=$!
-    wait -n "$search" "$console" || true
-    kill "$search" 2>/dev/null || true
-    window=$(tail -n 1 "$private_dir/window")
-    [[ -n $window ]] || die "the console did not show '$1'. What it wrote:
+    local deadline=$((SECONDS + time_limit))
+    until find_windows --name "^$1\$" && [[ -n $found ]]; do
+        { ((SECONDS < deadline)) && kill -0 "$console" 2>/dev/null; } ||
+            die "the console did not show '$1'. What it wrote:
 $(tail -n 5 "$pictures/console.log" "$pictures/console.err")"
+    done
+    window=$(tail -n 1 <<<"$found")
 }
 
 # activate WINDOW [XDOTOOL-COMMAND...]: give it the focus, and go on from there.
@@ -68,13 +77,16 @@ activate() {
 
 press() { activate "$1" key --clearmodifiers "$2"; }
 
-# A window is painted once two pictures in a row are alike and show more than a few colours.
+# A window is painted once two pictures in a row are alike and show more than a few colours. There
+# is none of a window that changes its size just then.
 save_picture() {
-    local picture="$pictures/$2.png" before='' now='' deadline=$((SECONDS + time_limit))
+    local picture="$pictures/$2.png" log="$private_dir/import.log"
+    local before='' now='' deadline=$((SECONDS + time_limit))
     until [[ -n $now && $now == "$before" ]]; do
-        ((SECONDS < deadline)) || die "the window '$2' is never painted"
+        ((SECONDS < deadline)) || die "the window '$2' is never painted. $(tail -n 1 "$log")"
         before=$now
-        import -frame -window "$1" "$picture"
+        now=
+        import -frame -window "$1" "$picture" 2>"$log" || continue
         now=$(identify -format '%k %#' "$picture")
         ((${now%% *} > 8)) || now=
     done

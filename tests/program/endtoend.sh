@@ -61,13 +61,14 @@ wait_for() {
 
 called() { grep -q -- "^$1\$" "$OBRIM_CALL_LOG"; }
 traced() { (($(grep -c -- "^$1\$" "$pictures/console.log") >= $2)); }
-visible() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
-hidden() { ! visible "$1"; }
+visible() { find_windows --name "^$1\$" && [[ -n $found ]]; }
+hidden() { find_windows --name "^$1\$" && [[ -z $found ]]; }
 
 # The menus of the console: windows that no window manager touches.
 menu_window() {
     local id
-    for id in $(xdotool search --onlyvisible --class obrim 2>/dev/null); do
+    find_windows --class obrim
+    for id in $found; do
         if xprop -id "$id" _NET_WM_WINDOW_TYPE 2>/dev/null | grep -q POPUP_MENU; then
             menu=$id
             return 0
@@ -145,15 +146,21 @@ open_events_of_a_sensor_by_keys() {
     wait_for 'Escape closes a list' hidden 'Events list for .+'
 }
 
+# looks_different WINDOW NAME BEFORE: than in the picture of that name and signature.
+looks_different() {
+    save_picture "$1" "$2"
+    [[ $(identify -format '%#' "$pictures/$2.png") != "$3" ]]
+}
+
 hide_and_show_a_column_by_keys() {
     local before
+    activate "$sensors"
     save_picture "$sensors" columns
     before=$(identify -format '%#' "$pictures/columns.png")
     activate "$sensors" key alt+c
     wait_for 'the menu Columns' menu_window
     choose_by_keys 2
-    save_picture "$sensors" columns
-    [[ $(identify -format '%#' "$pictures/columns.png") != "$before" ]] || die 'hiding a column changes nothing'
+    wait_for 'hiding a column changes the list' looks_different "$sensors" columns "$before"
 }
 
 update_by_keys() {

@@ -14,7 +14,7 @@ folder=$3
 readonly scripts="$repository/scripts"
 # shellcheck source=scripts/common.sh
 source "$scripts/common.sh"
-readonly time_limit=60
+readonly time_limit=240
 
 demo_run() {
     local name=$1
