@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "DBFuns.h"
 #include "libraryfixture.h"
+#include "patience.h"
 
 #include <QFileInfo>
 #include <QProcess>
-#include <QTest>
 
 #include <cstring>
 
@@ -92,7 +92,7 @@ void TestExampleDB::itExportsTheTenFunctionsAndNeedsNoToolkit()
 {
     QProcess tool;
     tool.start("nm", {"-D", "--defined-only", folder() + "/DBLib.a"});
-    QVERIFY(tool.waitForFinished());
+    QVERIFY(tool.waitForFinished(patience));
     const QByteArray symbols = tool.readAllStandardOutput();
     for (const DBSymbol &symbol : DBSymbols) {
         QVERIFY2(symbols.contains(QByteArray(" T ") + symbol.cxx + '\n'), symbol.cxx);
@@ -100,7 +100,7 @@ void TestExampleDB::itExportsTheTenFunctionsAndNeedsNoToolkit()
     // The counters of a coverage build bring a function of their own.
     QCOMPARE(symbols.count(" T ") - symbols.count(" T mangle_path\n"), int(DBFunctionCount));
     tool.start("readelf", {"-d", folder() + "/DBLib.a"});
-    QVERIFY(tool.waitForFinished());
+    QVERIFY(tool.waitForFinished(patience));
     const QByteArray needed = tool.readAllStandardOutput();
     QVERIFY(needed.contains("NEEDED"));
     QVERIFY2(!needed.contains("libQt") && !needed.contains("libKF"), needed);

@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "DBFuns.h"
 #include "libraryfixture.h"
+#include "patience.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <memory>
 #include <sys/stat.h>
@@ -98,7 +98,7 @@ Run TestStartup::run(const QString &directory, const QStringList &arguments)
     QProcess process;
     process.setWorkingDirectory(path(directory));
     process.start(QStringLiteral(INITDATA_PROBE), arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
+    if (!process.waitForFinished(patience) || process.exitStatus() != QProcess::NormalExit) {
         return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
     }
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
@@ -232,7 +232,7 @@ void TestStartup::aWorkingDirectoryThatIsGoneIsNoBaseDirectory()
     QProcess process;
     process.setWorkingDirectory(path("base/bin"));
     process.start("/bin/sh", {"-c", "rmdir \"$PWD\" && exec '" INITDATA_PROBE "'"});
-    QVERIFY(process.waitForFinished(60000));
+    QVERIFY(process.waitForFinished(patience));
     QCOMPARE(process.exitCode(), 255);
     const QByteArray told = process.readAllStandardError();
     QVERIFY2(told.startsWith("The working directory cannot be read: "), told);

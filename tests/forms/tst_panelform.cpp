@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "formchecks.h"
 #include "obrimwidgetbase.h"
+#include "patience.h"
 
 #include <QLayout>
-#include <QTest>
 
 class TestPanelForm : public QObject
 {
@@ -197,7 +197,7 @@ void TestPanelForm::anAcceleratorClicksItsButton()
     obrimWidgetBase form;
     form.show();
     form.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&form));
+    QVERIFY(waitForActive(&form));
     const WarningLines warnings;
     QTest::keyClick(&form, char(accelerator.at(accelerator.size() - 1).toLower().toLatin1()), Qt::AltModifier);
     QTRY_VERIFY(!warnings.lines().isEmpty());
@@ -238,7 +238,7 @@ void TestPanelForm::tabGoesDownTheColumn()
     obrimWidgetBase form;
     form.show();
     form.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&form));
+    QVERIFY(waitForActive(&form));
     form.Sensors_list->setFocus();
     for (const QString &name : buttonNames) {
         QVERIFY(QApplication::focusWidget());

@@ -3,12 +3,12 @@
 #include "CommandsList.h"
 #include "EventsList.h"
 #include "formchecks.h"
+#include "patience.h"
 
 #include <QAbstractItemView>
 #include <QHeaderView>
 #include <QLayout>
 #include <QSignalSpy>
-#include <QTest>
 #include <memory>
 #include <vector>
 
@@ -530,7 +530,7 @@ void TestRecordForms::anAcceleratorWorks()
     const auto form = make(table);
     form->show();
     form->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+    QVERIFY(waitForActive(form.get()));
     auto *button = form->findChild<QAbstractButton *>(row->name);
     QSignalSpy clicked(button, &QAbstractButton::clicked);
     const WarningLines warnings;
@@ -544,7 +544,7 @@ void TestRecordForms::getNewCommandsHasNoAccelerator()
     DCommandsList form;
     form.show();
     form.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&form));
+    QVERIFY(waitForActive(&form));
     QCOMPARE(form.pushButton2->text(), QString("&Get new commands"));
     for (int language = 0; language < 2; ++language) {
         QVERIFY(form.pushButton2->shortcut().isEmpty());
@@ -646,7 +646,7 @@ EACH_FORM(tabMovesAsTheEye)
     form->findChild<ButtonGroup *>("BG_WhichGet")->setButton(0);
     form->show();
     form->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+    QVERIFY(waitForActive(form.get()));
     const QStringList expected = {table->list,   "timeFromUsed",    "timeFrom",  "comboFrom_TimeAgo", "timeToUsed",
                                   "timeTo",      "comboTo_TimeAgo", "NMax",      "rb_Last",           "rbType_all",
                                   "BUpdateList", "pushButton2",     "AutoUpdate"};

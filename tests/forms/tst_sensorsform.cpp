@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "SensorsList.h"
 #include "formchecks.h"
+#include "patience.h"
 
 #include <QHeaderView>
 #include <QLayout>
-#include <QTest>
 
 namespace
 {

@@ -4,6 +4,7 @@
 
 #include "menuclick.h"
 #include "obrimwidget.h"
+#include "patience.h"
 
 #include <QApplication>
 #include <QDir>
@@ -108,9 +109,9 @@ void Require(bool holds, const QString &what)
     std::_Exit(1);
 }
 
-void WaitFor(const std::function<bool()> &condition, const QString &what, int seconds)
+void WaitFor(const std::function<bool()> &condition, const QString &what)
 {
-    Require(QTest::qWaitFor(condition, seconds * 1000), what);
+    Require(waitFor(condition), what);
 }
 
 QString Installation()
@@ -122,14 +123,14 @@ Simulator::Simulator(const QStringList &arguments)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedChannels);
     m_process.start(SENSOR_SIM, QStringList{"--config", Installation() + "Config"} + arguments);
-    Require(m_process.waitForStarted(), "sensor-sim starts");
+    Require(m_process.waitForStarted(patience), "sensor-sim starts");
     simulator = m_process.processId();
 }
 
 void Simulator::stop()
 {
     m_process.terminate();
-    Require(m_process.waitForFinished() && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0,
+    Require(m_process.waitForFinished(patience) && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0,
             "sensor-sim ends in good order");
     simulator = 0;
 }
@@ -140,7 +141,7 @@ QWidget *OpenList(const char *button)
     Click(Panel(), button);
     for (QWidget *window : QApplication::topLevelWidgets()) {
         if (!before.contains(window) && window->findChild<ListView *>()) {
-            WaitFor([window] { return QTest::qWaitForWindowExposed(window); }, "the window is shown");
+            Require(waitForExposed(window), "the window is shown");
             return window;
         }
     }

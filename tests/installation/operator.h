@@ -30,8 +30,8 @@ void Work();
 /** Ends the process with a complaint unless `holds`. */
 void Require(bool holds, const QString &what);
 
-/** Waits until `condition` holds, and complains when it does not after `seconds`. */
-void WaitFor(const std::function<bool()> &condition, const QString &what, int seconds = 60);
+/** Waits until `condition` holds, and complains when it never does. */
+void WaitFor(const std::function<bool()> &condition, const QString &what);
 
 /** The installation's base directory, with a slash at its end. */
 QString Installation();

@@ -3,11 +3,11 @@
 
 // What a screen reader is told of a list.
 #include "listview.h"
+#include "patience.h"
 #include "textitem.h"
 
 #include <QAccessible>
 #include <QHeaderView>
-#include <QTest>
 
 namespace
 {
@@ -116,7 +116,7 @@ void ListAccessTest::cellsLieWhereTheyArePainted()
 {
     SpokenList list(1000);
     list.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&list));
+    QVERIFY(waitForExposed(&list));
     list.scrollTo(list.model()->index(500, 0), QAbstractItemView::PositionAtTop);
     QAccessibleInterface *cell = list.table()->cellAt(502, 1);
     const QRect area = list.visualRect(list.model()->index(502, 1));

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listview.h"
+#include "patience.h"
 #include "textitem.h"
 
 #include <QAbstractItemModelTester>
@@ -8,10 +9,10 @@
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
-#include <QTest>
 #include <QToolTip>
 
 namespace
@@ -57,7 +58,7 @@ struct NumberList : ListView {
     void showAndWait()
     {
         show();
-        QVERIFY(QTest::qWaitForWindowExposed(this));
+        QVERIFY(waitForExposed(this));
         QTRY_VERIFY(painted > 0);
     }
 
@@ -639,7 +640,11 @@ void ListViewTest::typingFindsARow()
     list.addColumn("Name");
     list.insertItems(rowsOf({"apple", "avocado", "banana", "cherry", "Citron"}));
     list.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&list));
+    QVERIFY(waitForExposed(&list));
+    // The keys belong together however slowly they arrive.
+    const int interval = QApplication::keyboardInputInterval();
+    const auto restore = qScopeGuard([interval] { QApplication::setKeyboardInputInterval(interval); });
+    QApplication::setKeyboardInputInterval(patience);
     QTest::keyClicks(&list, "ba");
     QCOMPARE(list.currentItem()->text(0), QString("banana"));
     list.keyboardSearch({});
@@ -925,8 +930,12 @@ void ListViewTest::nothingIsRepaintedWhenNothingComes()
 {
     NumberList list(100);
     list.showAndWait();
-    QCoreApplication::processEvents();
-    list.painted = 0;
+    // What showing the list has still to paint comes first.
+    QVERIFY(waitForActive(&list));
+    do {
+        list.painted = 0;
+        QCoreApplication::processEvents();
+    } while (list.painted > 0);
     list.insertItems({});
     list.setSorting(0, true);
     QCoreApplication::processEvents();

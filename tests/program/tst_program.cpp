@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "patience.h"
+
 #include <QDir>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QTest>
 #include <memory>
 
 /** What a process wrote and how it ended. */
@@ -111,9 +112,9 @@ Run TestProgram::drive(const QString &steps, const QStringList &arguments, const
 {
     const auto process = start(program, steps, arguments);
     Run run;
-    if (!process->waitForFinished(60000)) {
+    if (!process->waitForFinished(patience)) {
         process->kill();
-        process->waitForFinished();
+        process->waitForFinished(patience);
     } else if (process->exitStatus() == QProcess::NormalExit) {
         run.status = process->exitCode();
     }
@@ -151,11 +152,11 @@ void TestProgram::theTraceArrivesLineByLineInAPipe()
 {
     const auto process = start(OBRIM_PROGRAM, {});
     QString out;
-    while (out.size() < trace().size() && process->waitForReadyRead(60000))
+    while (out.size() < trace().size() && process->waitForReadyRead(patience))
         out += QString::fromLocal8Bit(process->readAllStandardOutput());
     QCOMPARE(process->state(), QProcess::Running);
     process->kill();
-    QVERIFY(process->waitForFinished());
+    QVERIFY(process->waitForFinished(patience));
     QCOMPARE(out, trace());
     QCOMPARE(errors(*process), QString());
 }
@@ -177,7 +178,7 @@ void TestProgram::aSecondLanguageOfTheDesktopPrintsNothing()
     process.setProcessEnvironment(settings);
     process.setWorkingDirectory(base() + "/bin");
     process.start(OBRIM_DRIVEN, QStringList());
-    QVERIFY(process.waitForFinished(60000));
+    QVERIFY(process.waitForFinished(patience));
     QCOMPARE(errors(process), "windows: Tool\n" + goodEnd);
     QCOMPARE(process.exitCode(), 0);
 }

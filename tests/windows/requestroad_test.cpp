@@ -4,13 +4,13 @@
 // The road of one request, end to end: a list button pressed on the panel of
 // the program, with a DB library that writes down every call it gets.
 #include "contractlibraries.h"
+#include "patience.h"
 
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
-#include <QTest>
 
 class RequestRoadTest : public QObject
 {
@@ -58,7 +58,7 @@ void RequestRoadTest::run(const QString &steps)
     program.setProcessEnvironment(environment);
     program.setWorkingDirectory(m_folder.filePath("bin"));
     program.start(OBRIM_DRIVEN, QStringList());
-    QVERIFY(program.waitForFinished(240000));
+    QVERIFY(program.waitForFinished(patience));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
     // What the loader says of its symbols has its own tests.

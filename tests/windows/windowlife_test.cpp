@@ -125,7 +125,7 @@ void WindowLifeTest::init()
 
 static bool gone(const QPointer<QWidget> &window)
 {
-    return QTest::qWaitFor([&window] { return !window; });
+    return waitFor([&window] { return !window; });
 }
 
 /** As soon as a box is open. */
@@ -139,7 +139,7 @@ void WindowLifeTest::closedByItsButton()
     eachKind([](auto kind) {
         QWidget parent;
         auto *window = make(kind, &parent);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(waitForExposed(window));
         QVERIFY(closeAndWait(window));
         QVERIFY(parent.findChildren<QWidget *>().isEmpty());
     });
@@ -150,7 +150,7 @@ void WindowLifeTest::closedByEscape()
     eachKind([](auto kind) {
         QWidget parent;
         const QPointer<QWidget> window = make(kind, &parent);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(waitForExposed(window));
         QTest::keyClick(window.data(), Qt::Key_Escape);
         QVERIFY(!window || !window->isVisible());
         QVERIFY(gone(window));
@@ -188,7 +188,7 @@ void WindowLifeTest::closedUnderItsContextMenu()
         QWidget parent;
         auto *window = make(kind, &parent);
         const QPointer<QWidget> alive(window);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(waitForExposed(window));
         onMenu([window](QMenu *) { window->close(); });
         rightClick(kind.list(window), 0);
         QVERIFY(gone(alive));
@@ -202,7 +202,7 @@ void WindowLifeTest::closedByEscapeUnderItsContextMenu()
         QWidget parent;
         auto *window = make(kind, &parent);
         const QPointer<QWidget> alive(window);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(waitForExposed(window));
         onMenu([window](QMenu *menu) {
             QTest::keyClick(menu, Qt::Key_Escape);
             QTest::keyClick(window, Qt::Key_Escape);
@@ -217,7 +217,7 @@ void WindowLifeTest::parentGoesUnderTheContextMenu()
     eachKind([](auto kind) {
         QPointer<QWidget> parent = new QWidget;
         auto *window = make(kind, parent);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(waitForExposed(window));
         onMenu([&parent](QMenu *) { delete parent; });
         rightClick(kind.list(window), 0);
         QVERIFY(!parent);
@@ -231,7 +231,7 @@ void WindowLifeTest::parentGoesUnderTheMenuOfTheMenuKey()
         for (bool byRequest : {false, true}) {
             QPointer<QWidget> parent = new QWidget;
             auto *window = make(kind, parent);
-            QVERIFY(QTest::qWaitForWindowExposed(window));
+            QVERIFY(waitForExposed(window));
             onMenu([&parent](QMenu *) { delete parent; });
             if (byRequest) {
                 ListView *list = kind.list(window);
@@ -279,7 +279,7 @@ void WindowLifeTest::parentGoesUnderTheQuestionOfTheContextMenu()
     eachRecordKind([](auto kind) {
         QPointer<QWidget> parent = new QWidget;
         auto *window = make(kind, parent);
-        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(waitForExposed(window));
         chooseFromMenu(kind.deleteEntry);
         onBox([&parent] { delete parent; });
         rightClick(kind.list(window), 0);
@@ -351,7 +351,7 @@ void WindowLifeTest::parentGoesUnderABoxOfTheMenuBar()
         QSKIP("has no such menu");
     QPointer<QWidget> parent = new QWidget;
     auto *window = make(SensorsKind(), parent);
-    QVERIFY(QTest::qWaitForWindowExposed(window));
+    QVERIFY(waitForExposed(window));
     library->sensors.sizes = 1;
     auto *bar = window->findChild<QMenuBar *>();
     QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(bar->actions().first()).center());
@@ -398,7 +398,7 @@ void WindowLifeTest::parentGoesUnderABoxOfASensorsList()
         QSKIP("opens no lists");
     QPointer<QWidget> parent = new QWidget;
     auto *window = make(SensorsKind(), parent);
-    QVERIFY(QTest::qWaitForWindowExposed(window));
+    QVERIFY(waitForExposed(window));
     library->events.sizes = 1;
     chooseFromMenu("Events List Dialog");
     onBox([&parent] { delete parent; });

@@ -196,12 +196,12 @@ bool PaintCounter::eventFilter(QObject *, QEvent *event)
 bool showAndWait(QWidget *window)
 {
     window->show();
-    return QTest::qWaitForWindowExposed(window);
+    return waitForExposed(window);
 }
 
 bool closeAndWait(QWidget *window)
 {
     const QPointer<QWidget> gone(window);
     window->close();
-    return QTest::qWaitFor([&gone] { return !gone; });
+    return waitFor([&gone] { return !gone; });
 }

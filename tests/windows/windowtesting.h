@@ -4,13 +4,13 @@
 #define OBRIM_TESTS_WINDOWTESTING_H
 
 #include "listview.h"
+#include "patience.h"
 
 #include <QApplication>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
 #include <QStringList>
-#include <QTest>
 #include <QTimer>
 #include <functional>
 
