@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "EventSource.h"
 #include "Options.h"
+#include "SensorsLock.h"
 #include "Simulation.h"
 #include "StoreTesting.h"
 
@@ -363,6 +364,32 @@ TEST_F(SimulationTest, HistoryCanBeStopped)
     EXPECT_LT(newest(), 200000);
 }
 
+TEST(SensorsLock, IsGivenBackAtItsEnd)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.file("x.db");
+    std::ofstream{path};
+    std::filesystem::permissions(path, std::filesystem::perms(0444));
+    auto first = std::make_unique<SensorsLock>();
+    first->take(path);
+    EXPECT_THROW(SensorsLock().take(path, 0), Sqlite::Error);
+    first.reset();
+    SensorsLock().take(path, 0);
+}
+
+TEST(SensorsLock, NamesTheFileThatCannotBeLocked)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.file("missing.db");
+    SensorsLock lock;
+    try {
+        lock.take(path);
+        ADD_FAILURE() << "there is no such file";
+    } catch (const Sqlite::Error &error) {
+        EXPECT_EQ(error.what(), path + ": the sensors cannot be taken (No such file or directory)");
+    }
+}
+
 /** The program itself, as a process. */
 class ProgramTest : public ::testing::Test
 {
@@ -496,6 +523,49 @@ TEST_F(ProgramTest, ObeysTheCommandsOfAnotherProcess)
     }
     ::kill(child, SIGTERM);
     EXPECT_EQ(end(child), 0);
+}
+
+TEST_F(ProgramTest, IsTheOnlyOneToPlayADatabasesSensors)
+{
+    const pid_t first = start({"--rate", "50", "--log", folder.file("log")});
+    awaitEvents();
+    EXPECT_EQ(end(start({"--duration", "0.1"})), 1);
+    const std::string path = folder.file("Config/../Data/installation.db");
+    EXPECT_EQ(textOf("out"), "sensor-sim: " + path + ": another sensor-sim plays the sensors of this database\n");
+
+    // By another name it is still the same database.
+    std::filesystem::create_directory_symlink("Data", folder.file("Alias"));
+    std::ofstream(folder.file("Config/DBLib.def")) << "Database=../Alias/installation.db\n";
+    EXPECT_EQ(end(start({"--duration", "0.1"})), 1);
+    EXPECT_THAT(textOf("out"), HasSubstr("/Alias/installation.db: another sensor-sim plays the sensors"));
+    EXPECT_EQ(end(start({"--fill", "10"})), 0) << textOf("out");
+
+    // The first one goes on, and when it is killed the next one may begin at once.
+    {
+        Store store(database, Sqlite::Durability::Crash);
+        const int id = store.put(makeCommand("receiver01", CommandStop, 0));
+        const std::string line = "command " + std::to_string(id) + " receiver01 Stop\n";
+        for (int i = 0; i < 2000 && textOf("log").find(line) == std::string::npos; ++i) {
+            ::usleep(10000);
+        }
+        EXPECT_THAT(textOf("log"), HasSubstr(line));
+    }
+    ::kill(first, SIGKILL);
+    EXPECT_EQ(end(start({"--duration", "0.1"})), 0) << textOf("out");
+    EXPECT_EQ(end(first), -SIGKILL);
+    for (const auto &entry : std::filesystem::directory_iterator(folder.file("Data"))) {
+        EXPECT_THAT(entry.path().filename().string(), testing::StartsWith("installation.db")) << "was left behind";
+    }
+}
+
+TEST_F(ProgramTest, ADatabaseOfAnotherNameBesideItIsAnother)
+{
+    const pid_t first = start({"--rate", "50", "--log", folder.file("log")});
+    awaitEvents();
+    std::ofstream(folder.file("Config/DBLib.def")) << "Database=../Data/other.db\n";
+    EXPECT_EQ(end(start({"--duration", "0.1"})), 0) << textOf("out");
+    ::kill(first, SIGTERM);
+    EXPECT_EQ(end(first), 0);
 }
 
 TEST_F(ProgramTest, FaultsAreNamed)

@@ -83,7 +83,8 @@ std::string usage()
            "  --log FILE      append a line to FILE for each event written and each command carried out\n"
            "  --help          show this\n"
            "\n"
-           "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database failed, 2 for a wrong command line.\n";
+           "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database failed or another sensor-sim plays its\n"
+           "sensors (which does not matter to --fill), 2 for a wrong command line.\n";
 }
 
 Options parseOptions(int argc, char *const argv[], std::string &fault)

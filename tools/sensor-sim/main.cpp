@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "Options.h"
+#include "SensorsLock.h"
 #include "Settings.h"
 #include "Simulation.h"
 
@@ -153,7 +154,11 @@ int play(const Options &options)
             return 1;
         }
     }
+    SensorsLock lock; // outlives the store
     Store store(readSettings(options.configDir).database, Sqlite::Durability::Crash);
+    if (!options.fill) {
+        lock.take(store.path());
+    }
     const unsigned seed = options.seed ? *options.seed : std::random_device()();
     Simulation simulation(store, options.sensors, seed, options.rate, log.get());
     return options.fill ? fill(simulation, *options.fill, signals, line) : run(simulation, options, signals, line);
