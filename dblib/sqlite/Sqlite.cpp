@@ -110,8 +110,10 @@ bool isImmutable(const std::string &path)
 {
     struct statvfs volume = {};
     struct stat log = {};
-    return ::statvfs(path.c_str(), &volume) == 0 && (volume.f_flag & ST_RDONLY) != 0 &&
-           (::stat((path + "-wal").c_str(), &log) != 0 || log.st_size == 0);
+    if (::statvfs(path.c_str(), &volume) != 0 || (volume.f_flag & ST_RDONLY) == 0) {
+        return false;
+    }
+    return ::stat((path + "-wal").c_str(), &log) == 0 ? log.st_size == 0 : errno == ENOENT;
 }
 
 /** A text that SQLite had no memory for looks like one that is not there. */

@@ -3,12 +3,14 @@
 
 /**
  * @file
- * The library with the first, the second, ... allocation or file operation
- * failing: once, and from then on. Whatever fails, each call ends with a result
- * that is true, nothing that was confirmed is lost, and when the fault is gone
- * all goes on.
+ * The library with the first, the second, ... allocation, file operation of
+ * SQLite or file call of its own failing: once, and from then on. Whatever
+ * fails, each call ends with a result that is true, nothing that was confirmed
+ * is lost, no other database is taken for the one that the settings name, and
+ * when the fault is gone all goes on.
  */
 #include "DBFuns.h"
+#include "FailingCalls.h"
 #include "FailingSqlite.h"
 #include "LoadDLL.h"
 #include "StoreTesting.h"
@@ -22,14 +24,19 @@
 
 #include <climits>
 #include <cstdlib>
+#include <fstream>
+#include <sched.h>
 #include <set>
 #include <string>
+#include <sys/mount.h>
+#include <sys/wait.h>
 #include <type_traits>
 #include <vector>
 
 namespace
 {
 using testing::AnyOf;
+using testing::HasSubstr;
 
 /** What fails in turn. */
 struct Fault {
@@ -38,7 +45,14 @@ struct Fault {
     bool (*grant)();
 };
 
+/** For the names of the tests, which would otherwise be those of addresses. */
+void PrintTo(const Fault &fault, std::ostream *out)
+{
+    *out << fault.name;
+}
+
 constexpr Fault Allocations = {"allocation", FailingAllocation::refuse, FailingAllocation::grant};
+constexpr Fault OwnCalls = {"own file call", FailingCalls::refuse, FailingCalls::grant};
 constexpr Fault FileOperations = {"file operation", FailingFiles::refuse, FailingFiles::grant};
 
 /** A message box is the console's: what it costs is not counted, and what it says is told by the result. */
@@ -151,24 +165,34 @@ bool sameSensor(const CSensor &a, const CSensor &b)
            sameBytes(a.Description, a.LDescription, b.Description, b.LDescription);
 }
 
+std::ptrdiff_t openDescriptors()
+{
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
+}
+
 class NthFailure : public ::testing::TestWithParam<Fault>
 {
 protected:
     void SetUp() override
     {
-        for (const char *name : {"Config", "Libs", "Data", "Elsewhere", "Elsewhere/Config"}) {
+        for (const char *name : {"Config", "Libs", "Elsewhere", "Elsewhere/Config"}) {
             std::filesystem::create_directories(folder.file(name));
         }
+        std::ofstream(folder.file("Config/DBLib.def")) << "% not the default\nDatabase=../Own/Data/installation.db\n";
         std::filesystem::copy_file(DBLIB_SQLITE, folder.file("Libs/DBLib.a"));
         ConfigWD = QString::fromLocal8Bit(folder.file("Config").c_str());
-        const CapturedOutput output(stdout);
-        ASSERT_EQ(LoadDLL(QString::fromLocal8Bit(folder.file("Libs").c_str())), 0);
+        {
+            const CapturedOutput output(stdout);
+            ASSERT_EQ(LoadDLL(QString::fromLocal8Bit(folder.file("Libs").c_str())), 0);
+        }
         SetInformationBox(ignoreBox);
         {
             const Store made(folder.file("Elsewhere/Data/installation.db"), Sqlite::Durability::Crash);
         }
         leave();
         memoryElsewhere = sqlite3_memory_used();
+        descriptorsElsewhere = openDescriptors();
     }
     void TearDown() override
     {
@@ -176,10 +200,12 @@ protected:
         // Nothing may stay behind but the connection to another file.
         leave();
         EXPECT_LE(sqlite3_memory_used(), memoryElsewhere);
+        EXPECT_EQ(openDescriptors(), descriptorsElsewhere);
+        EXPECT_FALSE(std::filesystem::exists(folder.file("Data"))) << "the default database was made";
     }
     std::string database() const
     {
-        return folder.file("Data/installation.db");
+        return folder.file("Own/Data/installation.db");
     }
     /** Closes the database: the library opens another one. */
     void leave()
@@ -211,9 +237,12 @@ protected:
     /** Opening a database takes thousands of allocations, of which each `some`-th fails; all do when asked for. */
     static int step(int some)
     {
-        return GetParam().refuse == FailingFiles::refuse || std::getenv("OBRIM_EVERY_FAILURE") ? 1 : some;
+        return GetParam().refuse != FailingAllocation::refuse || std::getenv("OBRIM_EVERY_FAILURE") ? 1 : some;
     }
-    /** Runs `action` with one after the other failing, `check` after each, until nothing is left to fail. */
+    /**
+     * Runs `action` with one after the other failing, `check` after each, until nothing is left to fail. More than
+     * `least` have to; of its own, the library may make one file call only.
+     */
     template <class Prepare, class Action, class Check>
     void failEach(int least, Prepare prepare, Action action, Check check, int some = 1)
     {
@@ -233,15 +262,25 @@ protected:
                         threw = true;
                     }
                     refused = GetParam().grant();
+                    said = errors.text();
                 }
                 EXPECT_FALSE(threw) << "nothing may be thrown at the console";
                 check(refused);
             }
-            EXPECT_GT(n - step(some), least) << "hardly anything was refused";
+            EXPECT_GT(n - step(some), GetParam().refuse == FailingCalls::refuse ? 0 : least)
+                << "hardly anything was refused";
             RecordProperty(onwards ? "onwards" : "once", n - step(some));
         }
     }
 
+    /** That the last action, which failed, said so, and why. */
+    void expectMessage(const char *what)
+    {
+        EXPECT_THAT(said, HasSubstr("DBLib: cannot " + std::string(what) + ": "));
+        if (GetParam().refuse != FailingAllocation::refuse) {
+            EXPECT_THAT(said, HasSubstr(folder.path())) << "the file is not named";
+        }
+    }
     /** All that there is, by rising identifier. */
     template <class Record> std::vector<Record> all()
     {
@@ -426,6 +465,7 @@ protected:
                 } else {
                     EXPECT_EQ(fetched.count, 0);
                     EXPECT_EQ(fetched.array, nullptr);
+                    expectMessage(std::is_same_v<Record, CMessageEvent> ? "read events" : "read commands");
                 }
                 released = get(nullptr, &fetched.array, &request);
                 EXPECT_EQ(released, 0);
@@ -466,7 +506,9 @@ protected:
     std::set<int> undecidedEvents;
     std::set<int> undecidedCommands;
     int last = 0;
+    std::string said; ///< by the last action, on standard error
     sqlite3_int64 memoryElsewhere = 0;
+    std::ptrdiff_t descriptorsElsewhere = 0;
 };
 
 CMessageEventRequest filteredEvents()
@@ -602,7 +644,7 @@ TEST_P(NthFailure, MakeAndPut)
         50,
         [&] {
             leave();
-            std::filesystem::remove_all(folder.file("Data"));
+            std::filesystem::remove_all(folder.file("Own"));
             events.clear();
         },
         [&] {
@@ -612,6 +654,12 @@ TEST_P(NthFailure, MakeAndPut)
         },
         [&](bool refused) {
             EXPECT_TRUE(refused || (initialised == 0 && result == 0));
+            if (initialised != 0) {
+                expectMessage("open the database");
+            }
+            if (result != 0) {
+                expectMessage("store an event");
+            }
             ASSERT_EQ(initialise(), 0);
             notePut(result, event);
             ASSERT_EQ(put(event), 0);
@@ -621,7 +669,65 @@ TEST_P(NthFailure, MakeAndPut)
         101);
 }
 
-INSTANTIATE_TEST_SUITE_P(, NthFailure, ::testing::Values(Allocations, FileOperations), [](const auto &tested) {
-    return std::string(tested.param.refuse == FailingFiles::refuse ? "Files" : "Memory");
-});
+/**
+ * A medium that nobody can write is read past SQLite's ordinary road, which
+ * leaves out what stands in a log: no failure may let that happen while there
+ * is one.
+ */
+TEST(OwnCallFailure, ALogOnAMediumThatCannotBeWrittenIsNotLeftOut)
+{
+    const TemporaryFolder folder;
+    const std::string medium = folder.file("medium");
+    const std::string path = medium + "/x.db";
+    std::filesystem::create_directory(medium);
+    {
+        Store store(folder.file("x.db"), Sqlite::Durability::Crash);
+        store.put(numbered<CMessageEvent>(1));
+        store.connection().run("PRAGMA wal_checkpoint(TRUNCATE)");
+        store.put(numbered<CMessageEvent>(2));
+        for (const char *suffix : {"", "-wal", "-shm"}) {
+            std::filesystem::copy_file(folder.file("x.db") + suffix, path + suffix);
+        }
+    }
+    constexpr int notPossible = 77;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool alone = ::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
+        if (!alone || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount(medium.c_str(), medium.c_str(), nullptr, MS_BIND, nullptr) != 0 ||
+            ::mount(nullptr, medium.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) != 0) {
+            ::_exit(notPossible);
+        }
+        int n = 0;
+        for (bool refused = true; refused; ++n) {
+            FailingCalls::refuse(n, false);
+            int events = -1;
+            try {
+                Store store(path, Sqlite::Durability::Crash, 0);
+                events = store.events(eventsWanted(10))->size();
+            } catch (const Sqlite::Error &error) {
+                EXPECT_THAT(error.what(), HasSubstr(path));
+            }
+            refused = FailingCalls::grant();
+            EXPECT_THAT(events, AnyOf(2, refused ? -1 : 2)) << "file call " << n;
+        }
+        EXPECT_GE(n, 4) << "hardly anything was refused";
+        std::fflush(nullptr);
+        ::_exit(::testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == notPossible) {
+        GTEST_SKIP() << "this machine does not allow it";
+    }
+    EXPECT_EQ(status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, NthFailure, ::testing::Values(Allocations, FileOperations, OwnCalls),
+                         [](const auto &tested) {
+                             if (tested.param.refuse == FailingCalls::refuse) {
+                                 return std::string("OwnCalls");
+                             }
+                             return std::string(tested.param.refuse == FailingFiles::refuse ? "Files" : "Memory");
+                         });
 } // namespace

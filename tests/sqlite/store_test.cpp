@@ -609,6 +609,15 @@ TEST_F(StoreTest, OddPathsAreTakenAsTheyStand)
     }
 }
 
+TEST_F(StoreTest, AFileBeyondTwoGigabytesIsStillInPlace)
+{
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(std::streamoff(3) << 30);
+    file.put('x').flush();
+    ASSERT_TRUE(file.good());
+    EXPECT_TRUE(store->isInPlace());
+}
+
 TEST_F(StoreTest, ManyProgramsMayMakeTheFileAtOnce)
 {
     // A busy machine may take its time for the others.
