@@ -92,10 +92,11 @@ int characteristics(sqlite3_file *)
 int mapShared(sqlite3_file *opened, int region, int size, int extend, void volatile **memory)
 {
     auto &shared = reinterpret_cast<OpenFile *>(opened)->file->shared;
-    if (extend && !shared[region]) {
-        shared[region] = std::make_unique<char[]>(std::size_t(size));
+    std::vector<char> &bytes = shared[region];
+    if (extend && bytes.empty()) {
+        bytes.resize(std::size_t(size));
     }
-    *memory = shared[region].get();
+    *memory = bytes.empty() ? nullptr : bytes.data();
     return SQLITE_OK;
 }
 
@@ -194,6 +195,17 @@ std::map<std::string, MemoryFile> &memoryFiles()
 {
     static std::map<std::string, MemoryFile> files;
     return files;
+}
+
+void replaceDatabase(const std::string &name, std::string_view content, std::string_view log)
+{
+    MemoryFile &database = memoryFiles()[name];
+    database.bytes = content;
+    memoryFiles()[name + "-wal"].bytes = log;
+    // Without its shared memory SQLite reads the log again, and keeps nothing that it knew of the file.
+    for (auto &region : database.shared) {
+        std::fill(region.second.begin(), region.second.end(), '\0');
+    }
 }
 
 void useMemoryFiles()

@@ -4,13 +4,14 @@
 #define OBRIM_TESTS_MEMORYFILES_H
 
 #include <map>
-#include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 /** What SQLite takes for a file. */
 struct MemoryFile {
     std::string bytes;
-    std::map<int, std::unique_ptr<char[]>> shared; ///< regions of the shared memory beside a database
+    std::map<int, std::vector<char>> shared; ///< regions of the shared memory beside a database
 };
 
 /**
@@ -18,6 +19,12 @@ struct MemoryFile {
  * system's by far, and nothing stays behind. One connection at a time.
  */
 std::map<std::string, MemoryFile> &memoryFiles();
+
+/**
+ * Puts other content where a database is that may be open, and its log. As if
+ * by another program: the connection notices before its next transaction.
+ */
+void replaceDatabase(const std::string &name, std::string_view content, std::string_view log);
 
 /** From now on SQLite uses memoryFiles(). */
 void useMemoryFiles();

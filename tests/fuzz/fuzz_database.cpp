@@ -2,37 +2,42 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The store on arbitrary database files. An input is a database file, and
-// behind it, from the mark of such a file on, its write-ahead log.
+// behind it, from the mark of such a file on, its write-ahead log. What is
+// asked stands in the file itself (see FreeByte): a question and a change take
+// a tenth of the time that all take, and opening a store takes longer still.
 #include "FuzzTarget.h"
 
+#include "DamagedDatabase.h"
 #include "MemoryFiles.h"
 #include "Messages.h"
 #include "Store.h"
 
+#include <memory>
 #include <new>
+#include <sqlite3.h>
 #include <string_view>
 
 namespace
 {
 constexpr char DatabaseName[] = "damaged.db";
-constexpr char LogName[] = "damaged.db-wal";
+constexpr char KeptName[] = "replaced.db";
 constexpr int Most = 300;
+constexpr int Variants = 10;
+constexpr int Questions = 2 * Variants + 1;
+constexpr int Changes = 8;
 
-/** Where the log begins: "7 DEL ACK" and STX or ETX. */
-std::size_t startOfLog(std::string_view content)
-{
-    return std::min({content.find("\x37\x7f\x06\x82"), content.find("\x37\x7f\x06\x83"), content.size()});
-}
+/** An input in its parts. */
+struct Files {
+    std::string_view database;
+    std::string_view log;
+};
 
-void setFiles(std::string_view content)
+/** The log begins with "7 DEL ACK" and STX or ETX. */
+Files filesOf(std::string_view content)
 {
-    const std::size_t log = startOfLog(content);
-    auto &files = memoryFiles();
-    files.clear();
-    files[DatabaseName].bytes = content.substr(0, log);
-    if (log < content.size()) {
-        files[LogName].bytes = content.substr(log);
-    }
+    const std::size_t log =
+        std::min({content.find("\x37\x7f\x06\x82"), content.find("\x37\x7f\x06\x83"), content.size()});
+    return {content.substr(0, log), content.substr(log)};
 }
 
 /** Whatever the store is asked: it answers, or says why it cannot. */
@@ -97,57 +102,58 @@ template <class Record, class Request> void checkAnswer(const Records<Record> &f
 }
 
 /** Asks for either end: all, by name, by time, by time and name, in a range of identifiers. */
-template <class Request, class Ask, class UseIds, class UseTimes>
-void askForAll(Ask ask, UseIds useIds, UseTimes useTimes)
+template <class Request, class UseIds, class UseTimes> Request requestOf(int variant, UseIds useIds, UseTimes useTimes)
 {
-    for (int variant = 0; variant < 10; ++variant) {
-        Request request;
-        request.NMax = variant < 2 ? 2000 : Most;
-        request.TakeFirst1_Last0 = variant % 2;
-        if (variant / 2 == 1 || variant / 2 == 3) {
-            request.UseSensorID = 1;
-            setText(request.SensorID, request.LSensorID, "sensor1");
-        }
-        if (variant / 2 >= 2) {
-            useTimes(request);
-        }
-        if (variant / 2 == 4) {
-            useIds(request);
-            request.UseMessageType = 1;
-            request.MessageType = 1;
-        }
-        answers([&] { checkAnswer(*ask(request), request); });
+    Request request;
+    request.NMax = variant < 2 ? 2000 : Most;
+    request.TakeFirst1_Last0 = variant % 2;
+    if (variant / 2 == 1 || variant / 2 == 3) {
+        request.UseSensorID = 1;
+        setText(request.SensorID, request.LSensorID, "sensor1");
     }
+    if (variant / 2 >= 2) {
+        useTimes(request);
+    }
+    if (variant / 2 == 4) {
+        useIds(request);
+        request.UseMessageType = 1;
+        request.MessageType = 1;
+    }
+    return request;
 }
 
-void askForEvents(Store &store)
+void askForEvents(Store &store, int variant)
 {
-    askForAll<CMessageEventRequest>([&](const CMessageEventRequest &request) { return store.events(request); },
-                                    [](CMessageEventRequest &request) {
-                                        request.UseMessageID0 = request.UseMessageID1 = 1;
-                                        request.MessageID0 = 3;
-                                        request.MessageID1 = 400;
-                                    },
-                                    [](CMessageEventRequest &request) {
-                                        request.UseEventTime0 = request.UseEventTime1 = 1;
-                                        request.EventTime0 = 1010;
-                                        request.EventTime1 = 1200;
-                                    });
+    const auto request = requestOf<CMessageEventRequest>(
+        variant,
+        [](CMessageEventRequest &wanted) {
+            wanted.UseMessageID0 = wanted.UseMessageID1 = 1;
+            wanted.MessageID0 = 3;
+            wanted.MessageID1 = 400;
+        },
+        [](CMessageEventRequest &wanted) {
+            wanted.UseEventTime0 = wanted.UseEventTime1 = 1;
+            wanted.EventTime0 = 1010;
+            wanted.EventTime1 = 1200;
+        });
+    answers([&] { checkAnswer(*store.events(request), request); });
 }
 
-void askForCommands(Store &store)
+void askForCommands(Store &store, int variant)
 {
-    askForAll<CMessageCommandRequest>([&](const CMessageCommandRequest &request) { return store.commands(request); },
-                                      [](CMessageCommandRequest &request) {
-                                          request.UseCommandID0 = request.UseCommandID1 = 1;
-                                          request.CommandID0 = 3;
-                                          request.CommandID1 = 400;
-                                      },
-                                      [](CMessageCommandRequest &request) {
-                                          request.UseCommandTime0 = request.UseCommandTime1 = 1;
-                                          request.CommandTime0 = 1010;
-                                          request.CommandTime1 = 1200;
-                                      });
+    const auto request = requestOf<CMessageCommandRequest>(
+        variant,
+        [](CMessageCommandRequest &wanted) {
+            wanted.UseCommandID0 = wanted.UseCommandID1 = 1;
+            wanted.CommandID0 = 3;
+            wanted.CommandID1 = 400;
+        },
+        [](CMessageCommandRequest &wanted) {
+            wanted.UseCommandTime0 = wanted.UseCommandTime1 = 1;
+            wanted.CommandTime0 = 1010;
+            wanted.CommandTime1 = 1200;
+        });
+    answers([&] { checkAnswer(*store.commands(request), request); });
 }
 
 void askForSensors(Store &store)
@@ -161,42 +167,161 @@ void askForSensors(Store &store)
     });
 }
 
-void change(Store &store)
+void ask(Store &store, int question)
+{
+    if (question < Variants) {
+        askForEvents(store, question);
+    } else if (question < 2 * Variants) {
+        askForCommands(store, question - Variants);
+    } else {
+        askForSensors(store);
+    }
+}
+
+void putEvent(Store &store)
 {
     CMessageEvent event;
     event.MessageType = 1;
     event.EventTime = 1100;
     setText(event.SensorID, event.LSensorID, "sensor1");
     setText(event.EventName, event.LEventName, "an event");
-    answers([&] { store.put(event); });
+    store.put(event);
+}
+
+void putCommand(Store &store)
+{
     CMessageCommand command;
     command.MessageType = 1;
     command.CommandTime = 1100;
     setText(command.SensorID, command.LSensorID, "sensor1");
-    answers([&] { store.put(command); });
-    answers([&] { store.deleteEvent(5); });
-    answers([&] { store.deleteCommand(5); });
-    answers([&] { store.registerSensor("sensor2", 1, "a sensor"); });
-    answers([&] { store.keepAlive("sensor1", 1100); });
-    answers([&] { store.setLastCommand("sensor1", 5); });
+    store.put(command);
+}
+
+void putEvents(Store &store)
+{
     NewMessage message;
     message.series = {1, 1, "sensor3", "events"};
-    answers([&] { store.putEvents({40, message}); });
+    store.putEvents({40, message});
+}
+
+void change(Store &store, int which)
+{
+    answers([&] {
+        switch (which) {
+        case 0:
+            return putEvent(store);
+        case 1:
+            return putCommand(store);
+        case 2:
+            store.deleteEvent(5);
+            return;
+        case 3:
+            store.deleteCommand(5);
+            return;
+        case 4:
+            return store.registerSensor("sensor2", 1, "a sensor");
+        case 5:
+            return store.keepAlive("sensor1", 1100);
+        case 6:
+            return store.setLastCommand("sensor1", 5);
+        default:
+            return putEvents(store);
+        }
+    });
+}
+
+void askEverything(Store &store)
+{
+    for (int question = 0; question < Questions; ++question) {
+        ask(store, question);
+    }
+    for (int which = 0; which < Changes; ++which) {
+        change(store, which);
+    }
+    for (int question = 0; question < Variants; ++question) {
+        ask(store, question);
+    }
+}
+
+/** `chosen` begins at QuestionByte. */
+void askWhatIsChosen(Store &store, std::string_view chosen)
+{
+    const auto choice = [&](FreeByte byte) { return int(static_cast<unsigned char>(chosen[byte - QuestionByte])); };
+    const int question = (choice(QuestionByte) - 1) % Questions;
+    ask(store, question);
+    if (choice(ChangeByte) > 0) {
+        change(store, (choice(ChangeByte) - 1) % Changes);
+        ask(store, question);
+    }
+}
+
+/** A store that stays open while its file becomes another one, as another program's damage would do. */
+class KeptStore
+{
+public:
+    /** The store with these files; none when opening one is the only way. */
+    Store *with(const Files &files)
+    {
+        if (!EmptyDatabase::get().hasSameDefinitions(files.database)) {
+            return nullptr;
+        }
+        if (!store || !sqlite3_get_autocommit(store->connection().handle())) {
+            open();
+        }
+        replaceDatabase(KeptName, files.database, files.log);
+        // What is undone makes the store forget the series that it knows; everything else SQLite finds out.
+        return answers([&] { const Store::Batch undone(*store); }) ? store.get() : nullptr;
+    }
+
+private:
+    void open()
+    {
+        store.reset();
+        memoryFiles().erase(KeptName);
+        memoryFiles()[KeptName].bytes = EmptyDatabase::get().bytes();
+        store = std::make_unique<Store>(KeptName, Sqlite::Durability::Crash, 0);
+        // Both tables are made ready, so that what follows does not depend on what was asked before.
+        ask(*store, 0);
+        ask(*store, Variants);
+    }
+
+    std::unique_ptr<Store> store;
+};
+
+template <class Ask> void askOpened(const Files &files, Ask askStore)
+{
+    for (const char *end : {"", "-wal", "-shm", "-journal"}) {
+        memoryFiles().erase(DatabaseName + std::string(end));
+    }
+    memoryFiles()[DatabaseName].bytes = files.database;
+    if (!files.log.empty()) {
+        memoryFiles()[std::string(DatabaseName) + "-wal"].bytes = files.log;
+    }
+    answers([&] {
+        Store store(DatabaseName, Sqlite::Durability::Crash, 0);
+        askStore(store);
+    });
 }
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    static const bool inMemory = (useMemoryFiles(), true);
+    static const bool inMemory = (useMemoryFiles(), memoryFiles(), true);
     require(inMemory, "the files are in memory");
-    setFiles({reinterpret_cast<const char *>(data), size});
-    answers([] {
-        Store store(DatabaseName, Sqlite::Durability::Crash, 0);
-        askForSensors(store);
-        askForEvents(store);
-        askForCommands(store);
-        change(store);
-        askForEvents(store);
-    });
+    static KeptStore kept;
+    const Files files = filesOf({reinterpret_cast<const char *>(data), size});
+    if (files.database.size() <= OpenByte || files.database[QuestionByte] == '\0') {
+        askOpened(files, askEverything);
+        return 0;
+    }
+    const auto askChosen = [chosen = files.database.substr(QuestionByte)](Store &store) {
+        askWhatIsChosen(store, chosen);
+    };
+    const bool mayBeOpen = files.database[OpenByte] % 2 == 0;
+    if (Store *store = mayBeOpen ? kept.with(files) : nullptr) {
+        askChosen(*store);
+    } else {
+        askOpened(files, askChosen);
+    }
     return 0;
 }

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Damages database files where it hurts: in what leads SQLite through them.
+#include "DamagedDatabase.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -34,11 +36,14 @@ public:
     /** One damage to a page, or to the file's own header. */
     void inflict()
     {
-        const std::size_t page = below(std::max<std::size_t>(1, length / pageSize)) * pageSize;
+        const std::size_t page = choosePage() * pageSize;
         const std::size_t header = page == 0 ? FileHeader : page;
-        switch (below(8)) {
+        switch (below(9)) {
         case 0:
-            change(below(FileHeader));
+            change(page == 0 ? below(FileHeader) : header + below(PageHeader));
+            break;
+        case 7:
+            shiftPart(page);
             break;
         case 1:
             change(header + below(PageHeader));
@@ -57,7 +62,40 @@ public:
         }
     }
 
+    /** Chooses what the store is asked. */
+    void choose()
+    {
+        bytes[QuestionByte] = std::uint8_t(1 + below(255));
+        bytes[ChangeByte] = std::uint8_t(below(2) ? below(256) : 0);
+    }
+
+    bool oneOf(std::size_t number)
+    {
+        return below(number) == 0;
+    }
+
 private:
+    /** Mostly one that holds rows: a store's own work begins behind the definitions of the tables. */
+    std::size_t choosePage()
+    {
+        const std::size_t pages = std::max<std::size_t>(1, length / pageSize);
+        std::size_t page = below(pages);
+        for (int tries = 6; tries > 0 && EmptyDatabase::get().isDefinition(page); --tries) {
+            page = below(pages);
+        }
+        return page;
+    }
+
+    /** What the fuzzer does by itself, to a part of a page: the others stay where they are. */
+    void shiftPart(std::size_t page)
+    {
+        const std::size_t start = page + below(pageSize);
+        const std::size_t end = std::min({page + pageSize, start + 1 + below(64), length});
+        if (start < end) {
+            LLVMFuzzerMutate(bytes + start, end - start, end - start);
+        }
+    }
+
     std::size_t below(std::size_t bound)
     {
         return bound > 0 ? random() % bound : 0;
@@ -135,12 +173,18 @@ private:
 
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::size_t maxSize, unsigned seed)
 {
-    if (size < FileHeader || seed % 8 == 0) {
+    if (size < FileHeader || seed % 128 == 0) {
         return LLVMFuzzerMutate(data, size, maxSize);
     }
     Damage damage(data, size, seed);
-    for (unsigned times = 1 + seed / 8 % 4; times > 0; --times) {
+    if (data[QuestionByte] == 0 || damage.oneOf(4)) {
+        damage.choose();
+    }
+    for (unsigned times = 1 + seed / 128 % 4; times > 0; --times) {
         damage.inflict();
     }
-    return size;
+    // Opening a store takes ten times as long as asking one, so few of the inputs need it.
+    const bool opens = damage.oneOf(64);
+    data[OpenByte] = opens ? 1 : 0;
+    return opens ? size : EmptyDatabase::get().define(data, size, maxSize);
 }
