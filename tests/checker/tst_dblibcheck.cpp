@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -89,8 +88,11 @@ std::string library(const std::string &folder)
     return std::string(CHECKER_LIBRARIES) + "/" + folder + "/Libs/DBLib.a";
 }
 
-/** Arguments that keep the checks whose length can be chosen short. */
-const char *const brief = " --seed 7 --fetches 2000 --records 1000 ";
+/** Longer than any check takes on the busiest machine. */
+const char *const patient = " --seed 7 --timeout 600 ";
+
+/** The same, and the checks whose length can be chosen are short. */
+const char *const brief = " --seed 7 --timeout 600 --fetches 2000 --records 1000 ";
 
 class Directory
 {
@@ -120,6 +122,7 @@ struct FaultCase {
     Verdicts complaints;
     const char *arguments = "";
     bool damagesMemory = false; ///< a sanitizer ends the process at once, in every check that meets the fault
+    const char *hanging = "";   ///< the check in which the library does not come back
 };
 
 void PrintTo(const FaultCase &fault, std::ostream *stream)
@@ -138,12 +141,42 @@ class DBLibCheckFault : public testing::TestWithParam<FaultCase>
 {
 };
 
+/** The names of all checks that do not write but one, as arguments. */
+std::string allBut(const std::string &check)
+{
+    std::string arguments;
+    std::istringstream list(run("--list").output);
+    for (std::string line; std::getline(list, line);) {
+        const std::string name = line.substr(0, line.find(' '));
+        if (!name.empty() && name != check && line.find("(--write)") == std::string::npos) {
+            arguments += " --only " + name;
+        }
+    }
+    return arguments;
+}
+
+/** All checks; the one that hangs alone, as it would else be waited for as long as for the slowest of the others. */
+CheckerRun runAll(const FaultCase &fault)
+{
+    const std::string checked = "'" + library(fault.folder) + "'";
+    if (!*fault.hanging) {
+        return run(checked + brief + fault.arguments);
+    }
+    CheckerRun result = run(checked + brief + allBut(fault.hanging));
+    const CheckerRun hanging = run(checked + " --timeout 3 --only " + fault.hanging);
+    result.status = hanging.status;
+    result.output += hanging.output;
+    result.verdicts.insert(hanging.verdicts.begin(), hanging.verdicts.end());
+    return result;
+}
+
 TEST_P(DBLibCheckFault, isNamedByTheRightCheckAndNoOther)
 {
     const FaultCase &fault = GetParam();
-    const CheckerRun result = run("'" + library(fault.folder) + "'" + brief + fault.arguments);
+    const CheckerRun result = runAll(fault);
     SCOPED_TRACE(result.output);
     Verdicts complaints = result.complaints();
+    EXPECT_GT(result.verdicts.size(), 50U);
     if (sanitized && fault.damagesMemory) {
         for (const auto &[name, verdict] : fault.complaints) {
             EXPECT_EQ(complaints.count(name), 1U) << name;
@@ -209,14 +242,14 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"ignore-sigterm", {{"process-state", "fail"}}},
         FaultCase{"block-signals", {{"process-state", "fail"}}}, FaultCase{"first-thread-only", {{"thread", "fail"}}},
         FaultCase{"abort-at-exit", {{"exit", "crash"}}},
-        FaultCase{"hang-at-exit", {{"exit", "timeout"}}, "--timeout 6"},
+        FaultCase{"hang-at-exit", {{"exit", "timeout"}}, "", false, "exit"},
         FaultCase{"segfault", {{"event-nmax", "crash"}}}, FaultCase{"abort", {{"event-nmax", "crash"}}},
         FaultCase{"stack-overflow", {{"event-nmax", "crash"}}}, FaultCase{"exit", {{"event-nmax", "crash"}}},
         FaultCase{"quick-exit", {{"event-nmax", "crash"}}}, FaultCase{"throws", {{"event-nmax", "fail"}}},
         FaultCase{"throws-number", {{"event-nmax", "fail"}}},
         FaultCase{"huge-allocation", {{"event-nmax", "fail"}}, "", true},
-        FaultCase{"endless-loop", {{"event-nmax", "timeout"}}, "--timeout 6"},
-        FaultCase{"ignores-sigterm", {{"event-nmax", "timeout"}}, "--timeout 6"}),
+        FaultCase{"endless-loop", {{"event-nmax", "timeout"}}, "", false, "event-nmax"},
+        FaultCase{"ignores-sigterm", {{"event-nmax", "timeout"}}, "", false, "event-nmax"}),
     testName);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -359,7 +392,7 @@ TEST(DBLibCheckFile, aPipeDoesNotBlock)
 
 TEST(DBLibCheckGood, aGoodLibraryPassesEveryCheck)
 {
-    const CheckerRun result = run("'" + library("good") + "' --seed 3");
+    const CheckerRun result = run("'" + library("good") + "'" + patient);
     EXPECT_EQ(result.complaints(), Verdicts()) << result.output;
     EXPECT_EQ(result.status, 0);
     EXPECT_GT(result.verdicts.size(), 50U);
@@ -367,7 +400,7 @@ TEST(DBLibCheckGood, aGoodLibraryPassesEveryCheck)
 
 TEST(DBLibCheckGood, aGoodLibraryPassesEveryCheckThatWrites)
 {
-    const CheckerRun result = run("'" + library("good") + "' --write --fetches 5000");
+    const CheckerRun result = run("'" + library("good") + "' --write --fetches 5000" + patient);
     EXPECT_EQ(result.complaints(), Verdicts()) << result.output;
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.verdicts.at("event-new-identifier"), "pass");
@@ -454,8 +487,9 @@ TEST(DBLibCheckSqlite, aStoreWithMoreRecordsThanAreComparedPasses)
     ASSERT_TRUE(fillStore(installation, 25000));
     const CheckerRun result = run(
         installation.arguments() +
-        "--seed 7 --records 25000 --only event-identifier --only event-nmax --only event-first-last --only event-order "
-        "--only event-paging --only many-records");
+        "--records 25000 --only event-identifier --only event-nmax --only event-first-last --only event-order "
+        "--only event-paging --only many-records" +
+        patient);
     EXPECT_EQ(result.complaints(), Verdicts()) << result.output;
     EXPECT_EQ(result.verdicts.at("event-paging"), "pass");
     EXPECT_THAT(result.output, HasSubstr("25000 events"));
@@ -568,11 +602,25 @@ TEST(DBLibCheckProgram, theInstallationIsNotTouchedByWriting)
     EXPECT_TRUE(fs::is_empty(directory.path / "tmp"));
 }
 
+/** What a process has mapped; nothing of one that is gone, which may come to pass while it is read. */
+std::string mappingsOf(const fs::path &process)
+{
+    std::string text;
+    if (std::FILE *file = std::fopen((process / "maps").c_str(), "re")) {
+        std::array<char, 4096> buffer;
+        for (std::size_t got = 0; (got = fread(buffer.data(), 1, buffer.size(), file)) > 0;) {
+            text.append(buffer.data(), got);
+        }
+        std::fclose(file);
+    }
+    return text;
+}
+
 /** Whether any process has this file mapped. */
 bool inUse(const std::string &file)
 {
     for (const fs::directory_entry &entry : fs::directory_iterator("/proc")) {
-        if (contentsOf(entry.path() / "maps").find(file) != std::string::npos) {
+        if (mappingsOf(entry.path()).find(file) != std::string::npos) {
             return true;
         }
     }
@@ -581,10 +629,21 @@ bool inUse(const std::string &file)
 
 TEST(DBLibCheckProgram, noProcessOfALibraryOutlivesTheRun)
 {
-    run("'" + library("fork-daemon") + "' --only processes --only texts");
-    EXPECT_FALSE(inUse(library("fork-daemon")));
-    run("'" + library("fork") + "' --only processes --only texts");
-    EXPECT_FALSE(inUse(library("fork")));
+    for (const char *fault : {"fork-daemon", "fork"}) {
+        // A file of this test's own: others run these libraries at the same time.
+        const Directory directory;
+        const std::string copy = (directory.path / "DBLib.a").string();
+        fs::copy_file(library(fault), copy);
+        const CheckerRun result = run("'" + copy + "' --only processes --only texts" + patient);
+        EXPECT_EQ(result.verdicts, (Verdicts{{"processes", "fail"}, {"texts", "pass"}}));
+        EXPECT_FALSE(inUse(copy));
+    }
+}
+
+TEST(DBLibCheckProgram, theSearchForProcessesFindsOne)
+{
+    const std::string self = fs::read_symlink("/proc/self/exe").string();
+    EXPECT_TRUE(inUse(self));
 }
 
 TEST(DBLibCheckProgram, anInterruptionEndsTheRunAndCleansUp)
@@ -596,7 +655,7 @@ TEST(DBLibCheckProgram, anInterruptionEndsTheRunAndCleansUp)
     if (child == 0) {
         setenv("TMPDIR", directory.path.c_str(), 1);
         dup2(ends[1], STDOUT_FILENO);
-        execl(DBLIB_CHECK, DBLIB_CHECK, "--only", "size-query", "--only", "event-nmax",
+        execl(DBLIB_CHECK, DBLIB_CHECK, "--timeout", "86400", "--only", "size-query", "--only", "event-nmax",
               library("ignores-sigterm").c_str(), static_cast<char *>(nullptr));
         _exit(127);
     }
@@ -606,14 +665,12 @@ TEST(DBLibCheckProgram, anInterruptionEndsTheRunAndCleansUp)
     for (char c = 0; output.find("size-query") == std::string::npos && read(ends[0], &c, 1) == 1;) {
         output += c;
     }
-    const auto start = std::chrono::steady_clock::now();
     kill(child, SIGTERM);
     int status = 0;
     waitpid(child, &status, 0);
     close(ends[0]);
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 1);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
     EXPECT_TRUE(fs::is_empty(directory.path));
 }
 } // namespace

@@ -42,6 +42,19 @@ template <class Kind> void fetchBothEnds(const Library &library)
 }
 } // namespace
 
+bool Pace::goesOn()
+{
+    constexpr int mostRounds = 50;
+    if (m_round.over() && !m_tooSlow) {
+        m_tooSlow = m_doneInRound < m_pieces / mostRounds;
+        m_doneInRound = 0;
+        m_round = Budget(m_target);
+        progress();
+    }
+    ++m_doneInRound;
+    return !m_tooSlow;
+}
+
 const std::vector<Check> &allChecks()
 {
     static const std::vector<Check> all = gathered();

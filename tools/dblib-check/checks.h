@@ -28,9 +28,8 @@ struct Target {
 class Budget
 {
 public:
-    /** `percent` of the time limit, from now. */
-    explicit Budget(const Target &target, int percent = 60)
-        : m_end(std::chrono::steady_clock::now() + std::chrono::milliseconds(target.seconds * 10L * percent))
+    explicit Budget(const Target &target)
+        : m_end(std::chrono::steady_clock::now() + std::chrono::milliseconds(target.seconds * 600L))
     {
     }
     bool over() const
@@ -40,6 +39,31 @@ public:
 
 private:
     std::chrono::steady_clock::time_point m_end;
+};
+
+/**
+ * A long work in equal pieces. It may take many time limits as long as each of
+ * them brings a good part of it: a busy machine is no fault of the library.
+ */
+class Pace
+{
+public:
+    Pace(const Target &target, int pieces)
+        : m_target(target)
+        , m_pieces(pieces)
+        , m_round(target)
+    {
+        progress();
+    }
+    /** Whether the next piece is worth beginning. Once it is not, it never is again. */
+    bool goesOn();
+
+private:
+    const Target &m_target;
+    int m_pieces;
+    Budget m_round;
+    int m_doneInRound = 0;
+    bool m_tooSlow = false;
 };
 
 /** One check. */
@@ -52,7 +76,6 @@ struct Check {
     bool advisory = false; ///< asks for more than the console relies on: failures become warnings
     bool silent = false;   ///< a pass becomes a warning when anything was printed
     Leave leave = Leave::AtOnce;
-    int patience = 1; ///< how many times the time limit this check has
 };
 
 /** All checks in the order in which they run. */

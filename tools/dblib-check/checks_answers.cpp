@@ -168,6 +168,12 @@ std::string compared(int count)
     return std::to_string(count) + " requests compared";
 }
 
+Outcome comparedInTime(int count, int wanted)
+{
+    return warned("only " + compared(count) + " in the time, of " + std::to_string(wanted) +
+                  "; a longer --timeout allows more");
+}
+
 /** The filters that can be compared: without whole texts it is not known what a mask should select. */
 template <class Kind>
 std::vector<Filter<typename Kind::Request>> filtersFor(const Contents<Kind> &contents, std::mt19937 &random)
@@ -216,9 +222,12 @@ template <class Kind> Outcome checkGroup(const Target &target, typename Filter<t
         const auto ranges = rangesOf(filters[0], filters[1]);
         questions.insert(questions.end(), ranges.begin(), ranges.end());
     }
-    const Budget budget(target);
+    Pace pace(target, int(questions.size()));
     for (const auto &question : questions) {
-        const std::string fault = budget.over() ? "" : comparison.fault(question, random() % 2 == 0);
+        if (!pace.goesOn()) {
+            return comparedInTime(comparison.count(), int(questions.size()));
+        }
+        const std::string fault = comparison.fault(question, random() % 2 == 0);
         if (!fault.empty()) {
             return failed(fault);
         }
@@ -259,15 +268,22 @@ template <class Kind> Outcome checkCombined(const Target &target)
     Comparison<Kind> comparison(session.library);
     const auto filters = filtersFor<Kind>(comparison.contents(), random);
     const auto anyOf = [&random](const auto &filter) { return &filter.terms[random() % filter.terms.size()]; };
-    const Budget budget(target);
+    constexpr int rounds = 12;
+    const int pairs = int(filters.size() * (filters.size() - 1) / 2) * rounds;
+    Pace pace(target, pairs);
     std::string fault;
     for (std::size_t i = 0; i < filters.size(); ++i) {
         for (std::size_t j = i + 1; j < filters.size(); ++j) {
-            for (int round = 0; round < 12 && fault.empty() && !budget.over(); ++round) {
+            for (int round = 0; round < rounds && fault.empty() && pace.goesOn(); ++round) {
                 fault = comparison.fault({anyOf(filters[i]), anyOf(filters[j])}, round % 2 == 0);
             }
         }
     }
+    if (fault.empty() && comparison.count() < pairs) {
+        return comparedInTime(comparison.count(), pairs);
+    }
+    progress();
+    const Budget budget(target);
     for (int round = 0; round < 500 && fault.empty() && !budget.over(); ++round) {
         std::vector<const Term<typename Kind::Request> *> terms;
         for (const auto &filter : filters) {

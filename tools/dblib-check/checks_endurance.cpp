@@ -91,16 +91,15 @@ void fetchNumber(const Library &library, int i)
 Outcome checkEndurance(const Target &target)
 {
     constexpr int warmUp = 1000;
-    const int least = std::min(2000, target.fetches);
     const Session session(target);
-    const Budget budget(target);
     stage("fetching " + std::to_string(target.fetches) + " times");
-    for (int i = 0; i < warmUp && !budget.over(); ++i) {
+    Pace pace(target, warmUp + target.fetches);
+    for (int i = 0; i < warmUp && pace.goesOn(); ++i) {
         fetchNumber(session.library, i);
     }
     const Usage before;
     int done = 0;
-    while (done < target.fetches && !(done % 64 == 0 && budget.over())) {
+    while (done < target.fetches && pace.goesOn()) {
         fetchNumber(session.library, done++);
     }
     const std::string fault = growth(before, Usage(), done);
@@ -108,7 +107,8 @@ Outcome checkEndurance(const Target &target)
         return failed(fault);
     }
     const std::string finding = std::to_string(done) + " fetches";
-    return done < least ? warned("only " + finding + " in the time; a longer --timeout allows more") : passed(finding);
+    return done < target.fetches ? warned("only " + finding + " in the time; a longer --timeout allows more")
+                                 : passed(finding);
 }
 
 Outcome checkSpeed(const Target &target)

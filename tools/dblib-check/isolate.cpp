@@ -29,6 +29,7 @@ namespace
  */
 struct Board {
     std::atomic<bool> settled;
+    std::atomic<unsigned> progress; ///< grows with each step of a long work
     Verdict verdict;
     char finding[4096];
     char stage[1024];
@@ -161,8 +162,13 @@ void await(int input, double seconds)
 /** Waits for the child's end. False when the time was over or the user wants to stop; it is then killed. */
 bool awaitEnd(pid_t child, int input, double seconds, IsolatedRun &run, int &status)
 {
-    const auto start = std::chrono::steady_clock::now();
+    auto start = std::chrono::steady_clock::now();
+    unsigned progress = 0;
     while (waitpid(child, &status, WNOHANG) != child) {
+        if (board->progress != progress) {
+            progress = board->progress;
+            start = std::chrono::steady_clock::now();
+        }
         if (since(start) >= seconds || interrupted()) {
             kill(-child, SIGKILL);
             kill(child, SIGKILL);
@@ -325,6 +331,13 @@ void stage(const std::string &what)
 {
     if (board) {
         store(board->stage, what.c_str());
+    }
+}
+
+void progress()
+{
+    if (board) {
+        ++board->progress;
     }
 }
 

@@ -17,7 +17,7 @@
 
 /** What a process may use. */
 struct Limits {
-    int seconds = 45;
+    int seconds = 45; ///< from its start or its latest progress
     int megabytes = 2048; ///< of address space; not enforced in a sanitizer build, which reserves terabytes
 };
 
@@ -44,6 +44,9 @@ IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limi
 
 /** Within `body`: what is about to be done, told when the process does not survive it. */
 void stage(const std::string &what);
+
+/** Within `body`: a good part of a long work is done, and the time limit counts from now. */
+void progress();
 
 /** Within `body`: settles the verdict and leaves at once; for signal handlers too. */
 [[noreturn]] void settle(Verdict verdict, const char *finding);

@@ -68,12 +68,8 @@ public:
         } else if (check.writes && !m_unsafe.empty()) {
             result.run.outcome = skipped(m_unsafe);
         } else {
-            Limits limits = m_options.limits;
-            limits.seconds *= check.patience;
-            Target target = m_target;
-            target.seconds = limits.seconds;
             Disk::wait(!worksOnCopy(check));
-            result.run = runIsolated([&] { return check.run(target); }, limits, check.leave);
+            result.run = runIsolated([&] { return check.run(m_target); }, m_options.limits, check.leave);
             moderate(result);
             draw(result);
         }
