@@ -5,6 +5,7 @@
 set(CHECKER_FAULTS
     abort
     abort-at-exit
+    array-overread
     block-signals
     bytes-lost
     change-directory
@@ -15,15 +16,19 @@ set(CHECKER_FAULTS
     command-id0
     command-id1
     command-mask-swapped
+    command-same-identifier
     command-size
+    command-switch-ignored
+    command-text-cut
     command-text-open
     command-time-lost
     command-time0
     command-time1
+    command-type-ignored
     count-negative
     count-null-array
-    count-too-high
     count-short
+    count-too-high
     crash-at-load
     crash-missing-directory
     crash-uninitialised
@@ -32,6 +37,7 @@ set(CHECKER_FAULTS
     delete-throws
     delete-unknown
     double-free
+    eats-memory
     endless-loop
     ends-swapped
     event-id0
@@ -48,7 +54,10 @@ set(CHECKER_FAULTS
     huge-allocation
     ignore-sigterm
     ignores-sigterm
+    initialise-empties
     initialise-fails
+    large-cut
+    large-refused
     leak-descriptor
     leak-memory
     leak-thread
@@ -76,12 +85,17 @@ set(CHECKER_FAULTS
     pointer-kept
     print
     print-at-load
+    print-at-put
     print-error
     put-crashes
+    put-crawls
     put-ignored
+    put-overrun
+    put-pauses
     put-refused
     put-takes-text
     quick-exit
+    release-ignored
     release-last
     release-null-crash
     request-changed
@@ -91,11 +105,14 @@ set(CHECKER_FAULTS
     same-identifier
     second-initialise
     segfault
+    sensor-nameless
+    sensor-order
     sensor-size
     sensor-twice
     sensor-type-ignored
     size-half
     size-unstable
+    slow
     stack-overflow
     static-array
     switch-ignored
@@ -106,5 +123,6 @@ set(CHECKER_FAULTS
     throws-number
     time-cut
     types-swapped
+    use-after-free
     value-short
 )

@@ -141,15 +141,35 @@ class DBLibCheckFault : public testing::TestWithParam<FaultCase>
 {
 };
 
+/** What --list says of one check. */
+struct Listed {
+    std::string name;
+    std::string consequence;
+    bool writes = false;
+};
+
+std::vector<Listed> listedChecks()
+{
+    const std::string lead = "        for the operator: ";
+    std::vector<Listed> checks;
+    std::istringstream list(run("--list").output);
+    for (std::string line; std::getline(list, line);) {
+        if (line.rfind(lead, 0) == 0 && !checks.empty()) {
+            checks.back().consequence = line.substr(lead.size());
+        } else {
+            checks.push_back({line.substr(0, line.find(' ')), {}, line.find("(--write)") != std::string::npos});
+        }
+    }
+    return checks;
+}
+
 /** The names of all checks that do not write but one, as arguments. */
 std::string allBut(const std::string &check)
 {
     std::string arguments;
-    std::istringstream list(run("--list").output);
-    for (std::string line; std::getline(list, line);) {
-        const std::string name = line.substr(0, line.find(' '));
-        if (!name.empty() && name != check && line.find("(--write)") == std::string::npos) {
-            arguments += " --only " + name;
+    for (const Listed &listed : listedChecks()) {
+        if (listed.name != check && !listed.writes) {
+            arguments += " --only " + listed.name;
         }
     }
     return arguments;
@@ -207,11 +227,13 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"size-half", {{"size-query", "fail"}}}, FaultCase{"command-size", {{"size-query", "fail"}}},
         FaultCase{"size-unstable", {{"size-query", "fail"}}}, FaultCase{"initialise-fails", {{"initialise", "warn"}}},
         FaultCase{"second-initialise", {{"initialise-twice", "fail"}}},
+        FaultCase{"initialise-empties", {{"initialise-twice", "fail"}}},
         FaultCase{"crash-uninitialised", {{"before-initialise", "crash"}}},
         FaultCase{"crash-missing-directory", {{"missing-directory", "crash"}}},
         FaultCase{"result", {{"status", "fail"}}}, FaultCase{"count-null-array", {{"count", "fail"}}},
         FaultCase{"count-negative", {{"count", "fail"}}}, FaultCase{"count-too-high", {{"count", "fail"}}},
         FaultCase{"release-null-crash", {{"release-null", "crash"}, {"release-twice", "warn"}}},
+        FaultCase{"release-ignored", {{"release-once", "fail"}, {"endurance", "fail"}}},
         FaultCase{"pointer-kept", {{"release-twice", "warn"}}}, FaultCase{"release-last", {{"release-order", "fail"}}},
         FaultCase{"static-array", {{"valid-until-release", "fail"}}},
         FaultCase{"request-changed", {{"request-unchanged", "fail"}}},
@@ -225,6 +247,8 @@ INSTANTIATE_TEST_SUITE_P(Memory, DBLibCheckFault,
                                          FaultCase{"overrun-request", {{"overrun", "fail"}}, "", true},
                                          FaultCase{"mask-overread", {{"overrun", "fail"}}, "", true},
                                          FaultCase{"overrun-block", {{"memory", "fail"}}, "", true},
+                                         FaultCase{"array-overread", {{"memory", "fail"}}, "", true},
+                                         FaultCase{"use-after-free", {{"memory", "fail"}}, "", true},
                                          FaultCase{"double-free", {{"memory", "fail"}}, "", true},
                                          FaultCase{"leak-memory", {{"endurance", "fail"}}, "--fetches 20000"},
                                          FaultCase{"leak-descriptor", {{"endurance", "fail"}}},
@@ -259,7 +283,8 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"length-too-long", {{"texts", "fail"}}}, FaultCase{"length-negative", {{"texts", "fail"}}},
         FaultCase{"length-padded", {{"texts", "warn"}}}, FaultCase{"command-text-open", {{"texts", "fail"}}},
         FaultCase{"parameters-missing", {{"texts", "fail"}}}, FaultCase{"value-short", {{"texts", "fail"}}},
-        FaultCase{"sensor-twice", {{"sensors", "warn"}}},
+        FaultCase{"sensor-twice", {{"sensors", "warn"}}}, FaultCase{"sensor-nameless", {{"sensors", "warn"}}},
+        FaultCase{"sensor-order", {{"sensors", "warn"}}}, FaultCase{"slow", {{"speed", "warn"}}},
         FaultCase{"event-id0", {{"event-identifier", "fail"}, {"event-combined", "fail"}, {"event-paging", "fail"}}},
         FaultCase{"event-id1", {{"event-identifier", "fail"}, {"event-combined", "fail"}, {"event-paging", "fail"}}},
         FaultCase{"event-time0", {{"event-time", "fail"}, {"event-combined", "fail"}}},
@@ -271,6 +296,8 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"types-swapped", {{"event-type", "fail"}, {"event-combined", "fail"}}},
         FaultCase{"sensor-type-ignored", {{"event-type", "fail"}, {"event-combined", "fail"}}},
         FaultCase{"switch-ignored", {{"event-switch", "fail"}}},
+        FaultCase{"command-switch-ignored", {{"command-switch", "fail"}}},
+        FaultCase{"command-type-ignored", {{"command-type", "fail"}, {"command-combined", "fail"}}},
         FaultCase{"command-id0",
                   {{"command-identifier", "fail"}, {"command-combined", "fail"}, {"command-paging", "fail"}}},
         FaultCase{"command-id1",
@@ -291,7 +318,8 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{
             "order-random",
             {{"event-order", "warn"}, {"event-stable", "fail"}, {"command-order", "warn"}, {"command-stable", "fail"}}},
-        FaultCase{"same-identifier", {{"event-unique", "fail"}}}),
+        FaultCase{"same-identifier", {{"event-unique", "fail"}}},
+        FaultCase{"command-same-identifier", {{"command-unique", "fail"}}}),
     testName);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -300,6 +328,10 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"fixed-place", {{"separate-copy", "fail"}}, "--write"},
         FaultCase{"bytes-lost", {{"event-put", "fail"}, {"event-bytes", "fail"}}, "--write"},
         FaultCase{"text-cut", {{"event-bytes", "fail"}}, "--write"},
+        FaultCase{"command-text-cut", {{"command-bytes", "fail"}}, "--write"},
+        FaultCase{"print-at-put", {{"write-silent", "warn"}}, "--write"},
+        FaultCase{"put-overrun", {{"write-memory", "fail"}}, "--write", true},
+        FaultCase{"large-cut", {{"many-put", "fail"}, {"many-records", "fail"}}, "--write"},
         FaultCase{"parameter-lost", {{"event-put", "fail"}}, "--write"},
         FaultCase{"command-time-lost", {{"command-put", "fail"}}, "--write"},
         FaultCase{"delete-ignored", {{"event-delete", "fail"}}, "--write"},
@@ -334,10 +366,17 @@ INSTANTIATE_TEST_SUITE_P(
                    {"event-delete-unknown", "crash"},
                    {"event-new-identifier", "crash"},
                    {"put-unchanged", "crash"},
+                   {"write-silent", "crash"},
                    {"write-memory", "crash"},
                    {"many-put", "crash"}},
                   "--write"}),
     testName);
+
+#ifndef __SANITIZE_ADDRESS__ // a sanitizer's heap needs more than any limit allows
+INSTANTIATE_TEST_SUITE_P(MemoryLimit, DBLibCheckFault,
+                         testing::Values(FaultCase{"eats-memory", {{"event-nmax", "crash"}}, "--memory 512"}),
+                         testName);
+#endif
 
 #if __SIZEOF_POINTER__ == 8
 INSTANTIATE_TEST_SUITE_P(WideTimes, DBLibCheckFault,
@@ -380,6 +419,23 @@ TEST(DBLibCheckFile, aLibraryOfAnotherWordWidthIsNamedAsOne)
                                               : "is a 64-bit library, this program is 32-bit"));
 }
 
+TEST(DBLibCheckFile, aLibraryThatNeedsOneWhichIsNotThereIsRefusedByTheLoader)
+{
+    const Directory directory;
+    std::string bytes = contentsOf(library("good"));
+    const std::string needed = "libstdc++.so.6";
+    const std::string missing = "libmissing.so6";
+    ASSERT_EQ(needed.size(), missing.size());
+    ASSERT_NE(bytes.find(needed), std::string::npos);
+    for (std::size_t at = 0; (at = bytes.find(needed, at)) != std::string::npos;) {
+        bytes.replace(at, needed.size(), missing);
+    }
+    std::ofstream(directory.path / "DBLib.a") << bytes;
+    const CheckerRun result = run((directory.path / "DBLib.a").string());
+    EXPECT_EQ(result.complaints(), (Verdicts{{"load", "fail"}})) << result.output;
+    EXPECT_THAT(result.output, HasSubstr(missing));
+}
+
 TEST(DBLibCheckFile, aPipeDoesNotBlock)
 {
     const Directory directory;
@@ -411,6 +467,29 @@ TEST(DBLibCheckGood, aLibraryThatKeepsItsRecordsPassesEveryCheckThatWrites)
     const CheckerRun result = run("'" + library("persistent") + "' --write" + brief);
     EXPECT_EQ(result.complaints(), Verdicts()) << result.output;
     EXPECT_EQ(result.verdicts.at("separate-copy"), "pass");
+}
+
+TEST(DBLibCheckGood, aLibraryThatRefusesLargeAnswersHonestlyPasses)
+{
+    const CheckerRun result = run("'" + library("large-refused") + "' --write" + brief);
+    EXPECT_EQ(result.complaints(), Verdicts()) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("1000 were refused with the result -12"));
+    EXPECT_EQ(result.verdicts.at("many-records"), "pass");
+}
+
+TEST(DBLibCheckGood, aLongCheckMayTakeMoreThanTheLimitWhileItGetsOn)
+{
+    const std::string checked = "'" + library("put-pauses") + "' --write --only many-put";
+    const CheckerRun result = run(checked + " --timeout 10 --records 1260");
+    EXPECT_EQ(result.verdicts.at("many-put"), "pass") << result.output;
+}
+
+TEST(DBLibCheckGood, aLongCheckSaysHowFarItCameWithoutGettingOn)
+{
+    const std::string checked = "'" + library("put-crawls") + "' --write --only many-put";
+    const CheckerRun result = run(checked + " --timeout 10 --records 1000000");
+    EXPECT_EQ(result.verdicts.at("many-put"), "skip") << result.output;
+    EXPECT_THAT(result.output, HasSubstr("events could be put, and all came"));
 }
 
 TEST(DBLibCheckGood, aCLibraryPassesWithoutPutEventAndDeletes)
@@ -485,11 +564,11 @@ TEST(DBLibCheckSqlite, aStoreWithMoreRecordsThanAreComparedPasses)
 {
     const SqliteInstallation installation;
     ASSERT_TRUE(fillStore(installation, 25000));
-    const CheckerRun result = run(
-        installation.arguments() +
-        "--records 25000 --only event-identifier --only event-nmax --only event-first-last --only event-order "
-        "--only event-paging --only many-records" +
-        patient);
+    const CheckerRun result =
+        run(installation.arguments() +
+            "--records 25000 --only event-identifier --only event-nmax --only event-first-last --only event-order "
+            "--only event-paging --only many-records" +
+            patient);
     EXPECT_EQ(result.complaints(), Verdicts()) << result.output;
     EXPECT_EQ(result.verdicts.at("event-paging"), "pass");
     EXPECT_THAT(result.output, HasSubstr("25000 events"));
@@ -509,12 +588,15 @@ TEST(DBLibCheckProgram, listNamesEveryCheckOfARun)
 TEST(DBLibCheckProgram, thePageForAuthorsDescribesEveryCheck)
 {
     const std::string page = contentsOf(CHECKER_PAGE);
-    std::istringstream list(run("--list").output);
-    int count = 0;
-    for (std::string line; std::getline(list, line); ++count) {
-        EXPECT_THAT(page, HasSubstr("`" + line.substr(0, line.find(' ')) + "`"));
+    const std::vector<Listed> checks = listedChecks();
+    for (const Listed &check : checks) {
+        // Not the whole page in a message for each.
+        const bool described = page.find("`" + check.name + "`") != std::string::npos;
+        EXPECT_TRUE(described) << check.name;
+        const bool explained = page.find("| " + check.consequence + " |") != std::string::npos;
+        EXPECT_TRUE(explained) << check.name << ": " << check.consequence;
     }
-    EXPECT_GT(count, 60);
+    EXPECT_GT(checks.size(), 60U);
 }
 
 TEST(DBLibCheckProgram, helpNamesEveryOption)

@@ -67,7 +67,7 @@ Session::Session(const Target &target, Start start)
     if (start == Initialised) {
         initialise(target.config);
         if (target.fill) {
-            fillStore(library, target);
+            whileFilling = Heap::faultsOf([&] { fillStore(library, target); });
         }
     }
 }

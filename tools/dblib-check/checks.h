@@ -99,6 +99,8 @@ public:
     explicit Session(const Target &target, Start start = Initialised);
 
     const Library library;
+    /** What came of filling the store, which is no fault of the checks that do not write. */
+    Heap::Faults whileFilling;
 
     /** Calls the three initialisers; their results, in the order of the calls. */
     std::vector<int> initialise(const std::string &config) const;

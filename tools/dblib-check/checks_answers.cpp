@@ -61,7 +61,9 @@ Outcome checkSensors(const Target &target)
         }
     }
     const auto second = askSensors(session.library);
-    const auto sameName = [](const CSensor &a, const CSensor &b) { return std::string(a.SensorID) == b.SensorID; };
+    const auto sameName = [](const CSensor &a, const CSensor &b) {
+        return b.SensorID && std::string(a.SensorID) == b.SensorID;
+    };
     const bool sameOrder =
         std::equal(first.records.begin(), first.records.end(), second.records.begin(), second.records.end(), sameName);
     return sameOrder ? passed(std::to_string(first.records.size()) + " sensors")
@@ -469,6 +471,8 @@ std::vector<Check> answerChecks()
 {
     const char *const filter = "The list shows records that the operator did not ask for, or leaves some out.";
     const char *const order = "New rows do not land where the operator looks.";
+    const char *const oldest = "The operator looks at old records for new ones.";
+    const char *const doubles = "Deleting one record deletes another too.";
     const char *const paging = "An update leaves records out or shows them twice.";
     return {
         {"texts", "texts and parameters are as long as they say and end with a NUL",
@@ -485,13 +489,11 @@ std::vector<Check> answerChecks()
         {"event-switch", "values of events' filters that are switched off", filter, checkSwitchesOff<EventKind>},
         {"event-nmax", "never more events than wanted, and as many as there are",
          "The list is cut short, or the console fetches more than it can show.", checkNMax<EventKind>},
-        {"event-first-last", "first are the oldest events, last the newest",
-         "The operator looks at old events for new ones.", checkFirstLast<EventKind>},
+        {"event-first-last", "first are the oldest events, last the newest", oldest, checkFirstLast<EventKind>},
         {"event-order", "events in the order that suits the windows", order, checkOrder<EventKind>},
         {"event-stable", "the same request for events brings the same answer", "Rows change places by themselves.",
          checkOrderStable<EventKind>},
-        {"event-unique", "no two events have one identifier", "Deleting one event deletes another too.",
-         checkUnique<EventKind>},
+        {"event-unique", "no two events have one identifier", doubles, checkUnique<EventKind>},
         {"event-paging", "events page by page, without gap or double", paging, checkPaging<EventKind>},
         {"command-identifier", "lowest and highest identifier of commands", filter, checkIdentifiers<CommandKind>},
         {"command-time", "earliest and latest time of commands", filter, checkTimes<CommandKind>},
@@ -502,13 +504,11 @@ std::vector<Check> answerChecks()
         {"command-switch", "values of commands' filters that are switched off", filter, checkSwitchesOff<CommandKind>},
         {"command-nmax", "never more commands than wanted, and as many as there are",
          "The list is cut short, or the console fetches more than it can show.", checkNMax<CommandKind>},
-        {"command-first-last", "first are the oldest commands, last the newest",
-         "The operator looks at old commands for new ones.", checkFirstLast<CommandKind>},
+        {"command-first-last", "first are the oldest commands, last the newest", oldest, checkFirstLast<CommandKind>},
         {"command-order", "commands in the order that suits the windows", order, checkOrder<CommandKind>},
         {"command-stable", "the same request for commands brings the same answer", "Rows change places by themselves.",
          checkOrderStable<CommandKind>},
-        {"command-unique", "no two commands have one identifier", "Deleting one command deletes another too.",
-         checkUnique<CommandKind>},
+        {"command-unique", "no two commands have one identifier", doubles, checkUnique<CommandKind>},
         {"command-paging", "commands page by page, without gap or double", paging, checkPaging<CommandKind>},
     };
 }

@@ -209,6 +209,8 @@ View look(const Library &library)
 Outcome checkThread(const Target &target)
 {
     const Session session(target);
+    // What a second initialisation changes in one thread is judged elsewhere.
+    session.initialise(target.config);
     const View first = look(session.library);
     View other;
     Outcome outcome;

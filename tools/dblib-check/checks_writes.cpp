@@ -164,23 +164,33 @@ std::string everyByte()
     return bytes;
 }
 
-Outcome checkBytes(const Target &target)
+void setTexts(CMessageEvent &event, const std::string &text)
+{
+    CopyPtr(&event.SensorID, &event.LSensorID, text.c_str(), int(text.size()) + 1);
+    CopyPtr(&event.EventName, &event.LEventName, text.c_str(), int(text.size()) + 1);
+}
+
+void setTexts(CMessageCommand &command, const std::string &text)
+{
+    CopyPtr(&command.SensorID, &command.LSensorID, text.c_str(), int(text.size()) + 1);
+}
+
+template <class Kind> Outcome checkBytes(const Target &target)
 {
     const Session session(target);
     for (const std::string &text : {everyByte(), std::string("\xC4rger \x80\xFF"), std::string(5000, '\xE4')}) {
-        CMessageEvent event;
-        CopyPtr(&event.SensorID, &event.LSensorID, text.c_str(), int(text.size()) + 1);
-        CopyPtr(&event.EventName, &event.LEventName, text.c_str(), int(text.size()) + 1);
-        event.ParNum = 1;
-        event.par = new CMessageEventParam[1];
-        event.par[0].Type = ParameterText;
-        CopyPtr(&event.par[0].Name, &event.par[0].LName, text.c_str(), int(text.size()) + 1);
-        CopyPtr(&event.par[0].Val, &event.par[0].LVal, text.c_str(), int(text.size()) + 1);
-        const CMessageEvent found = putAndFind<EventKind>(session.library, event);
-        setId(event, found.MessageID);
-        if (!same(event, found)) {
+        typename Kind::Record record;
+        setTexts(record, text);
+        record.ParNum = 1;
+        record.par = new CMessageEventParam[1];
+        record.par[0].Type = ParameterText;
+        CopyPtr(&record.par[0].Name, &record.par[0].LName, text.c_str(), int(text.size()) + 1);
+        CopyPtr(&record.par[0].Val, &record.par[0].LVal, text.c_str(), int(text.size()) + 1);
+        const auto found = putAndFind<Kind>(session.library, record);
+        setId(record, Kind::id(found));
+        if (!same(record, found)) {
             return failed("a text of " + std::to_string(text.size()) + " bytes, " + quoted(text.c_str()) +
-                          ", came back changed: " + firstDifference(event, found));
+                          ", came back changed: " + firstDifference(record, found));
         }
     }
     return passed();
@@ -352,6 +362,15 @@ template <class Kind> void writeAndDelete(const Library &library, std::mt19937 &
     }
 }
 
+Outcome checkWriteSilent(const Target &target)
+{
+    const Session session(target);
+    std::mt19937 random(target.seed);
+    writeAndDelete<EventKind>(session.library, random);
+    writeAndDelete<CommandKind>(session.library, random);
+    return passed();
+}
+
 Outcome checkWriteMemory(const Target &target)
 {
     const Session session(target);
@@ -414,18 +433,23 @@ std::vector<Check> preparationChecks()
 std::vector<Check> writeChecks()
 {
     const char *const put = "Commands do not reach the sensors as the operator gave them, or reports get lost.";
+    const char *const bytes = "Names in the operator's language come back wrong.";
     const char *const remove = "Deleting one row does nothing, or takes others away.";
     const char *const ids = "Updates of the lists leave new records out, and a delete may hit the wrong one.";
+    Check silent = {"write-silent", "the library prints nothing while records are put and deleted",
+                    "Its lines mix with the console's trace and fill the journal.", checkWriteSilent, true};
+    silent.silent = true;
     return {
         {"event-put", "an event that was put is there, field for field", put, checkPut<EventKind>, true},
-        {"event-bytes", "texts keep every byte, those above 127 too, and any length",
-         "Names in the operator's language come back wrong.", checkBytes, true},
+        {"event-bytes", "texts keep every byte, those above 127 too, and any length", bytes, checkBytes<EventKind>,
+         true},
         {"event-delete", "a deleted event is gone, and only that one", remove, checkDelete<EventKind>, true},
         {"event-delete-unknown", "deleting an event that is not there does nothing", remove,
          checkDeleteUnknown<EventKind>, true},
         {"event-new-identifier", "identifiers of events grow and are never used again", ids,
          checkIdentifiers<EventKind>, true},
         {"command-put", "a command that was put is there, field for field", put, checkPut<CommandKind>, true},
+        {"command-bytes", "texts of commands keep every byte, and any length", bytes, checkBytes<CommandKind>, true},
         {"command-delete", "a deleted command is gone, and only that one", remove, checkDelete<CommandKind>, true},
         {"command-delete-unknown", "deleting a command that is not there does nothing", remove,
          checkDeleteUnknown<CommandKind>, true},
@@ -433,6 +457,7 @@ std::vector<Check> writeChecks()
          checkIdentifiers<CommandKind>, true},
         {"put-unchanged", "a record that is put stays as it is, but for its identifier",
          "The console goes down after giving a command.", checkPutUnchanged, true},
+        silent,
         {"write-memory", "no write past a block, no block freed twice while putting and deleting",
          "The console goes down later, anywhere.", checkWriteMemory, true},
         {"many-put", "events are put up to a million (--records) and fetched at once, or refused honestly",

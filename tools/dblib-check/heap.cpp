@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -82,6 +83,16 @@ Heap::Faults Heap::faults()
     return {};
 }
 
+void Heap::fence(bool)
+{
+    // The sanitizer has fences of its own.
+}
+
+bool Heap::isFence(const void *)
+{
+    return false;
+}
+
 std::size_t Heap::liveBytes()
 {
     return __sanitizer_get_current_allocated_bytes();
@@ -144,8 +155,64 @@ unsigned char *tailOf(void *block, std::size_t size)
     return static_cast<unsigned char *>(block) + size;
 }
 
+/** Reserved pages, all of them closed but those of live fenced blocks. Their addresses are never given twice. */
+struct FencedRoom {
+    static constexpr std::size_t Size = std::size_t(128) << 20;
+    static constexpr std::size_t LargestBlock = 1 << 20;
+
+    char *begin = nullptr;
+    std::atomic<std::size_t> used{0};
+    std::atomic<bool> open{false};
+
+    bool holds(const void *p) const
+    {
+        const char *place = static_cast<const char *>(p);
+        return begin && place >= begin && place < begin + Size;
+    }
+};
+
+FencedRoom fenced;
+
+std::size_t roundedUp(std::size_t size, std::size_t unit)
+{
+    return (size + unit - 1) / unit * unit;
+}
+
+/** As the alignment of a block leaves them, fenced blocks have less room behind them to be marked. */
+std::size_t tailSizeOf(const void *block, std::size_t size)
+{
+    return fenced.holds(block) ? roundedUp(size, alignof(Header)) - size : TailSize;
+}
+
+/** A block that ends where a closed page begins; NULL when there is no room. */
+void *allocateFenced(std::size_t size)
+{
+    const std::size_t ending = roundedUp(size, alignof(Header));
+    const std::size_t pages = roundedUp(sizeof(Header) + ending, pageSize());
+    const std::size_t offset = fenced.used.fetch_add(pages + pageSize());
+    if (offset > FencedRoom::Size - pages - pageSize()) {
+        fenced.open = false;
+        return nullptr;
+    }
+    char *raw = fenced.begin + offset;
+    if (mprotect(raw, pages, PROT_READ | PROT_WRITE) != 0) {
+        return nullptr;
+    }
+    char *block = raw + pages - ending;
+    *headerOf(block) = {marked(LiveMark, block), size, raw};
+    std::memset(block, FreshByte, std::min(size, FillLimit));
+    std::memset(tailOf(block, size), TailByte, ending - size);
+    live += size;
+    return block;
+}
+
 void *allocate(std::size_t size, std::size_t alignment)
 {
+    if (fenced.open && size <= FencedRoom::LargestBlock && alignment <= alignof(Header)) {
+        if (void *block = allocateFenced(size)) {
+            return block;
+        }
+    }
     const std::size_t lead = std::max(sizeof(Header), alignment);
     if (size > SIZE_MAX - lead - TailSize) {
         errno = ENOMEM;
@@ -206,7 +273,7 @@ Quarantine quarantine;
 bool tailIsWhole(void *block, std::size_t size)
 {
     const unsigned char *tail = tailOf(block, size);
-    return std::all_of(tail, tail + TailSize, [](unsigned char byte) { return byte == TailByte; });
+    return std::all_of(tail, tail + tailSizeOf(block, size), [](unsigned char byte) { return byte == TailByte; });
 }
 
 void release(void *block)
@@ -215,7 +282,8 @@ void release(void *block)
         return;
     }
     Header *header = headerOf(block);
-    if (header->mark == marked(FreedMark, block)) {
+    const bool closed = fenced.holds(block) && mappedBytes(header, sizeof(Header)) < sizeof(Header);
+    if (closed || header->mark == marked(FreedMark, block)) {
         ++doubleFrees;
         return;
     }
@@ -226,8 +294,15 @@ void release(void *block)
     if (!tailIsWhole(block, header->size)) {
         ++overruns;
     }
-    header->mark = marked(FreedMark, block);
     live -= header->size;
+    if (fenced.holds(block)) {
+        mprotect(
+            header->raw,
+            roundedUp(std::size_t(tailOf(block, header->size) - static_cast<unsigned char *>(header->raw)), pageSize()),
+            PROT_NONE);
+        return;
+    }
+    header->mark = marked(FreedMark, block);
     std::memset(block, FreedByte, std::min(header->size, FillLimit));
     quarantine.take(header->raw, header->size + sizeof(Header));
 }
@@ -335,6 +410,20 @@ std::size_t malloc_usable_size(void *p)
 Heap::Faults Heap::faults()
 {
     return {overruns, doubleFrees, wildFrees};
+}
+
+void Heap::fence(bool yes)
+{
+    if (yes && !fenced.begin) {
+        void *room = mmap(nullptr, FencedRoom::Size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        fenced.begin = room == MAP_FAILED ? nullptr : static_cast<char *>(room);
+    }
+    fenced.open = yes && fenced.begin;
+}
+
+bool Heap::isFence(const void *address)
+{
+    return fenced.holds(address);
 }
 
 std::size_t Heap::liveBytes()

@@ -33,6 +33,24 @@ struct Faults {
 /** The faults noticed so far. */
 Faults faults();
 
+/** The faults that `act` brings. */
+template <class Act> Faults faultsOf(Act act)
+{
+    const Faults before = faults();
+    act();
+    return faults() - before;
+}
+
+/**
+ * From now on, or no longer: each new block ends right before a page that
+ * cannot be touched, and its own pages cannot be touched once it is freed. Slow,
+ * and only for so many blocks as room was reserved for; the others are as ever.
+ */
+void fence(bool yes);
+
+/** Whether touching this address can only mean that a fenced block was left or used after its end. */
+bool isFence(const void *address);
+
 /** Bytes in live blocks. */
 std::size_t liveBytes();
 

@@ -17,7 +17,7 @@
 
 /** What a process may use. */
 struct Limits {
-    int seconds = 45; ///< from its start or its latest progress
+    int seconds = 45;     ///< from its start or its latest progress
     int megabytes = 2048; ///< of address space; not enforced in a sanitizer build, which reserves terabytes
 };
 

@@ -21,7 +21,8 @@ namespace
 void printList()
 {
     for (const Check &check : allChecks()) {
-        std::printf("%-24s%s%s\n", check.name, check.what, check.writes ? " (--write)" : "");
+        std::printf("%-24s%s%s\n        for the operator: %s\n", check.name, check.what,
+                    check.writes ? " (--write)" : "", check.consequence);
     }
 }
 

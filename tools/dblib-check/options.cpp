@@ -138,7 +138,8 @@ OPTIONS
                       initialised with, and where Funs.def is read; by default
                       the Config folder beside the one that the library is in,
                       or an empty directory when there is none
-    --list            names the checks and ends
+    --list            names the checks, tells what each means for the operator
+                      when it fails, and ends
     --only NAME       runs this check; may be given several times
     --only-failed     prints only what failed or is warned of
     --write           also puts and deletes: all checks then run on a copy of
@@ -146,7 +147,9 @@ OPTIONS
                       files (TMPDIR) and removed at the end
     --report FILE     writes the verdicts as JUnit XML too
     --seed N          repeats a run's random requests; each run prints its seed
-    --timeout SECONDS time limit of each check, 45 by default
+    --timeout SECONDS time limit of each check, 45 by default; long checks may
+                      take it again while each limit brings a fiftieth of
+                      their work
     --memory MB       memory limit of each check, 2048 by default
     --fetches N       fetches of the endurance check, 100000 by default
     --records N       records that are fetched at once in many-records and

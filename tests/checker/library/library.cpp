@@ -7,6 +7,8 @@
 #include "fault.h"
 #include "store.h"
 
+#include <algorithm>
+#include <chrono>
 #include <climits>
 #include <clocale>
 #include <csignal>
@@ -210,8 +212,16 @@ template <class Record> void giveBack(Record **array)
     if (fault("static-array")) {
         return;
     }
+    if (fault("release-ignored")) {
+        *array = nullptr;
+        return;
+    }
     const bool held = *array != nullptr;
+    const volatile auto *past = reinterpret_cast<const volatile char *>(*array);
     delete[] * array;
+    if (fault("use-after-free") && held) {
+        (void)*past;
+    }
     if (fault("double-free") && held) {
         char *text = new char[16];
         delete[] text;
@@ -242,11 +252,31 @@ template <class Record> Record *newArray(const std::vector<const Record *> &reco
     return array;
 }
 
+/** Reads the last byte of a record, which need not be there. */
+template <class Record> void touch(const Record *record)
+{
+    (void)reinterpret_cast<const volatile char *>(record)[sizeof(Record) - 1];
+}
+
+/** As many records as a library gives that cuts large answers. */
+constexpr std::size_t MostGiven = 700;
+
 template <class Record> int answer(int *n, Record **array, const std::vector<const Record *> &records)
 {
     *n = int(records.size());
+    if (records.size() > MostGiven && fault("large-refused")) {
+        *n = 0;
+        return -12;
+    }
+    if (records.size() > MostGiven && fault("large-cut")) {
+        *array = newArray(std::vector<const Record *>(records.begin(), records.begin() + MostGiven));
+        return 0;
+    }
     if (!records.empty()) {
         *array = newArray(records);
+        if (fault("array-overread")) {
+            touch(*array + records.size());
+        }
         if (fault("release-last")) {
             open<Record>.push_back(*array);
         }
@@ -298,6 +328,15 @@ void misbehaveFor(const CMessageEventRequest &request)
     if (fault("huge-allocation") && request.NMax == INT_MAX) {
         delete[] new CMessageEvent[std::size_t(request.NMax)];
     }
+    if (fault("eats-memory") && request.NMax == INT_MAX) {
+        // As much as there is, and then it does not look at what it got.
+        for (int i = 0; i < 1 << 16; ++i) {
+            static_cast<volatile char *>(std::malloc(1 << 16))[0] = 1;
+        }
+    }
+    if (fault("slow") && request.NMax == 100) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+    }
     if (fault("stack-overflow") && request.NMax == INT_MAX) {
         volatile char room[1 << 16] = {};
         misbehaveFor(request);
@@ -341,8 +380,12 @@ int initialise(const char *config)
     if (fault("second-initialise") && ++store().initialisations > 3) {
         return -2;
     }
+    if (fault("initialise-empties") && ++store().initialisations > 3) {
+        store().events.records.clear();
+    }
     store().initialised = true;
-    if (fault("persistent") || fault("reused-after-restart")) {
+    const char *const lasting[] = {"persistent", "reused-after-restart", "print-at-put", "large-cut", "large-refused"};
+    if (std::any_of(std::begin(lasting), std::end(lasting), fault)) {
         openLog(std::string(config) + "/events.log");
     }
     if (fault("fixed-place")) {
@@ -371,6 +414,10 @@ int Functions::getSensors(int *n, CSensor **sensors)
     std::vector<const CSensor *> records;
     for (const CSensor &sensor : store().sensors) {
         records.push_back(&sensor);
+    }
+    if (fault("sensor-order")) {
+        static int turn = 0;
+        std::rotate(records.begin(), records.begin() + ++turn % 2, records.end());
     }
     return answer(n, sensors, records);
 }
@@ -439,6 +486,22 @@ int Functions::putCommand(CMessageCommand *command)
 int Functions::putEvent(CMessageEvent *event)
 {
     const int result = put(*event);
+    if (fault("print-at-put")) {
+        std::puts("stored");
+    }
+    if (fault("put-overrun")) {
+        char *text = new char[16];
+        static volatile int past = 16;
+        text[past] = 'x';
+        delete[] text;
+    }
+    static int puts = 0;
+    if (fault("put-pauses") && ++puts % 100 == 0) {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+    if (fault("put-crawls")) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     if (fault("put-takes-text")) {
         event->SensorID = nullptr;
         event->LSensorID = 0;

@@ -72,6 +72,9 @@ CSensor sensor(int i)
     CSensor result;
     result.SensorType = i % 3;
     set(result.SensorID, result.LSensorID, "sensor" + std::to_string(fault("sensor-twice") ? i / 2 : i));
+    if (fault("sensor-nameless") && i == 3) {
+        set(result.SensorID, result.LSensorID, "");
+    }
     set(result.Description, result.LDescription, "sensor number " + std::to_string(i));
     result.MessageType = i % 3;
     result.EventTime = someTime(i);
@@ -121,6 +124,9 @@ Store filled()
     }
     if (fault("same-identifier")) {
         result.events.records[2].MessageID = result.events.records[1].MessageID;
+    }
+    if (fault("command-same-identifier")) {
+        result.commands.records[2].CommandID = result.commands.records[1].CommandID;
     }
     return result;
 }
@@ -180,6 +186,12 @@ CMessageCommandRequest misread(const CMessageCommandRequest &given)
     r.CommandID1 -= fault("command-id1") && r.CommandID1 > INT_MIN;
     r.CommandTime0 += fault("command-time0");
     r.CommandTime1 -= fault("command-time1");
+    if (fault("command-switch-ignored") && r.CommandID1 != 0) {
+        r.UseCommandID1 = 1;
+    }
+    if (fault("command-type-ignored")) {
+        r.UseCommandType = 0;
+    }
     return r;
 }
 
@@ -394,8 +406,12 @@ int put(const CMessageEvent &event)
 int put(const CMessageCommand &command)
 {
     add(store().commands, command);
+    CMessageCommand &stored = store().commands.records.back();
     if (fault("command-time-lost")) {
-        store().commands.records.back().CommandTime = 0;
+        stored.CommandTime = 0;
+    }
+    if (fault("command-text-cut") && stored.LSensorID > 256) {
+        set(stored.SensorID, stored.LSensorID, std::string(stored.SensorID, 255));
     }
     return 0;
 }
