@@ -22,8 +22,7 @@ template <typename Record, int Size> struct Table {
 Table<CSensor, DebugSensorCapacity> sensorTable;
 Table<CMessageEvent, DebugEventCapacity> eventTable;
 Table<CMessageCommand, DebugCommandCapacity> commandTable;
-QString eventDir;
-QString commandDir;
+QString rememberedDir; ///< given last to the initialiser of events or of commands
 
 struct CloseFile {
     void operator()(std::FILE *f) const
@@ -165,13 +164,13 @@ int InitDBSensorsDebug(QString dir)
 
 int InitDBEventsDebug(QString dir)
 {
-    eventDir = dir;
+    rememberedDir = dir;
     return attempt([&] { readTable(eventTable, dir + QLatin1String("/DebugInitEvents.txt")); });
 }
 
 int InitDBCommandsDebug(QString dir)
 {
-    commandDir = dir;
+    rememberedDir = dir;
     return attempt([&] { readTable(commandTable, dir + QLatin1String("/DebugInitCommands.txt")); });
 }
 
@@ -182,12 +181,12 @@ int DBGetSensorsDebug(int *n, CSensor *sensors)
 
 int DBGetEventsDebug(int *n, CMessageEvent *events, CMessageEventRequest *)
 {
-    const int result = InitDBEventsDebug(eventDir);
+    const int result = InitDBEventsDebug(rememberedDir);
     return result == 0 ? handOut(eventTable, n, events) : result;
 }
 
 int DBGetCommandsDebug(int *n, CMessageCommand *commands, CMessageCommandRequest *)
 {
-    const int result = InitDBCommandsDebug(commandDir);
+    const int result = InitDBCommandsDebug(rememberedDir);
     return result == 0 ? handOut(commandTable, n, commands) : result;
 }

@@ -34,7 +34,8 @@ constexpr int DebugCommandCapacity = 1000;
 /**
  * Read a file of `dir` into the source's table. 0, also without a file (the
  * table is then empty); -1 when memory is short (the table then holds what was
- * read before). Those for events and commands remember `dir`.
+ * read before). Those for events and commands remember `dir`: the one given last,
+ * for both.
  */
 int InitDBSensorsDebug(QString dir);
 int InitDBEventsDebug(QString dir);
@@ -44,7 +45,7 @@ int InitDBCommandsDebug(QString dir);
  * Set `*n` to the number of records and, where there is an array, copy them
  * into it: it is the caller's and must hold the source's whole capacity, as
  * the file can have grown since the number was asked for. Events and commands
- * are read anew from the directory remembered before.
+ * are read anew from the directory remembered last.
  *
  * 0 on success; -1 when `n` is NULL, or when memory is short: `*n` is then as
  * before, and the array's records can be released but are partly replaced.

@@ -53,6 +53,7 @@ private slots:
     void recordsAreDeepCopies();
     void addedCommandAppearsAtTheNextFetchAndAddedSensorDoesNot();
     void addedEventAppearsAtTheNextFetch();
+    void bothAreFetchedFromTheDirectoryGivenLast();
     void requestThatExcludesEveryRecordStillGetsAll();
 
     void badFile_data();
@@ -517,6 +518,18 @@ void TestDBFunsDebug::addedEventAppearsAtTheNextFetch()
     InitDBEventsDebug(m_dir->path());
     write(EventFile, "{\nSENSOR_ID=a\n}\n{\nSENSOR_ID=b\n}\n");
     QCOMPARE(eventNames(), QStringList({"a", "b"}));
+}
+
+void TestDBFunsDebug::bothAreFetchedFromTheDirectoryGivenLast()
+{
+    write(EventFile, "{\nSENSOR_ID=event here\n}\n");
+    write(CommandFile, "{\nSENSOR_ID=command here\n}\n");
+    InitDBEventsDebug("/nonexistent");
+    InitDBCommandsDebug(m_dir->path());
+    QCOMPARE(eventNames(), QStringList("event here"));
+    InitDBCommandsDebug("/nonexistent");
+    InitDBEventsDebug(m_dir->path());
+    QCOMPARE(commandNames(), QStringList("command here"));
 }
 
 void TestDBFunsDebug::requestThatExcludesEveryRecordStillGetsAll()
