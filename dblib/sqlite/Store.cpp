@@ -29,10 +29,11 @@ std::int64_t clamped(std::int64_t time)
 
 std::optional<std::string_view> textOf(const char *text, int length)
 {
-    if (!text) {
+    // No bytes are no text, as in the records' own copies.
+    if (!text || length <= 0) {
         return std::nullopt;
     }
-    return std::string_view(text, ::strnlen(text, std::size_t(std::max(length, 0))));
+    return std::string_view(text, ::strnlen(text, std::size_t(length)));
 }
 
 std::optional<std::string> maskOf(int used, const char *mask, int length)

@@ -137,6 +137,33 @@ TEST_F(StoreTest, ATextIsCutWhereItsLengthOrItsNulEndsIt)
     EXPECT_EQ((*events)[0].LEventName, 5);
 }
 
+TEST_F(StoreTest, ATextOfNoBytesIsMissingAsInItsCopy)
+{
+    CMessageEvent event = makeEvent("sensor", "name", 0);
+    event.LSensorID = 0;
+    event.LEventName = -1;
+    store->put(event);
+    const auto events = store->events(eventsWanted(1));
+    ASSERT_EQ(events->size(), 1);
+    EXPECT_TRUE(same((*events)[0], CMessageEvent(event)));
+    EXPECT_EQ((*events)[0].SensorID, nullptr);
+}
+
+TEST_F(StoreTest, AMaskOfNoBytesLetsAllPass)
+{
+    store->put(makeEvent("sensor", "name", 0));
+    CMessageEventRequest request = eventsWanted(1);
+    request.UseSensorID = 1;
+    request.UseEventName = 1;
+    setText(request.SensorID, request.LSensorID, "other");
+    setText(request.EventName, request.LEventName, "other");
+    EXPECT_EQ(store->events(request)->size(), 0);
+    request.LSensorID = 0;
+    request.LEventName = -1;
+    EXPECT_EQ(request & makeEvent("sensor", "name", 0), 1);
+    EXPECT_EQ(store->events(request)->size(), 1);
+}
+
 TEST_F(StoreTest, ACountWithoutParametersIsNone)
 {
     CMessageEvent event = makeEvent("s", "e", 0);
