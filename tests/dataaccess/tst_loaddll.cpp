@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <dlfcn.h>
 #include <elf.h>
 #include <sys/stat.h>
 
@@ -50,6 +51,8 @@ private slots:
     void aFileThatIsNoLibraryIsNoErrorAndNamesTheReason();
     void aLibraryOfAnotherWordWidthIsToldSo();
     void aLibraryThatLacksAFunctionIsToldSo();
+    void aFunctionThatNobodyHasIsNotMissedBeforeItsCall();
+    void symbolsOfTheLibraryAreSeenByAllThatIsLoadedLater();
     void aCxxLibraryGivesAllTen();
     void aCLibraryGivesSevenAfterTheFirstCxxSymbolIsMissing();
     void aMissingCxxSymbol_data();
@@ -151,6 +154,20 @@ void TestLoadDLL::aLibraryThatLacksAFunctionIsToldSo()
     QVERIFY2(loaded.err.contains("obrimFunctionThatNobodyHas"), loaded.err);
     QCOMPARE(loaded.err.count('\n'), 1);
     QCOMPARE(pointersSet(), none);
+}
+
+void TestLoadDLL::aFunctionThatNobodyHasIsNotMissedBeforeItsCall()
+{
+    const Loaded loaded = load(libraryFolder("unresolved-lazy"));
+    QCOMPARE(loaded.result, 0);
+    QVERIFY2(loaded.out.endsWith("C modules are loaded\n"), loaded.out);
+    QCOMPARE(pointersSet(), cOnly);
+}
+
+void TestLoadDLL::symbolsOfTheLibraryAreSeenByAllThatIsLoadedLater()
+{
+    load(libraryFolder("unresolved-lazy"));
+    QVERIFY(dlsym(RTLD_DEFAULT, "callsIt"));
 }
 
 void TestLoadDLL::aCxxLibraryGivesAllTen()
