@@ -87,6 +87,19 @@ int openDescriptors()
     return count;
 }
 
+/** Where every array is given back the block of the one before, the address does not tell whether it was kept. */
+template <typename Record> void expectKeptParameters()
+{
+    Record source;
+    setParameters(source, 2);
+    source.par[1].Type = ParameterText;
+    Record target;
+    setParameters(target, 2);
+    EXPECT_FALSE(runFailing(0, true, [&] { completes([&] { target = source; }); })) << "a new array was asked for";
+    ASSERT_EQ(target.ParNum, 2);
+    EXPECT_EQ(target.par[1].Type, ParameterText);
+}
+
 class TestFiles : public ::testing::Test
 {
 protected:
@@ -118,6 +131,12 @@ protected:
     std::string path;
 };
 } // namespace
+
+TEST(FailingAllocation, CopyingOntoAsManyParametersKeepsTheirArray)
+{
+    expectKeptParameters<CMessageEvent>();
+    expectKeptParameters<CMessageCommand>();
+}
 
 TEST(FailingAllocation, CopyingASensor)
 {

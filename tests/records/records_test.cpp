@@ -390,6 +390,15 @@ TEST(KeepAlive, CopiesEveryField)
     delete[] source.SensorID;
 }
 
+TEST(KeepAlive, CopyOfOneWithoutANameDropsTheTargets)
+{
+    CMessageKeepAlive target;
+    setText(target.SensorID, target.LSensorID, "old");
+    target = CMessageKeepAlive();
+    EXPECT_EQ(target.SensorID, nullptr);
+    EXPECT_EQ(target.LSensorID, 0);
+}
+
 TEST(KeepAlive, CopyOntoItselfChangesNothing)
 {
     CMessageKeepAlive keepAlive;

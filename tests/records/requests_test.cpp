@@ -7,6 +7,7 @@
 #include <climits>
 #include <ctime>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -85,6 +86,53 @@ CMessageCommandRequest fullCommandRequest()
     r.CommandTime1 = 14;
     r.UseCommandTime1 = 15;
     return r;
+}
+
+/** Each of its filters would exclude makeEvent(), were it on. */
+CMessageEventRequest eventRequestOfNothing()
+{
+    CMessageEventRequest request;
+    request.NMax = -1;
+    request.TakeFirst1_Last0 = 77;
+    request.MessageID0 = INT_MAX;
+    request.MessageID1 = INT_MIN;
+    request.MessageType = 99;
+    setText(request.SensorID, request.LSensorID, "nobody");
+    request.SensorType = 99;
+    setText(request.EventName, request.LEventName, "nothing");
+    request.EventTime0 = INT_MAX;
+    request.EventTime1 = INT_MIN;
+    return request;
+}
+
+/** The same for makeCommand(). */
+CMessageCommandRequest commandRequestOfNothing()
+{
+    CMessageCommandRequest request;
+    request.NMax = -1;
+    request.TakeFirst1_Last0 = 77;
+    request.MessageType = 99;
+    setText(request.SensorID, request.LSensorID, "nobody");
+    request.CommandID0 = INT_MAX;
+    request.CommandID1 = INT_MIN;
+    request.CommandType = 99;
+    request.CommandTime0 = INT_MAX;
+    request.CommandTime1 = INT_MIN;
+    return request;
+}
+
+/** Switches one filter on at a time: alone it must exclude the record. */
+template <typename Request, typename Record>
+void expectOnWheneverNotZero(Request request, const Record &record, const std::vector<int Request::*> &switches)
+{
+    for (std::size_t i = 0; i < switches.size(); ++i) {
+        for (const int on : {1, 2, -1, INT_MIN}) {
+            request.*switches[i] = on;
+            EXPECT_EQ(request & record, 0) << "switch " << i << " is " << on;
+        }
+        request.*switches[i] = 0;
+        EXPECT_EQ(request & record, 1) << "switch " << i;
+    }
 }
 
 std::string show(const CMessageEventRequest &r)
@@ -220,18 +268,16 @@ TEST(EventRequest, TypesAreComparedExactly)
 
 TEST(EventRequest, ASwitchOffMakesItsValueIrrelevant)
 {
-    CMessageEventRequest request;
-    request.NMax = -1;
-    request.TakeFirst1_Last0 = 77;
-    request.MessageID0 = INT_MAX;
-    request.MessageID1 = INT_MIN;
-    request.MessageType = 99;
-    setText(request.SensorID, request.LSensorID, "nobody");
-    request.SensorType = 99;
-    setText(request.EventName, request.LEventName, "nothing");
-    request.EventTime0 = INT_MAX;
-    request.EventTime1 = INT_MIN;
-    EXPECT_EQ(request & makeEvent(), 1);
+    EXPECT_EQ(eventRequestOfNothing() & makeEvent(), 1);
+}
+
+TEST(EventRequest, ASwitchIsOnWheneverItIsNotZero)
+{
+    using Request = CMessageEventRequest;
+    expectOnWheneverNotZero(eventRequestOfNothing(), makeEvent(),
+                            {&Request::UseMessageID0, &Request::UseMessageID1, &Request::UseMessageType,
+                             &Request::UseSensorID, &Request::UseSensorType, &Request::UseEventName,
+                             &Request::UseEventTime0, &Request::UseEventTime1});
 }
 
 TEST(EventRequest, MaskMatchesInAnyLetterCase)
@@ -400,17 +446,16 @@ TEST(CommandRequest, TypesAreComparedExactly)
 
 TEST(CommandRequest, ASwitchOffMakesItsValueIrrelevant)
 {
-    CMessageCommandRequest request;
-    request.NMax = -1;
-    request.TakeFirst1_Last0 = 77;
-    request.MessageType = 99;
-    setText(request.SensorID, request.LSensorID, "nobody");
-    request.CommandID0 = INT_MAX;
-    request.CommandID1 = INT_MIN;
-    request.CommandType = 99;
-    request.CommandTime0 = INT_MAX;
-    request.CommandTime1 = INT_MIN;
-    EXPECT_EQ(request & makeCommand(), 1);
+    EXPECT_EQ(commandRequestOfNothing() & makeCommand(), 1);
+}
+
+TEST(CommandRequest, ASwitchIsOnWheneverItIsNotZero)
+{
+    using Request = CMessageCommandRequest;
+    expectOnWheneverNotZero(commandRequestOfNothing(), makeCommand(),
+                            {&Request::UseMessageType, &Request::UseSensorID, &Request::UseCommandID0,
+                             &Request::UseCommandID1, &Request::UseCommandType, &Request::UseCommandTime0,
+                             &Request::UseCommandTime1});
 }
 
 TEST(CommandRequest, MaskMatchesInAnyLetterCaseAndTheRecordsTextIsThePattern)

@@ -80,8 +80,11 @@ void TestMessageText::doubleIsShownInTheShortestForm_data()
     QTest::newRow("no trailing zeros") << 100000.0 << "100000";
     QTest::newRow("seven digits") << 1000000.0 << "1e+06";
     QTest::newRow("three exponent digits") << 1e-300 << "1e-300";
+    QTest::newRow("negative zero") << -0.0 << "0";
+    QTest::newRow("negative infinite") << -std::numeric_limits<double>::infinity() << "-inf";
     QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << "inf";
     QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << "nan";
+    QTest::newRow("negative and not a number") << -std::numeric_limits<double>::quiet_NaN() << "nan";
 }
 
 void TestMessageText::doubleIsShownInTheShortestForm()
