@@ -103,9 +103,11 @@ template <class Record> void give(int *n, Record **array, const std::vector<Reco
         delete[] given<Record>();
         given<Record>() = nullptr;
     }
+    if (SHAPE == NothingGiven) { // count and array stay as the caller set them
+        return;
+    }
     *n = int(records.size());
-    if (SHAPE == NullArray || SHAPE == NothingGiven || records.empty()) {
-        *n = SHAPE == NothingGiven ? 0 : *n;
+    if (SHAPE == NullArray || records.empty()) {
         return;
     }
     *array = given<Record>() = new Record[records.size()];
