@@ -60,8 +60,8 @@ int InitDBCommands(QString dir);
  * for DebugSensorCapacity records.
  *
  * Returns the library's own result. After a failed size check, a NULL
- * `sensors`, too little memory (each shown with `parent` under the box) and
- * after an exception it returns -1, with `*n` and `*sensors` as before.
+ * `sensors`, too little memory (each shown with `parent` under the box), for a
+ * NULL `n` and after an exception it returns -1, with `*n` and `*sensors` as before.
  */
 int DBGetSensors(int *n, CSensor **sensors, QDialog *parent);
 /** As DBGetSensors, for the events that `request` selects. */
