@@ -24,14 +24,14 @@ bool statusFails = false;
 }
 
 extern "C" {
-int __real_fstat(int descriptor, struct stat *status);
-int __wrap_fstat(int descriptor, struct stat *status)
+int __real_fstat64(int descriptor, struct stat64 *status);
+int __wrap_fstat64(int descriptor, struct stat64 *status)
 {
     if (statusFails) {
         errno = EIO;
         return -1;
     }
-    return __real_fstat(descriptor, status);
+    return __real_fstat64(descriptor, status);
 }
 }
 

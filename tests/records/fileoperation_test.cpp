@@ -56,15 +56,15 @@ template <typename Action> bool runFailing(int n, bool onwards, Action action)
 } // namespace
 
 extern "C" {
-int __real_open(const char *path, int flags, ...);
-int __wrap_open(const char *path, int flags, int mode)
+int __real_open64(const char *path, int flags, ...);
+int __wrap_open64(const char *path, int flags, int mode)
 {
-    return failsNow() ? -1 : __real_open(path, flags, mode);
+    return failsNow() ? -1 : __real_open64(path, flags, mode);
 }
-int __real_fstat(int descriptor, struct stat *status);
-int __wrap_fstat(int descriptor, struct stat *status)
+int __real_fstat64(int descriptor, struct stat64 *status);
+int __wrap_fstat64(int descriptor, struct stat64 *status)
 {
-    return failsNow() ? -1 : __real_fstat(descriptor, status);
+    return failsNow() ? -1 : __real_fstat64(descriptor, status);
 }
 std::FILE *__real_fdopen(int descriptor, const char *mode);
 std::FILE *__wrap_fdopen(int descriptor, const char *mode)
