@@ -169,6 +169,8 @@ private slots:
     void noRecordsLeaveTheArrayAndSetTheCount();
     void aWrongAnswerToTheSizeQueryIsShownAndNothingFetched_data();
     void aWrongAnswerToTheSizeQueryIsShownAndNothingFetched();
+    void eachHalfOfTheAnswerHas16Bits_data();
+    void eachHalfOfTheAnswerHas16Bits();
     void aMissingArrayAddressIsShown_data();
     void aMissingArrayAddressIsShown();
     void aMissingArrayAddressIsShownBeforeAWrongSize();
@@ -448,6 +450,39 @@ void TestDBFuns::aWrongAnswerToTheSizeQueryIsShownAndNothingFetched()
     QVERIFY(boxes[0].parent == window);
     QCOMPARE(log(), "FDBGet" + kind.toLatin1() + " query\n");
     QCOMPARE(fetch.output.out, "DBGet" + kind.toLatin1() + "<\n"); // no closing line on this road
+}
+
+void TestDBFuns::eachHalfOfTheAnswerHas16Bits_data()
+{
+    QTest::addColumn<int>("record");
+    QTest::addColumn<int>("request");
+    const int record = int(sizeof(CMessageEvent));
+    const int request = int(sizeof(CMessageEventRequest));
+    for (int bit = 0; bit < 16; ++bit) {
+        QTest::addRow("record %d", bit) << (record ^ 1 << bit) << request;
+    }
+    for (int bit = 0; bit < 15; ++bit) { // the one above makes the answer negative
+        QTest::addRow("request %d", bit) << record << (request ^ 1 << bit);
+    }
+}
+
+void TestDBFuns::eachHalfOfTheAnswerHas16Bits()
+{
+    QFETCH(int, record);
+    QFETCH(int, request);
+    static int answer;
+    answer = record | request << 16;
+    FDBGetEvents = [](int *, CMessageEvent **, CMessageEventRequest *) { return answer; };
+    Fetch fetch("Events");
+    fetch.call();
+    QCOMPARE(fetch.result, -1);
+    QCOMPARE(boxes.size(), 1);
+    const QString sizes = QString("sizeof(CMessageEvent)=%1,return=%2; size(CCMessageEventRequest)=%3,return=%4")
+                              .arg(sizeof(CMessageEvent))
+                              .arg(record)
+                              .arg(sizeof(CMessageEventRequest))
+                              .arg(request);
+    QVERIFY2(boxes[0].text.endsWith(sizes), qPrintable(boxes[0].text));
 }
 
 void TestDBFuns::aMissingArrayAddressIsShown_data()
