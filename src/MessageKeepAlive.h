@@ -20,7 +20,7 @@ struct CMessageKeepAlive {
     CMessageKeepAlive(const CMessageKeepAlive &other);
     ~CMessageKeepAlive();
 
-    /** Deep copy; the old SensorID is released first. Throws std::bad_alloc. */
+    /** Deep copy; the old SensorID is released. Throws std::bad_alloc. */
     CMessageKeepAlive &operator=(const CMessageKeepAlive &other);
 
     /** Does nothing: SensorID stays with whoever filled the record, and is theirs to release. */

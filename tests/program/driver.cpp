@@ -16,6 +16,7 @@
  *   warn=CATEGORY warns in a category of the toolkit's
  *   close         closes the panel's window, or the window that has lost its panel
  *   delete        destroys the panel
+ *   exit=CODE     ends the event loop with that code
  */
 
 #include "data.h"
@@ -135,6 +136,8 @@ private:
             windowToClose()->close();
         else if (name == "delete")
             delete Panels().first();
+        else if (name == "exit")
+            QApplication::exit(value.toInt());
     }
 
     static QWidget *windowToClose()

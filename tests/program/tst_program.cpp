@@ -41,6 +41,8 @@ private slots:
     void closingThePanelEndsWithoutAQuestion();
     void thePanelEndsTheProgramWithListsOpen_data();
     void thePanelEndsTheProgramWithListsOpen();
+    void theExitStatusIsThatOfTheEventLoop_data();
+    void theExitStatusIsThatOfTheEventLoop();
     void theSensorsTreeIsNotImplemented();
     void whatTheDisplaySaysOfWindowsThatAreGoneIsNoNews();
     void everyPressOpensAnotherWindow();
@@ -49,6 +51,7 @@ private slots:
     void aSessionThatSavedNothingGetsOneWindow();
     void aSessionWithoutWindowsEnds();
     void versionAndHelp();
+    void authorAndLicence();
     void anUnknownOptionIsRefused();
 
 private:
@@ -233,6 +236,22 @@ void TestProgram::thePanelEndsTheProgramWithListsOpen()
     QCOMPARE(run.status, 0);
 }
 
+void TestProgram::theExitStatusIsThatOfTheEventLoop_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("normal start") << QStringList();
+    QTest::newRow("restored session") << QStringList({"-session", "ID_KEY"});
+}
+
+void TestProgram::theExitStatusIsThatOfTheEventLoop()
+{
+    QFETCH(QStringList, arguments);
+    saveSession(1);
+    const Run run = drive("panels exit=7", arguments);
+    QCOMPARE(run.err, "panels: 1\n" + goodEnd);
+    QCOMPARE(run.status, 7);
+}
+
 void TestProgram::theSensorsTreeIsNotImplemented()
 {
     const Run run = drive("press=Sensors_Tree answer=ok windows=1 close");
@@ -308,6 +327,15 @@ void TestProgram::versionAndHelp()
     const Run help = drive("", {"--help"}, OBRIM_PROGRAM);
     QVERIFY(help.out.contains("A KDE KPart Application"));
     QCOMPARE(help.status, 0);
+}
+
+void TestProgram::authorAndLicence()
+{
+    const Run author = drive("", {"--author"}, OBRIM_PROGRAM);
+    QVERIFY2(author.out.contains("The obrim developers"), qPrintable(author.out));
+    QVERIFY2(author.out.contains("obrim@localhost"), qPrintable(author.out));
+    const Run licence = drive("", {"--license"}, OBRIM_PROGRAM);
+    QVERIFY2(licence.out.contains("under the terms of the GPL v2."), qPrintable(licence.out));
 }
 
 void TestProgram::anUnknownOptionIsRefused()
