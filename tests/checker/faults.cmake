@@ -105,6 +105,7 @@ set(CHECKER_FAULTS
     same-identifier
     second-initialise
     segfault
+    sensor-again
     sensor-nameless
     sensor-order
     sensor-size

@@ -228,6 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"size-unstable", {{"size-query", "fail"}}}, FaultCase{"initialise-fails", {{"initialise", "warn"}}},
         FaultCase{"second-initialise", {{"initialise-twice", "fail"}}},
         FaultCase{"initialise-empties", {{"initialise-twice", "fail"}}},
+        FaultCase{"sensor-again", {{"initialise-twice", "fail"}}},
         FaultCase{"crash-uninitialised", {{"before-initialise", "crash"}}},
         FaultCase{"crash-missing-directory", {{"missing-directory", "crash"}}},
         FaultCase{"result", {{"status", "fail"}}}, FaultCase{"count-null-array", {{"count", "fail"}}},
@@ -480,7 +481,7 @@ TEST(DBLibCheckGood, aLibraryThatRefusesLargeAnswersHonestlyPasses)
 TEST(DBLibCheckGood, aLongCheckMayTakeMoreThanTheLimitWhileItGetsOn)
 {
     const std::string checked = "'" + library("put-pauses") + "' --write --only many-put";
-    const CheckerRun result = run(checked + " --timeout 10 --records 1260");
+    const CheckerRun result = run(checked + " --timeout 20 --records 2260");
     EXPECT_EQ(result.verdicts.at("many-put"), "pass") << result.output;
 }
 

@@ -40,6 +40,12 @@ std::string firstOf(std::initializer_list<std::pair<bool, const char *>> compari
     return {};
 }
 
+std::vector<int> sorted(std::vector<int> ids)
+{
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
 /** The least bytes that a value of a type takes. */
 int leastBytes(int type)
 {
@@ -228,6 +234,27 @@ std::string firstDifference(const CMessageCommand &a, const CMessageCommand &b)
         {a.CommandTime == b.CommandTime, "CommandTime"},
         {sameParameters(a.par, a.ParNum, b.par, b.ParNum), "the parameters"},
     });
+}
+
+View look(const Library &library)
+{
+    View view;
+    if (library.has(DBFunctionGetSensors)) {
+        const auto answer = askSensors(library);
+        view.results.push_back(answer.status);
+        view.sensors = answer.records.size();
+    }
+    if (library.has(DBFunctionGetEvents)) {
+        const auto answer = ask<EventKind>(library, plain<EventKind>(50, true));
+        view.results.push_back(answer.status);
+        view.events = sorted(idsOf<EventKind>(answer.records));
+    }
+    if (library.has(DBFunctionGetCommands)) {
+        const auto answer = ask<CommandKind>(library, plain<CommandKind>(50, true));
+        view.results.push_back(answer.status);
+        view.commands = sorted(idsOf<CommandKind>(answer.records));
+    }
+    return view;
 }
 
 std::string listed(const std::vector<int> &ids)

@@ -177,6 +177,22 @@ template <class Kind> std::vector<int> idsOf(const std::vector<typename Kind::Re
     return ids;
 }
 
+/** What a store shows at a glance: the oldest records and how many sensors there are. */
+struct View {
+    std::vector<int> results;
+    std::vector<int> events; ///< identifiers, sorted: the order of answers is judged elsewhere
+    std::vector<int> commands;
+    std::size_t sensors = 0;
+
+    bool operator==(const View &other) const
+    {
+        return results == other.results && events == other.events && commands == other.commands &&
+               sensors == other.sensors;
+    }
+};
+
+View look(const Library &library);
+
 /** A few identifiers in words: "3, 4, 5 and 12 more". */
 std::string listed(const std::vector<int> &ids);
 

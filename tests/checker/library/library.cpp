@@ -424,6 +424,10 @@ int Functions::getSensors(int *n, CSensor **sensors)
 
 int Functions::initSensors(const char *config)
 {
+    if (fault("sensor-again") && store().initialised) {
+        const CSensor again = store().sensors.front();
+        store().sensors.push_back(again);
+    }
     return initialise(config);
 }
 
