@@ -4,6 +4,7 @@
 
 #include "waitcursor.h"
 
+#include <KLocalizedString>
 #include <QDialog>
 #include <QPointer>
 
@@ -26,6 +27,11 @@ QMessageBox::StandardButton RunBox(QMessageBox *box, const char *name)
     return pressed;
 }
 
+QString Translated(const QString &text)
+{
+    return tr2i18n(text.toUtf8().constData());
+}
+
 } // namespace
 
 void ShowInformationBox(QWidget *parent, const QString &caption, const QString &text)
@@ -35,7 +41,7 @@ void ShowInformationBox(QWidget *parent, const QString &caption, const QString &
 
 void ShowInformationBox(QDialog *parent, const QString &caption, const QString &text)
 {
-    ShowInformationBox(static_cast<QWidget *>(parent), caption, text);
+    ShowInformationBox(static_cast<QWidget *>(parent), Translated(caption), Translated(text));
 }
 
 bool AskQuestion(QWidget *parent, const QString &caption, const QString &text,

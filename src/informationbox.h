@@ -15,7 +15,10 @@ class QDialog;
  */
 void ShowInformationBox(QWidget *parent, const QString &caption, const QString &text);
 
-/** The same for a dialog: the form that the data access layer reports through. */
+/**
+ * The same for a dialog: the form that the data access layer reports through.
+ * That layer knows no catalogues, so caption and text are translated here.
+ */
 void ShowInformationBox(QDialog *parent, const QString &caption, const QString &text);
 
 /**

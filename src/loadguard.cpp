@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <new>
 
-void tellShortMemory(QDialog *window)
+void tellShortMemory(QWidget *window)
 {
     try {
         ShowInformationBox(window, QString(), tr2i18n("Not enough memory for the list"));

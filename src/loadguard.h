@@ -10,10 +10,9 @@
 #include <ctime>
 
 class ListView;
-class QDialog;
 
 /** Says that there was no memory for a list's rows; on standard error when there is none for that either. */
-void tellShortMemory(QDialog *window);
+void tellShortMemory(QWidget *window);
 
 /**
  * A load of a list window under way, until the end of the scope: `loading`,

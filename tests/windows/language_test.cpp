@@ -71,6 +71,7 @@ private slots:
     void rowsAreShownInTheLanguage();
     void listsOfOneSensorAreNamedInTheLanguage();
     void menusAndQuestionsSpeakTheLanguage();
+    void messagesOfTheDataLayerSpeakTheLanguage();
     void longerTextsFitIntoThePanel();
 };
 
@@ -171,7 +172,7 @@ void LanguageTest::listsOfOneSensorAreNamedInTheLanguage()
     const auto *events = sensors.findChild<CWD_EventsList *>();
     const auto *commands = sensors.findChild<CWD_CommandsList *>();
     QCOMPARE(events->windowTitle(), QStringLiteral("Ereignisse von pump"));
-    QCOMPARE(commands->windowTitle(), QStringLiteral("Befehle an valve"));
+    QCOMPARE(commands->windowTitle(), QString::fromUtf8("Befehle → valve"));
     speak("en_US");
     QCOMPARE(events->windowTitle(), QStringLiteral("Events list for pump"));
     QCOMPARE(commands->windowTitle(), QStringLiteral("Commands list for valve"));
@@ -195,6 +196,22 @@ void LanguageTest::menusAndQuestionsSpeakTheLanguage()
     rightClick(window.listMessages, 0);
     QCOMPARE(caption, QStringLiteral("Frage"));
     QCOMPARE(question, QStringLiteral("Soll weg: Ereignis 5?"));
+}
+
+void LanguageTest::messagesOfTheDataLayerSpeakTheLanguage()
+{
+    library->sensors.sizes = 0;
+    speak("de");
+    QString text;
+    answerBox(QMessageBox::Ok, &text);
+    const CWD_SensorsList sensors(nullptr, "Sensors list");
+    QCOMPARE(text, QString::fromUtf8("Die Bibliothek passt nicht: Größe eines Sensors"));
+    // With numbers in it, no catalogue has it: it stays as it is.
+    library->events.sizes = 7 | (8 << 16);
+    answerBox(QMessageBox::Ok, &text);
+    answerBox(QMessageBox::Ok);
+    const CWD_EventsList events(nullptr, "A list", nullptr);
+    QVERIFY(text.contains(QStringLiteral(",return=7; ")));
 }
 
 void LanguageTest::longerTextsFitIntoThePanel()
