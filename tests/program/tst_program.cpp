@@ -149,6 +149,8 @@ void TestProgram::theTraceTellsTheOrderOfTheStart()
     QCOMPARE(run.out, trace());
     QCOMPARE(run.err, "windows: Tool\n" + goodEnd);
     QCOMPARE(run.status, 0);
+    // It has no settings of its own.
+    QVERIFY(!QFile::exists(m_folder->path() + "/obrimrc"));
 }
 
 void TestProgram::theTraceArrivesLineByLineInAPipe()

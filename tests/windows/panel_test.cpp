@@ -8,6 +8,7 @@
 #include "cwd_eventslist.h"
 #include "cwd_sensorslist.h"
 #include "data.h"
+#include "mainwidget.h"
 #include "obrim.h"
 #include "obrimwidget.h"
 #include "windowtestbase.h"
@@ -34,6 +35,8 @@ private slots:
     void exitAnsweredNoLeavesEveryWindow();
     void exitAnsweredYesEndsPanelAndLists();
     void slotsWithoutAButtonDoNothing();
+    void theMainWidgetsEndIsTheLoopsEnd_data();
+    void theMainWidgetsEndIsTheLoopsEnd();
     void aMainWindowHoldsAPanelAndInitialisesTwice();
     void aClosedMainWindowDeletesItself();
 
@@ -198,6 +201,35 @@ void PanelTest::slotsWithoutAButtonDoNothing()
     QCOMPARE(m_out->text(), before);
     QVERIFY(!openBox());
     QVERIFY(panel.findChildren<QDialog *>().isEmpty());
+}
+
+void PanelTest::theMainWidgetsEndIsTheLoopsEnd_data()
+{
+    QTest::addColumn<bool>("closed");
+    QTest::newRow("closed") << true;
+    QTest::newRow("destroyed") << false;
+}
+
+void PanelTest::theMainWidgetsEndIsTheLoopsEnd()
+{
+    QFETCH(bool, closed);
+    // Its own window would keep the toolkit from ending the loop by itself.
+    QWidget other;
+    other.show();
+    auto widget = std::make_unique<QWidget>();
+    SetMainWidget(widget.get());
+    widget->show();
+    QTimer::singleShot(0, &other, [&] {
+        if (closed)
+            widget->close();
+        else
+            widget.reset();
+        // After the end, if there is one.
+        QTimer::singleShot(0, &other, [] { QCoreApplication::exit(7); });
+    });
+    QCOMPARE(QApplication::exec(), 0);
+    QVERIFY(other.isVisible());
+    QCOMPARE(widget == nullptr, !closed);
 }
 
 void PanelTest::aMainWindowHoldsAPanelAndInitialisesTwice()
