@@ -23,6 +23,7 @@ private slots:
     void slotForARowNumberDoesNothing();
     void createMakesANativeWindow();
     void firstSize();
+    void opensOverItsParent();
 };
 
 void EventsWindowTest::slotsStandInTheirOrder()
@@ -172,6 +173,18 @@ void EventsWindowTest::firstSize()
     QVERIFY(window.height() >= 655);
     QVERIFY(window.minimumSizeHint().width() > 543 || window.width() == 543);
     QVERIFY(window.minimumSizeHint().height() > 655 || window.height() == 655);
+}
+
+void EventsWindowTest::opensOverItsParent()
+{
+    QWidget parent;
+    parent.setGeometry(300, 250, 300, 200);
+    QVERIFY(showAndWait(&parent));
+    CWD_EventsList window(&parent, "Events list", nullptr);
+    QVERIFY(showAndWait(&window));
+    // In the corner lie windows that were placed by hand, at no place.
+    QVERIFY(window.x() > 0);
+    QVERIFY(window.geometry().intersects(parent.geometry()));
 }
 
 QTEST_MAIN(EventsWindowTest)

@@ -50,6 +50,7 @@ private slots:
     void listsOfOneSensorGoWithTheWindow();
     void sensorWithoutANameGivesAListWithoutAFilter();
     void updateUnderAnOpenMenuTakesTheSelectedRow();
+    void rowThatGoesAwayTakesItemSelectedWithIt();
     void languageSwitchDoublesNothing();
 };
 
@@ -492,6 +493,17 @@ void SensorsWindowTest::updateUnderAnOpenMenuTakesTheSelectedRow()
     rightClick(window.SensorsList, 0);
     QVERIFY(!window.itemSelected);
     QVERIFY(library->commands.put.empty());
+}
+
+void SensorsWindowTest::rowThatGoesAwayTakesItemSelectedWithIt()
+{
+    library->sensors.answer = {sensor("fan"), sensor("pump")};
+    CWD_SensorsList window(nullptr, "Sensors list");
+    window.itemSelected = window.SensorsList->itemAt(0);
+    window.SensorsList->removeItem(window.SensorsList->itemAt(1));
+    QCOMPARE(window.itemSelected, window.SensorsList->itemAt(0));
+    window.SensorsList->removeItem(window.SensorsList->itemAt(0));
+    QVERIFY(!window.itemSelected);
 }
 
 void SensorsWindowTest::languageSwitchDoublesNothing()

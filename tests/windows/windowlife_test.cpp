@@ -458,6 +458,7 @@ void WindowLifeTest::buttonsAndSlotsUnderABoxDoNothing()
         auto *window = make(kind, &parent);
         kind.source().sizes = 1;
         bool quiet = false;
+        bool selected = std::is_same_v<decltype(kind), SensorsKind>;
         onBox([&] {
             reload(window);
             window->onRBList(nullptr, QPoint(), -1);
@@ -465,12 +466,21 @@ void WindowLifeTest::buttonsAndSlotsUnderABoxDoNothing()
                 window->onUpdateList();
                 kind.getNew(window);
                 window->itemSelected = kind.list(window)->firstChild();
+                selected = window->itemSelected;
                 window->onDeleteItem();
             }
             quiet = openBoxes() == 1 && !openMenu();
             openBox()->accept();
         });
-        reload(window);
+        // Where there is another load than the one that leaves no row to delete.
+        if constexpr (std::is_same_v<decltype(kind), SensorsKind>)
+            reload(window);
+        else
+            kind.getNew(window);
+        QVERIFY(selected);
+        // The source is read anew by the outer load alone.
+        QCOMPARE(FakeLibrary::current->initialised.size(),
+                 std::size_t(std::is_same_v<decltype(kind), SensorsKind> ? 1 : 0));
         QVERIFY(quiet);
         QVERIFY(!openBox());
     });
