@@ -11,6 +11,9 @@
  * The form of the commands list window: the list on the left, the fixed panel of
  * filter controls on the right. No control has a value yet but the first entry
  * of each combo box.
+ *
+ * Each control is wired to a virtual slot; the slots of the bare form only warn
+ * that nothing stands behind them.
  */
 class DCommandsList : public RecordForm<Ui::DCommandsList>
 {
@@ -28,6 +31,7 @@ public slots:
     virtual void noGetNewCommands();
     virtual void setAutoUpdate(int index);
     virtual void onRBList(QListViewItem *item, const QPoint &pt, int ip);
+    /** No control calls it: the menu of a row does. */
     virtual void onDeleteItem();
 
 protected slots:

@@ -11,6 +11,9 @@
  * The form of the events list window: the list on the left, the fixed panel of
  * filter controls on the right. No control has a value yet but the first entry
  * of each combo box.
+ *
+ * Each control is wired to a virtual slot; the slots of the bare form only warn
+ * that nothing stands behind them.
  */
 class DEventList : public RecordForm<Ui::DEventList>
 {

@@ -9,7 +9,7 @@
 #include "commanditem.h"
 #include "recordlistwindow.h"
 
-/** Commands, as RecordListWindow needs to know them. */
+/** Commands, as RecordListWindow needs to know them; EventListTraits says what each member is for. */
 struct CommandListTraits {
     using Form = DCommandsList;
     using Record = CMessageCommand;

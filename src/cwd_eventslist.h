@@ -16,19 +16,25 @@ struct EventListTraits {
     using Request = CMessageEventRequest;
     using Item = EventItem;
 
+    /** Columns that sort by numbers, dates among them. */
     static constexpr int numericColumns[] = {NumberColumn, IdentifierColumn, DateColumn};
+    /** Records that the test data source may write into an array. */
     static constexpr int testDataCapacity = DebugEventCapacity;
     static constexpr int firstColumnWidthWhileLoading = 30;
+    /** Whether a full load without records brings the row numbers back to their fewest digits. */
     static constexpr bool emptyAnswerResetsDigits = true;
     static constexpr bool repaintsAfterSizing = true;
+    /** What the auto-update timer ticks for. */
     static constexpr auto getNew = &DEventList::onGetNewEvents;
 
     static ListView *list(const DEventList &form);
+    /** Whether the records come from the test data source. */
     static bool onTestData();
     static int get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent);
     static void remove(int id);
     static int id(const CMessageEvent &event);
     static std::time_t time(const CMessageEvent &event);
+    /** Column 3; what it refers to is kept in `names`. */
     static EventKind kind(const CMessageEvent &event, NamePool &names);
     static QStringList columnNames();
     static QString deleteEntry();
@@ -51,6 +57,7 @@ public:
      */
     CWD_EventsList(QWidget *parent, const char *caption, const char *mask);
 
+    /** As QWidget::create: makes the native window. */
     virtual void create(WId window, bool initializeWindow, bool destroyOldWindow);
 
 public slots:
@@ -60,6 +67,7 @@ public slots:
     void onSetTimeTo(int index) override;
     void setAutoUpdate(int index) override;
     void onDeleteItem() override;
+    /** Does nothing. */
     virtual void onRBList(int);
     void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
     void FSetVisibilityC0();

@@ -35,6 +35,7 @@ public:
     /** Shows (1), hides (0) or turns over (-1) a column. */
     void SetColumnsVisibiliy(int c, int set);
 
+    /** Does nothing. */
     virtual void Form1_destroyed(QObject *object);
 
     int NSensors = 0;                      ///< records in Sensor
@@ -46,7 +47,9 @@ public:
     int NColumns = 0;                      ///< columns in use
 
 public slots:
+    /** Does nothing. */
     virtual void onClose();
+    /** Has the source read its sensors again, then fetches them. */
     virtual void FUpdateData();
     void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
     /** Does nothing: the program never sizes this window, its user does. */

@@ -19,9 +19,11 @@ public:
     explicit obrimWidget(QWidget *parent = nullptr, const char *name = nullptr, Qt::WindowFlags fl = {});
 
 public slots:
+    /** Does nothing. */
     void button_clicked() override;
     void onSensorsTree() override;
     void onSensorsList() override;
+    /** Does nothing. */
     virtual void FUpdateData();
     /** Asks first; the panel deletes itself after a Yes. */
     void onExit() override;
