@@ -130,7 +130,8 @@ Simulator::Simulator(const QStringList &arguments)
 void Simulator::stop()
 {
     m_process.terminate();
-    Require(m_process.waitForFinished(patience) && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0,
+    Require(m_process.waitForFinished(patience) && m_process.exitStatus() == QProcess::NormalExit &&
+                m_process.exitCode() == 0,
             "sensor-sim ends in good order");
     simulator = 0;
 }
