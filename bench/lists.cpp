@@ -221,6 +221,32 @@ void benchScrolling(Goals &goals, Shown &many)
     goals.atMost("scrolling, the slowest of 400 frames", 1e3 * worst, "ms", 16);
 }
 
+/** The longest time for which the window does nothing else while no row begins with what is typed. */
+double longestTurn(Shown &shown, int column, double &whole)
+{
+    ListView &list = *shown.list;
+    list.setCurrentIndex(list.model()->index(0, column));
+    shown.paint();
+    list.keyboardSearch({});
+    const double start = now();
+    double longest = seconds([&] { list.keyboardSearch("!"); });
+    while (list.isSearching())
+        longest = std::max(longest, seconds([] { QCoreApplication::processEvents(); }));
+    whole = now() - start;
+    return longest;
+}
+
+void benchTyping(Goals &goals, Shown &many, int column)
+{
+    std::vector<double> turns;
+    double whole = 0;
+    for (int i = 0; i < 5; ++i)
+        turns.push_back(longestTurn(many, column, whole));
+    const std::string heading = many.list->columnText(column).toStdString();
+    goals.atMost(("a key typed in \"" + heading + "\", the longest turn").c_str(), 1e3 * medianOf(turns), "ms", 16);
+    std::printf("      all rows looked through in %.1f ms\n", 1e3 * whole);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -239,6 +265,8 @@ int main(int argc, char **argv)
     benchAppending(goals, many, few);
     benchRemoving(goals, many, few);
     benchScrolling(goals, many);
+    for (int column = NumberColumn; column <= ParametersColumn; ++column)
+        benchTyping(goals, many, column);
     for (int column : {NumberColumn, IdentifierColumn, DateColumn})
         benchSorting(goals, many, column, true);
     for (int column : {SensorColumn, KindColumn, ParametersColumn})

@@ -28,6 +28,9 @@ namespace
 {
 // A hidden column stays this wide, so that its edge can still be pulled out by hand.
 constexpr int NarrowestColumn = 2;
+// Rows looked through at a time for what was typed. The slowest texts take some microseconds each:
+// together they take a part of the time between two frames.
+constexpr int RowsPerTurn = 500;
 
 /** Tells a screen reader, if there is one, what happened to a row. */
 void tell(ListView *list, QAccessible::Event what, const QModelIndex &index)
@@ -60,6 +63,8 @@ ListView::ListView(QWidget *parent)
     header()->setMinimumSectionSize(NarrowestColumn);
     header()->setSortIndicator(0, Qt::AscendingOrder);
     setSortingEnabled(true);
+    connect(m_model, &QAbstractItemModel::layoutChanged, this, &ListView::endSearch);
+    connect(this, &QAbstractItemView::activated, this, &ListView::endSearch);
 }
 
 ListView::~ListView() = default;
@@ -311,6 +316,7 @@ void ListView::focusInEvent(QFocusEvent *event)
 
 void ListView::emitForCurrentRow()
 {
+    endSearch();
     const QModelIndex index = currentIndex();
     if (!index.isValid()) {
         emit rightButtonClicked(nullptr, viewport()->mapToGlobal(viewport()->rect().center()), -1);
@@ -384,6 +390,7 @@ void ListView::changeEvent(QEvent *event)
 
 void ListView::mousePressEvent(QMouseEvent *event)
 {
+    endSearch();
     QAbstractItemView::mousePressEvent(event);
 }
 
@@ -511,6 +518,7 @@ void ListView::doItemsLayout()
 
 void ListView::reset()
 {
+    endSearch();
     QTreeView::reset();
     m_shown = false;
     m_moved = 0;
@@ -576,6 +584,9 @@ void ListView::keepPlace()
 void ListView::rowsInserted(const QModelIndex &parent, int first, int last)
 {
     const int count = last - first + 1;
+    if (first < m_search.row)
+        m_search.row += count;
+    m_search.rows += count;
     const QScrollBar *down = verticalScrollBar();
     const bool atEnd = m_shown && down->value() == down->maximum();
     if (atEnd && last == childCount() - 1)
@@ -589,6 +600,8 @@ void ListView::rowsInserted(const QModelIndex &parent, int first, int last)
 void ListView::rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last)
 {
     QAbstractItemView::rowsAboutToBeRemoved(parent, first, last);
+    if (first < m_search.row)
+        m_search.row -= qMin(last + 1, m_search.row) - first;
     const int top = topRow() + m_moved;
     if (first < top)
         m_moved -= qMin(last + 1, top) - first;
@@ -718,6 +731,7 @@ void ListView::updateRow(const QModelIndex &index)
 void ListView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
 {
     QAbstractItemView::currentChanged(current, previous);
+    endSearch();
     // The focus is drawn round the whole row.
     updateRow(previous);
     updateRow(current);
@@ -785,25 +799,71 @@ bool ListView::startsWith(int row, int column, const QString &start) const
 
 void ListView::keyboardSearch(const QString &search)
 {
-    const int count = childCount();
-    if (count == 0 || columns() == 0)
-        return;
     const bool restart =
-        search.isEmpty() || !m_searchClock.isValid() || m_searchClock.elapsed() > QApplication::keyboardInputInterval();
-    m_searchClock.start();
-    // The same key again and again goes from one row of that letter to the next.
-    const bool again = !restart && m_search.size() == 1 && search == m_search;
-    m_search = restart || again ? search : m_search + search;
-    if (m_search.isEmpty())
+        search.isEmpty() || !m_typingClock.isValid() || m_typingClock.elapsed() > QApplication::keyboardInputInterval();
+    m_typingClock.start();
+    m_typed = restart ? search : m_typed + search;
+    if (m_typed.isEmpty() || childCount() == 0 || columns() == 0) {
+        endSearch();
         return;
+    }
+    // The same key again and again goes from one row of that letter to the next.
+    const bool again = m_typed.size() > 1 && m_typed.count(m_typed.back()) == m_typed.size();
+    if (isSearching() && !restart && again) {
+        ++m_search.matches;
+        return;
+    }
+    if (isSearching() && !restart && m_search.matches == 1) {
+        // No row so far begins with less than that.
+        m_search.start = m_typed;
+        return;
+    }
     const QModelIndex current = currentIndex();
-    const int column = qMax(0, current.column());
-    const int from = current.isValid() ? current.row() + (restart || again ? 1 : 0) : 0;
-    for (int i = 0; i < count; ++i) {
-        const int row = (from + i) % count;
-        if (startsWith(row, column, m_search)) {
-            setCurrentIndex(m_model->index(row, column));
+    m_search.start = again ? m_typed.left(1) : m_typed;
+    m_search.column = qMax(0, current.column());
+    m_search.row = current.isValid() ? current.row() + (restart || again ? 1 : 0) : 0;
+    m_search.rows = childCount();
+    m_search.matches = 1;
+    searchOn();
+}
+
+bool ListView::isSearching() const
+{
+    return m_searchTimer.isActive();
+}
+
+void ListView::searchOn()
+{
+    // Some may have gone since.
+    m_search.rows = qMin(m_search.rows, childCount());
+    for (int i = 0; i < RowsPerTurn && m_search.rows > 0; ++i) {
+        const int row = m_search.row < childCount() ? m_search.row : 0;
+        m_search.row = row + 1;
+        --m_search.rows;
+        if (!startsWith(row, m_search.column, m_search.start))
+            continue;
+        if (--m_search.matches == 0) {
+            endSearch();
+            setCurrentIndex(m_model->index(row, m_search.column));
             return;
         }
+        m_search.rows = childCount();
     }
+    if (m_search.rows == 0)
+        endSearch();
+    else if (!isSearching())
+        m_searchTimer.start(0, this);
+}
+
+void ListView::endSearch()
+{
+    m_searchTimer.stop();
+}
+
+void ListView::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_searchTimer.timerId())
+        searchOn();
+    else
+        QTreeView::timerEvent(event);
 }

@@ -7,6 +7,7 @@
 #include "listmodel.h"
 #include "listviewitem.h"
 
+#include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QTreeView>
 #include <memory>
@@ -88,7 +89,14 @@ public:
     QModelIndex indexAt(const QPoint &point) const override;
     QModelIndex indexAbove(const QModelIndex &index) const;
     QModelIndex indexBelow(const QModelIndex &index) const;
+    /**
+     * Goes on to the next row that begins, in the current column, with what was
+     * typed. Many rows are looked through by and by from the event loop; what
+     * the user does in the meantime ends that, but typing on goes on with it.
+     */
     void keyboardSearch(const QString &search) override;
+    /** Whether rows are still being looked through for what was typed. */
+    bool isSearching() const;
     void reset() override;
     void doItemsLayout() override;
     void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
@@ -121,6 +129,7 @@ protected:
     void keyReleaseEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void timerEvent(QTimerEvent *event) override;
 
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     int verticalOffset() const override;
@@ -166,6 +175,9 @@ private:
     QRect rowsRect(int first, int last) const;
     void updateRow(const QModelIndex &index);
     bool startsWith(int row, int column, const QString &start) const;
+    /** Looks through the next rows for what was typed; the event loop calls for more. */
+    void searchOn();
+    void endSearch();
     QStyleOptionViewItem rowOption() const;
     void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
 
@@ -182,8 +194,19 @@ private:
     int m_moved = 0;              ///< rows by which the top row moved since the rows were laid out
     bool m_toEnd = false;         ///< rows came below the end, which was in sight
     bool m_menuKeyDown = false;   ///< the menu key's press was answered already
-    QString m_search;             ///< what was typed to find a row
-    QElapsedTimer m_searchClock;  ///< since the last key of m_search
+
+    /** What rows are looked through for. */
+    struct Search {
+        QString start;   ///< of the row's text
+        int column = 0;  ///< that the text stands in
+        int row = 0;     ///< to look at next
+        int rows = 0;    ///< still to look at
+        int matches = 0; ///< until the one that was asked for
+    };
+    QString m_typed;             ///< to find a row
+    QElapsedTimer m_typingClock; ///< since the last key of m_typed
+    Search m_search;
+    QBasicTimer m_searchTimer; ///< runs while rows are looked through
 };
 
 #endif

@@ -9,7 +9,6 @@
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QPainter>
-#include <QScopeGuard>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
@@ -100,6 +99,68 @@ struct NumberList : ListView {
     int painted = 0;
 };
 
+/** Typed keys do, however slowly they arrive. */
+class KeysBelongTogether
+{
+public:
+    KeysBelongTogether()
+        : m_before(QApplication::keyboardInputInterval())
+    {
+        QApplication::setKeyboardInputInterval(patience);
+    }
+    ~KeysBelongTogether()
+    {
+        QApplication::setKeyboardInputInterval(m_before);
+    }
+    KeysBelongTogether(const KeysBelongTogether &) = delete;
+    KeysBelongTogether &operator=(const KeysBelongTogether &) = delete;
+
+private:
+    int m_before;
+};
+
+/** "row 0" to "row N" on the screen, the first one current, and some other texts behind them. */
+struct LongList : ListView {
+    /** A row that notes how often it is asked for its text. */
+    struct Row : TextItem {
+        Row(const QString &text, int *asked)
+            : TextItem({text})
+            , m_asked(asked)
+        {
+        }
+        QString text(int column) const override
+        {
+            ++*m_asked;
+            return TextItem::text(column);
+        }
+
+    private:
+        int *m_asked;
+    };
+
+    LongList(int count, const QStringList &last)
+    {
+        addColumn("Name");
+        Rows rows;
+        for (int i = 0; i < count; ++i)
+            rows.push_back(std::make_unique<Row>(QString("row %1").arg(i), &asked));
+        for (const QString &text : last)
+            rows.push_back(std::make_unique<Row>(text, &asked));
+        insertItems(std::move(rows));
+        resize(200, 200);
+        show();
+        [this] { QVERIFY(waitForExposed(this)); }();
+        setCurrentIndex(model()->index(0, 0));
+    }
+
+    QString currentText() const
+    {
+        return currentItem()->text(0);
+    }
+
+    int asked = 0;
+};
+
 /** What rightButtonClicked told. */
 struct RightClicks {
     explicit RightClicks(ListView *list)
@@ -163,6 +224,16 @@ private slots:
     void toolTipShowsOverRows();
     void keysMoveThroughTheRows();
     void typingFindsARow();
+    void theSameKeyGoesOnFromRowToRow();
+    void typingLooksThroughFewRowsAtATime();
+    void typingOnGoesOnWithASearch();
+    void theSameKeyCountsDuringASearch();
+    void whatTheUserDoesEndsASearch_data();
+    void whatTheUserDoesEndsASearch();
+    void sortingAndClearingEndASearch();
+    void rowsComeAndGoDuringASearch();
+    void noRowIsPassedOverWhenOthersGo();
+    void aListGoesDuringASearch();
     void mouseSelectsARow();
     void doubleClickIsTold();
     void scrollBarReachesEveryRow();
@@ -641,10 +712,7 @@ void ListViewTest::typingFindsARow()
     list.insertItems(rowsOf({"apple", "avocado", "banana", "cherry", "Citron"}));
     list.show();
     QVERIFY(waitForExposed(&list));
-    // The keys belong together however slowly they arrive.
-    const int interval = QApplication::keyboardInputInterval();
-    const auto restore = qScopeGuard([interval] { QApplication::setKeyboardInputInterval(interval); });
-    QApplication::setKeyboardInputInterval(patience);
+    const KeysBelongTogether keys;
     QTest::keyClicks(&list, "ba");
     QCOMPARE(list.currentItem()->text(0), QString("banana"));
     list.keyboardSearch({});
@@ -657,6 +725,179 @@ void ListViewTest::typingFindsARow()
     QCOMPARE(list.currentItem()->text(0), QString("Citron"));
     list.keyboardSearch("c");
     QCOMPARE(list.currentItem()->text(0), QString("cherry"));
+}
+
+void ListViewTest::theSameKeyGoesOnFromRowToRow()
+{
+    const KeysBelongTogether keys;
+    ListView list;
+    list.addColumn("Name");
+    list.insertItems(rowsOf({"apple", "cherry", "Citron", "ccc"}));
+    list.setCurrentIndex(list.model()->index(0, 0));
+    for (const char *expected : {"ccc", "cherry", "Citron", "ccc", "cherry"}) {
+        list.keyboardSearch("c");
+        QCOMPARE(list.currentItem()->text(0), QString(expected));
+    }
+    // It all counts as typed.
+    list.keyboardSearch("h");
+    QCOMPARE(list.currentItem()->text(0), QString("cherry"));
+    list.keyboardSearch({});
+    list.keyboardSearch("c");
+    list.keyboardSearch("i");
+    QCOMPARE(list.currentItem()->text(0), QString("Citron"));
+}
+
+void ListViewTest::typingLooksThroughFewRowsAtATime()
+{
+    LongList list(100000, {"zebra"});
+    list.asked = 0;
+    QTest::keyClick(&list, 'z');
+    QVERIFY(list.isSearching());
+    QCOMPARE(list.currentIndex().row(), 0);
+    int all = 0;
+    while (list.isSearching()) {
+        QVERIFY(list.asked < 2000);
+        all += std::exchange(list.asked, 0);
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(all + list.asked >= 100000);
+    QCOMPARE(list.currentText(), QString("zebra"));
+    QCOMPARE(list.selectionModel()->selectedRows().size(), 1);
+}
+
+void ListViewTest::typingOnGoesOnWithASearch()
+{
+    const KeysBelongTogether keys;
+    LongList list(10000, {"zebra", "zoo", "zulu"});
+    QTest::keyClick(&list, 'z');
+    QCoreApplication::processEvents();
+    QTest::keyClick(&list, 'o');
+    QVERIFY(list.isSearching());
+    QSignalSpy moves(list.selectionModel(), &QItemSelectionModel::currentChanged);
+    QTRY_VERIFY(!list.isSearching());
+    QCOMPARE(list.currentText(), QString("zoo"));
+    QCOMPARE(moves.size(), 1);
+    // Nothing begins so: the row stays.
+    QTest::keyClick(&list, 'x');
+    QTRY_VERIFY(!list.isSearching());
+    QCOMPARE(list.currentText(), QString("zoo"));
+    // Another word begins.
+    QTest::keyClick(&list, 'q');
+    QVERIFY(list.isSearching());
+    list.keyboardSearch({});
+    QVERIFY(!list.isSearching());
+    QTest::keyClick(&list, 'z');
+    QTest::keyClick(&list, 'u');
+    QTRY_VERIFY(!list.isSearching());
+    QCOMPARE(list.currentText(), QString("zulu"));
+}
+
+void ListViewTest::theSameKeyCountsDuringASearch()
+{
+    const KeysBelongTogether keys;
+    LongList list(10000, {"zebra", "zoo", "zulu"});
+    for (int i = 0; i < 3; ++i)
+        QTest::keyClick(&list, 'z');
+    QVERIFY(list.isSearching());
+    QTRY_VERIFY(!list.isSearching());
+    QCOMPARE(list.currentText(), QString("zulu"));
+    // From the last of them round to the first, and as often as it is asked for.
+    for (int i = 0; i < 4; ++i)
+        QTest::keyClick(&list, 'z');
+    QTRY_VERIFY(!list.isSearching());
+    QCOMPARE(list.currentText(), QString("zebra"));
+}
+
+void ListViewTest::whatTheUserDoesEndsASearch_data()
+{
+    QTest::addColumn<int>("what");
+    QTest::newRow("a click") << 0;
+    QTest::newRow("an arrow") << 1;
+    QTest::newRow("Return") << 2;
+    QTest::newRow("the menu key") << 3;
+}
+
+void ListViewTest::whatTheUserDoesEndsASearch()
+{
+    QFETCH(int, what);
+    LongList list(10000, {"zebra"});
+    QTest::keyClick(&list, 'z');
+    QVERIFY(list.isSearching());
+    if (what == 0)
+        QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(list.currentIndex()).center());
+    else
+        QTest::keyClick(&list, what == 1 ? Qt::Key_Down : what == 2 ? Qt::Key_Return : Qt::Key_Menu);
+    QVERIFY(!list.isSearching());
+    QCOMPARE(list.currentIndex().row(), what == 1 ? 1 : 0);
+}
+
+void ListViewTest::sortingAndClearingEndASearch()
+{
+    LongList list(10000, {"zebra"});
+    QTest::keyClick(&list, 'z');
+    QVERIFY(list.isSearching());
+    list.setSorting(0, false);
+    QVERIFY(!list.isSearching());
+    list.setSorting(0, true);
+    list.setCurrentIndex(list.model()->index(0, 0));
+    list.keyboardSearch({});
+    QTest::keyClick(&list, 'z');
+    QVERIFY(list.isSearching());
+    list.clear();
+    QVERIFY(!list.isSearching());
+    QTest::keyClick(&list, 'z');
+    QVERIFY(!list.isSearching());
+}
+
+void ListViewTest::rowsComeAndGoDuringASearch()
+{
+    for (const bool come : {true, false}) {
+        LongList list(10000, {"zebra", "zoo"});
+        QTest::keyClick(&list, 'z');
+        QVERIFY(list.isSearching());
+        // Below the place that the search has come to, and above it.
+        if (come) {
+            list.insertItems(rowsOf(QString("row 0a\n").repeated(3000).split('\n', Qt::SkipEmptyParts)));
+            list.insertItems(rowsOf(QString("y\n").repeated(3000).split('\n', Qt::SkipEmptyParts)));
+        } else {
+            for (int i = 0; i < 400; ++i)
+                list.removeItem(list.itemAt(1));
+            for (int i = 0; i < 3000; ++i)
+                list.removeItem(list.itemAt(list.childCount() - 10));
+        }
+        QVERIFY(list.isSearching());
+        QTRY_VERIFY(!list.isSearching());
+        QCOMPARE(list.currentText(), QString("zebra"));
+    }
+    LongList list(3000, {"zebra"});
+    list.setCurrentIndex({});
+    QTest::keyClick(&list, 'z');
+    while (list.childCount() > 0)
+        list.removeItem(list.itemAt(list.childCount() - 1));
+    QVERIFY(list.isSearching());
+    QTRY_VERIFY(!list.isSearching());
+    QVERIFY(!list.currentItem());
+}
+
+void ListViewTest::noRowIsPassedOverWhenOthersGo()
+{
+    LongList list(700, {"zebra"});
+    list.insertItems(rowsOf(QString("zoo\n").repeated(1000).split('\n', Qt::SkipEmptyParts)));
+    QTest::keyClick(&list, 'z');
+    QVERIFY(list.isSearching());
+    for (int i = 0; i < 400; ++i)
+        list.removeItem(list.itemAt(1));
+    QTRY_VERIFY(!list.isSearching());
+    QCOMPARE(list.currentText(), QString("zebra"));
+}
+
+void ListViewTest::aListGoesDuringASearch()
+{
+    auto list = std::make_unique<LongList>(10000, QStringList{"zebra"});
+    QTest::keyClick(list.get(), 'z');
+    QVERIFY(list->isSearching());
+    list.reset();
+    QCoreApplication::processEvents();
 }
 
 void ListViewTest::mouseSelectsARow()
