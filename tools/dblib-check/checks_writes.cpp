@@ -392,6 +392,7 @@ Outcome checkManyPut(const Target &target)
     std::mt19937 random(target.seed);
     CMessageEvent event = EventKind::sample(3, random);
     int count = int(askIds<EventKind>(session.library, plain<EventKind>(wanted, true)).size());
+    Heap::keepFewFreed();
     stage("putting events up to " + std::to_string(wanted));
     Pace pace(target, wanted - count);
     while (count < wanted && pace.goesOn()) {

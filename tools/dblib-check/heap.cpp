@@ -83,6 +83,8 @@ Heap::Faults Heap::faults()
     return {};
 }
 
+void Heap::keepFewFreed() {}
+
 void Heap::fence(bool)
 {
     // The sanitizer has fences of its own.
@@ -243,7 +245,7 @@ public:
         while (m_lock.test_and_set(std::memory_order_acquire)) {
         }
         m_bytes += size;
-        while (m_count == Places || (m_bytes > MaxBytes && m_count > 0)) {
+        while (m_count >= m_most || (m_bytes > m_mostBytes && m_count > 0)) {
             const Entry &oldest = m_entries[m_first];
             m_first = (m_first + 1) % Places;
             --m_count;
@@ -253,6 +255,11 @@ public:
         m_entries[(m_first + m_count++) % Places] = {raw, size};
         m_lock.clear(std::memory_order_release);
     }
+    void keepFew()
+    {
+        m_most = Places / 16;
+        m_mostBytes = MaxBytes / 32;
+    }
 
 private:
     struct Entry {
@@ -261,6 +268,8 @@ private:
     };
     static constexpr std::size_t Places = 8192;
     static constexpr std::size_t MaxBytes = 4 << 20;
+    std::atomic<std::size_t> m_most{Places};
+    std::atomic<std::size_t> m_mostBytes{MaxBytes};
     Entry m_entries[Places] = {};
     std::size_t m_first = 0;
     std::size_t m_count = 0;
@@ -410,6 +419,11 @@ std::size_t malloc_usable_size(void *p)
 Heap::Faults Heap::faults()
 {
     return {overruns, doubleFrees, wildFrees};
+}
+
+void Heap::keepFewFreed()
+{
+    quarantine.keepFew();
 }
 
 void Heap::fence(bool yes)

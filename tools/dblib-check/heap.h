@@ -51,6 +51,13 @@ void fence(bool yes);
 /** Whether touching this address can only mean that a fenced block was left or used after its end. */
 bool isFence(const void *address);
 
+/**
+ * From now on only the latest freed blocks are kept for what is freed or used
+ * after its end. For very long work: memory that is soon used again is twice as
+ * quick, as it is still in the processor's cache.
+ */
+void keepFewFreed();
+
 /** Bytes in live blocks. */
 std::size_t liveBytes();
 
