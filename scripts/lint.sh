@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 # shellcheck shell=bash
 #
-# Format, static analysis, shell scripts, licence lines. All checks run; each says what it found.
+# Format, static analysis, shell scripts, licence lines, the description for software centres. All checks run; each says what it found.
 
 tracked() { git -C "$repository" -c "safe.directory=$repository" ls-files -z --cached --others --exclude-standard -- "$@"; }
 
@@ -33,6 +33,11 @@ lint_licences() {
     }
 }
 
+# The console has no domain whose name its identifier could bear.
+lint_metainfo() {
+    appstreamcli validate --no-net --override=cid-desktopapp-is-not-rdns=info "$repository/packaging/obrim.metainfo.xml" >&2
+}
+
 # The tests are read by people and run under sanitizers; analysing them would double the time.
 lint_tidy() {
     local log="$build_root/clang-tidy.log"
@@ -52,7 +57,7 @@ command_lint() {
     is_native || die "lint runs on Debian 12: its clang is the one that the sources are formatted with"
     need_packages build "$(toolkit_list)" test lint
     build_preset "$target_name"
-    for check in format shell licences tidy; do
+    for check in format shell licences metainfo tidy; do
         say "lint: $check"
         "lint_$check" || failed+=("$check")
     done

@@ -21,7 +21,7 @@ fail() {
 
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
-for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$data/applications/obrim.desktop" "$data/icons/hicolor/scalable/apps/obrim.svg" \
+for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" "$data/icons/hicolor/scalable/apps/obrim.svg" \
     "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
 done
@@ -32,6 +32,10 @@ desktop-file-validate "$stage$data/applications/obrim.desktop" || fail "the desk
 field() { sed -n "s/^$1=//p" "$stage$data/applications/obrim.desktop"; }
 [[ -x $stage$bin/$(field Exec) ]] || fail "the desktop entry starts $(field Exec), which is not installed"
 [[ -s $stage$data/icons/hicolor/scalable/apps/$(field Icon).svg ]] || fail "there is no icon $(field Icon)"
+
+# Software centres find the desktop entry by the name that the description gives.
+launched=$(sed -n 's:.*<launchable type="desktop-id">\(.*\)</launchable>.*:\1:p' "$stage$data/metainfo/obrim.metainfo.xml")
+[[ -n $launched && -s $stage$data/applications/$launched ]] || fail "the description for software centres starts '$launched'"
 
 width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
 [[ $width == *'48 x 48'* ]] || fail "the icon of 48 pixels is: $width"
