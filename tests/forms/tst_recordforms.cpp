@@ -166,8 +166,8 @@ private slots:
     void radioButtonsAreNumberedInOrder();
     void controlsHaveNoInitialValues_data();
     void controlsHaveNoInitialValues();
-    void timesShowTheirSeconds_data();
-    void timesShowTheirSeconds();
+    void timesShowAndTakeTheirSeconds_data();
+    void timesShowAndTakeTheirSeconds();
     void columnsAreAsInTheTable_data();
     void columnsAreAsInTheTable();
     void captionTitlesAndToolTips_data();
@@ -387,7 +387,7 @@ EACH_FORM(controlsHaveNoInitialValues)
     }
 }
 
-EACH_FORM(timesShowTheirSeconds)
+EACH_FORM(timesShowAndTakeTheirSeconds)
 {
     QFETCH(const FormTable *, table);
     const auto form = make(table);
@@ -395,6 +395,9 @@ EACH_FORM(timesShowTheirSeconds)
         auto *edit = form->findChild<QDateTimeEdit *>(name);
         edit->setDateTime(QDateTime(QDate(2004, 2, 29), QTime(3, 4, 5)));
         QCOMPARE(edit->text(), QString("2004-02-29 03:04:05"));
+        edit->setSelectedSection(QDateTimeEdit::SecondSection);
+        QTest::keyClicks(edit, "42");
+        QCOMPARE(edit->dateTime(), QDateTime(QDate(2004, 2, 29), QTime(3, 4, 42)));
     }
 }
 
