@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 # shellcheck shell=bash
 #
-# Format, static analysis, shell scripts, licence lines, the description for software centres. All checks run; each says what it found.
+# Format, static analysis, shell scripts, licence lines, the description for software centres. All
+# checks run; each says what it found.
 
 tracked() { git -C "$repository" -c "safe.directory=$repository" ls-files -z --cached --others --exclude-standard -- "$@"; }
 

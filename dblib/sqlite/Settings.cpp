@@ -28,6 +28,7 @@ std::string within(const std::string &folder, const std::string &path)
 {
     return path.front() == '/' ? path : folder + "/" + path;
 }
+
 struct Closer {
     void operator()(std::FILE *file) const
     {
