@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_BENCH_BENCHFOLDER_H
-#define OBRIM_BENCH_BENCHFOLDER_H
+#pragma once
 
 #include <cstdio>
 #include <cstdlib>
@@ -43,5 +42,3 @@ public:
 private:
     std::string m_path;
 };
-
-#endif

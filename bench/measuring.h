@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_BENCH_MEASURING_H
-#define OBRIM_BENCH_MEASURING_H
+#pragma once
 
 /**
  * @file
@@ -100,5 +99,3 @@ struct PaintCounter : QObject {
 
     int count = 0;
 };
-
-#endif

@@ -10,9 +10,9 @@
  * temporary folder otherwise), OBRIM_BENCH_EVENTS the larger number of events
  * (10,000,000).
  */
-#include "Simulation.h"
-#include "Store.h"
 #include "benchfolder.h"
+#include "simulation.h"
+#include "store.h"
 
 #include <benchmark/benchmark.h>
 
@@ -137,9 +137,8 @@ void fetchFew(benchmark::State &state, Data &data, const Filter &filter, bool fi
     filter.set(request, data);
     for (auto _ : state) {
         const auto events = data.store.events(request);
-        if (events->size() != FewRecords) {
+        if (events->size() != FewRecords)
             state.SkipWithError("not the number of records asked for");
-        }
     }
 }
 
@@ -149,22 +148,18 @@ void fetchNew(benchmark::State &state, Data &data)
     request.NMax = FewRecords;
     request.UseMessageID0 = 1;
     request.MessageID0 = data.count + 1;
-    for (auto _ : state) {
-        if (data.store.events(request)->size() != 0) {
+    for (auto _ : state)
+        if (data.store.events(request)->size() != 0)
             state.SkipWithError("something is new");
-        }
-    }
 }
 
 void fetchMany(benchmark::State &state, Data &data)
 {
     CMessageEventRequest request;
     request.NMax = ManyRecords;
-    for (auto _ : state) {
-        if (data.store.events(request)->size() != std::min(ManyRecords, data.count)) {
+    for (auto _ : state)
+        if (data.store.events(request)->size() != std::min(ManyRecords, data.count))
             state.SkipWithError("not the number of records asked for");
-        }
-    }
 }
 
 /** The same columns of the same rows, stepped and nothing else. */
@@ -179,13 +174,11 @@ void bareSelect(benchmark::State &state, Data &data)
     sqlite3_bind_int(statement, 1, ManyRecords);
     for (auto _ : state) {
         int rows = 0;
-        while (sqlite3_step(statement) == SQLITE_ROW) {
+        while (sqlite3_step(statement) == SQLITE_ROW)
             ++rows;
-        }
         sqlite3_reset(statement);
-        if (rows != std::min(ManyRecords, data.count)) {
+        if (rows != std::min(ManyRecords, data.count))
             state.SkipWithError("not the number of rows asked for");
-        }
     }
     sqlite3_finalize(statement);
     sqlite3_close(db);
@@ -193,9 +186,8 @@ void bareSelect(benchmark::State &state, Data &data)
 
 void removeDatabase(const std::string &path)
 {
-    for (const char *suffix : {"", "-wal", "-shm"}) {
+    for (const char *suffix : {"", "-wal", "-shm"})
         std::filesystem::remove(path + suffix);
-    }
 }
 
 void fill(benchmark::State &state, const std::string &path)
@@ -227,9 +219,8 @@ std::vector<StoredRow> oldestRows(Data &data)
     std::vector<StoredRow> rows;
     Sqlite::Statement all(data.store.connection(), "SELECT id, series, time, params FROM event ORDER BY id LIMIT " +
                                                        std::to_string(ManyRecords));
-    while (all.step()) {
+    while (all.step())
         rows.push_back({int(all.number(0)), int(all.number(1)), all.number(2), std::string(all.text(3))});
-    }
     return rows;
 }
 
@@ -259,9 +250,8 @@ void bareInsert(benchmark::State &state, const std::vector<StoredRow> &rows, con
         }
         const int result = sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr);
         state.PauseTiming();
-        if (result != SQLITE_OK || sqlite3_total_changes(db) < int(rows.size())) {
+        if (result != SQLITE_OK || sqlite3_total_changes(db) < int(rows.size()))
             state.SkipWithError("not all rows were inserted");
-        }
         sqlite3_finalize(insert);
         sqlite3_close(db);
         state.ResumeTiming();
@@ -296,9 +286,8 @@ public:
     void Finalize() override
     {
         std::printf("%-40s %14s %14s\n", "least of all repetitions", "CPU ms", "real ms");
-        for (const std::string &name : order) {
+        for (const std::string &name : order)
             std::printf("%-40s %14.4f %14.4f\n", name.c_str(), least[name].cpu * 1e3, least[name].real * 1e3);
-        }
     }
 
     std::map<std::string, Least> least;
@@ -311,9 +300,8 @@ private:
         const double iterations = double(run.iterations);
         const Least figure = {run.cpu_accumulated_time / iterations, run.real_accumulated_time / iterations};
         const auto [known, isNew] = least.emplace(name, figure);
-        if (isNew) {
+        if (isNew)
             order.push_back(name);
-        }
         known->second.cpu = std::min(known->second.cpu, figure.cpu);
         known->second.real = std::min(known->second.real, figure.real);
     }
@@ -334,9 +322,8 @@ public:
     {
         const auto figure = figures.least.find(name);
         const auto reference = figures.least.find(base);
-        if (figure == figures.least.end() || reference == figures.least.end()) {
+        if (figure == figures.least.end() || reference == figures.least.end())
             return;
-        }
         const double value = figure->second.cpu / reference->second.cpu;
         tell(value <= most, name, "%.2f times " + base + ", goal at most %.1f", value, most);
     }
@@ -344,9 +331,8 @@ public:
     void rate(const std::string &name, double count, double least)
     {
         const auto figure = figures.least.find(name);
-        if (figure == figures.least.end()) {
+        if (figure == figures.least.end())
             return;
-        }
         const double value = count / figure->second.real;
         tell(value >= least, name, "%.0f a second, goal at least %.0f", value, least);
     }
@@ -398,11 +384,9 @@ void enlistAll(Data &small, Data &large, const std::vector<StoredRow> &rows, con
 bool judge(const Figures &figures)
 {
     Goals goals(figures);
-    for (const Filter &filter : Filters) {
-        for (const bool first : {false, true}) {
+    for (const Filter &filter : Filters)
+        for (const bool first : {false, true})
             goals.ratio(fewName(filter, first, "large"), fewName(filter, first, "small"), 2);
-        }
-    }
     goals.ratio("nothing_new/large", "nothing_new/small", 2);
     goals.ratio("fetch_1000000", "bare_select_1000000", 3);
     goals.ratio("fill_1000000", "bare_insert_1000000", 1);
@@ -424,14 +408,12 @@ int main(int argc, char *argv[])
 {
     std::vector<std::string> arguments = withDefaults(argc, argv);
     std::vector<char *> pointers;
-    for (std::string &argument : arguments) {
+    for (std::string &argument : arguments)
         pointers.push_back(argument.data());
-    }
     int count = int(pointers.size());
     benchmark::Initialize(&count, pointers.data());
-    if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) {
+    if (benchmark::ReportUnrecognizedArguments(count, pointers.data()))
         return 1;
-    }
     try {
         const BenchFolder folder;
         Data small(folder.path("small.db"), SmallCount);

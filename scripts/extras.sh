@@ -4,8 +4,8 @@
 #
 # Benchmarks, fuzzing, coverage.
 
-# programs_in FOLDER PREFIX: the programs there whose names begin so.
-programs_in() { find "$1" -maxdepth 1 -type f -executable -name "$2*" | sort; }
+# programs_in FOLDER SUFFIX: the programs there whose names end so.
+programs_in() { find "$1" -maxdepth 1 -type f -executable -name "*$2" | sort; }
 
 # The machine and its load decide what the figures mean, so they stand beside them.
 describe_machine() {
@@ -22,7 +22,7 @@ bench_one() {
     local arguments=()
     shift
     # The others compare by themselves and take no arguments.
-    [[ $name != bench_store ]] ||
+    [[ $name != storebench ]] ||
         arguments=(--benchmark_out="$results/$name.json" --benchmark_out_format=json "$@")
     {
         describe_machine
@@ -39,7 +39,7 @@ command_bench() {
     need_packages build "$(toolkit_list)" bench
     build_preset bench benchmarks
     mkdir -p "$build_root/bench/results"
-    mapfile -t programs < <(programs_in "$build_root/bench/bench" bench_)
+    mapfile -t programs < <(programs_in "$build_root/bench/bench" bench)
     ((${#programs[@]})) || die "there are no benchmarks in build/bench/bench"
     for program in "${programs[@]}"; do
         say "bench: ${program##*/}"
@@ -51,7 +51,8 @@ command_bench() {
 
 # fuzz_one PROGRAM SECONDS: what it learns goes to build/fuzz/corpus, what it finds to build/fuzz/finds.
 fuzz_one() {
-    local program=$1 seconds=$2 name=${1##*/fuzz_}
+    local program=$1 seconds=$2 name=${1##*/}
+    name=${name%fuzz}
     local corpus="$build_root/fuzz/corpus/$name" log="$build_root/fuzz/$name.log"
     mkdir -p "$corpus" "$build_root/fuzz/finds"
     "$program" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
@@ -78,7 +79,7 @@ command_fuzz() {
     choose_target ''
     need_packages build "$(toolkit_list)" fuzz
     build_preset fuzz fuzzers
-    mapfile -t programs < <(programs_in "$build_root/fuzz/tests/fuzz" fuzz_)
+    mapfile -t programs < <(programs_in "$build_root/fuzz/tests/fuzz" fuzz)
     ((${#programs[@]})) || die "there are no fuzz targets in build/fuzz/tests/fuzz"
     say "fuzz: ${#programs[@]} targets, $seconds s each"
     set_sanitizer_options
@@ -98,7 +99,7 @@ command_fuzz() {
 
 # What every change keeps covered whole: records, readers, matcher, loader, data
 # access, test data source. The rest is reported.
-covered_whole='src/(Clock|Config|ConfigValue|DBFuns|DBFunsDebug|LibraryFile|LoadDLL|Message|RecordParts|Sensor\.|WCompare|foreigncall)'
+covered_whole='src/(Config|DBFuns|LoadDLL|Message|Sensor\.|WCompare|loader/|records/|text/)'
 
 run_gcovr() { (cd "$repository" && gcovr --root . --exclude-throw-branches --exclude-unreachable-branches "$@"); }
 

@@ -2,13 +2,13 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 # shellcheck shell=bash
 #
-# Format, static analysis, shell scripts, licence lines, the description for software centres. All
+# Format, layers, static analysis, shell scripts, licence lines, the description for software centres. All
 # checks run; each says what it found.
 
 tracked() { git -C "$repository" -c "safe.directory=$repository" ls-files -z --cached --others --exclude-standard -- "$@"; }
 
 lint_format() {
-    tracked '*.cpp' '*.h' '*.c' | (cd "$repository" && xargs -0r clang-format-14 --dry-run -Werror)
+    tracked '*.cpp' '*.h' '*.c' | (cd "$repository" && xargs -0r clang-format-16 --dry-run -Werror)
 }
 
 # Checking ./dev checks the parts that it reads.
@@ -39,14 +39,38 @@ lint_metainfo() {
     appstreamcli validate --no-net --override=cid-desktopapp-is-not-rdns=info "$repository/packaging/obrim.metainfo.xml" >&2
 }
 
-# The tests are read by people and run under sanitizers; analysing them would double the time.
-lint_tidy() {
-    local log="$build_root/clang-tidy.log"
+# The console's design names the files of its own classes and functions.
+readonly designed_files='src/(CommandsList|Config|DBFuns(Debug)?|EventsList|LoadDLL|Message[A-Za-z]*|Sensor(sList)?|WCompare|cwd_[a-z]+)[.]'
+
+lint_files() {
+    local odd
+    odd=$(
+        tracked '*.cpp' '*.h' '*.c' | tr '\0' '\n' | grep -vE "(^|/)[a-z0-9]+[.](cpp|h|c)\$|^$designed_files"
+        tracked '*.h' | (cd "$repository" && xargs -0 grep -L '^#pragma once$')
+    )
+    [[ -z $odd ]] || {
+        printf 'not named by the rule, or without #pragma once: %s\n' "$(paste -sd' ' <<<"$odd")" >&2
+        return 1
+    }
+}
+
+lint_layers() { python3 "$scripts/check-layers.py" "$repository" "$build_root/$target_name"; }
+
+# tidy FOLDERS [OPTION...]: analyse the sources and headers in these folders, a pattern.
+tidy() {
+    local place log="$build_root/clang-tidy.log"
+    place="^$(regex_of "$repository")/$1/"
+    shift
     run-clang-tidy-14 -quiet -p "$build_root/$target_name" -j "$CMAKE_BUILD_PARALLEL_LEVEL" \
-        "^$(regex_of "$repository")/(src|dblib|tools)/" >"$log" 2>&1 && return 0
+        -header-filter "$place" "$@" "$place" >"$log" 2>&1 && return 0
     grep -vE '^[0-9]+ warnings? (generated|treated)|^clang-tidy-14 |^Suppressed |^Use ' "$log" >&2
     return 1
 }
+
+lint_tidy() { tidy '(src|dblib|tools)'; }
+
+# The tests are read by people and run under sanitizers: beyond their names, analysing them would double the time.
+lint_names() { tidy tests -checks='-*,readability-identifier-naming' -extra-arg=-w; }
 
 regex_of() { python3 -c 'import re, sys; print(re.escape(sys.argv[1]))' "$1"; }
 
@@ -58,7 +82,7 @@ command_lint() {
     is_native || die "lint runs on Debian 12: its clang is the one that the sources are formatted with"
     need_packages build "$(toolkit_list)" test lint
     build_preset "$target_name"
-    for check in format shell licences metainfo tidy; do
+    for check in format files layers shell licences metainfo tidy names; do
         say "lint: $check"
         "lint_$check" || failed+=("$check")
     done

@@ -7,7 +7,7 @@
 namespace
 {
 
-QStringList Headings()
+QStringList headings()
 {
     return {tr2i18n("N"),        tr2i18n("Sensor ID"), tr2i18n("Cmd ID"),
             tr2i18n("Cmd Type"), tr2i18n("Cmd Time"),  tr2i18n("Parameters")};
@@ -18,7 +18,7 @@ QStringList Headings()
 DCommandsList::DCommandsList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
     : RecordForm(parent, name, modal, fl)
 {
-    AddColumns(listCommands, Headings());
+    addColumns(listCommands, headings());
     listCommands->setResizeMode(ListView::AllColumns);
     DCommandsList::languageChange();
     resize(size().expandedTo(minimumSizeHint()));
@@ -72,7 +72,7 @@ void DCommandsList::onDeleteItem()
 
 void DCommandsList::languageChange()
 {
-    setTexts(listCommands, Headings());
+    setTexts(listCommands, headings());
     setToolTip(QString());
     // Its text would give it Alt+G, as it does in the events form; here it has no key.
     pushButton2->setShortcut(QKeySequence());

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CONFIG_H
-#define OBRIM_CONFIG_H
+#pragma once
 
 #include <cstdio>
 #include <string>
@@ -27,7 +26,7 @@ constexpr int MaxBlockLines = 20;
  * fclose. NULL when it cannot be opened, for the reason in errno, or is a
  * directory, a pipe or a device, which leaves errno as it was.
  */
-std::FILE *OpenRegularFile(const char *path);
+std::FILE *openRegularFile(const char *path);
 
 /**
  * Trims a line in place: cuts it at the first line feed, then removes trailing
@@ -56,6 +55,4 @@ int GetConfigBlock(std::FILE *f, char lines[][ConfigLineSize], int &n);
  * case. A value in double quotes comes without them. False, and an empty
  * `value`, when no line has the key.
  */
-bool FindConfigValue(const char lines[][ConfigLineSize], int n, const char *key, std::string &value);
-
-#endif
+bool findConfigValue(const char lines[][ConfigLineSize], int n, const char *key, std::string &value);

@@ -19,7 +19,7 @@
 
 namespace
 {
-TInformationBox informationBox = nullptr;
+InformationBox informationBox = nullptr;
 
 /** Shows a message. Where memory is too short even for that, it goes to standard error. */
 void inform(QDialog *parent, const char *caption, const char *text)
@@ -35,7 +35,7 @@ void inform(QDialog *parent, const char *caption, const char *text)
 }
 
 /** What the operator and the trace read of one fetch function. */
-struct TFetchTexts {
+struct FetchTexts {
     const char *name;
     const char *function; ///< the DB library's
     const char *entry;
@@ -45,7 +45,7 @@ struct TFetchTexts {
     const char *badSizes;  ///< printf: record size here, in the library; the same for the request
 };
 
-constexpr TFetchTexts sensorTexts = {
+constexpr FetchTexts SensorTexts = {
     "DBGetSensors",
     "FDBGetSensors",
     "DBGetSensors<",
@@ -55,7 +55,7 @@ constexpr TFetchTexts sensorTexts = {
     "FDBGetSensors return incorrect struct size:sizeof(CSensor)=%d,return=%d",
 };
 
-constexpr TFetchTexts eventTexts = {
+constexpr FetchTexts EventTexts = {
     "DBGetEvents",
     "FDBGetEvents",
     "DBGetEvents<",
@@ -67,7 +67,7 @@ constexpr TFetchTexts eventTexts = {
     "size(CCMessageEventRequest)=%d,return=%d",
 };
 
-constexpr TFetchTexts commandTexts = {
+constexpr FetchTexts CommandTexts = {
     "DBGetCommands",
     "FDBGetCommands",
     "DBGetCommands<",
@@ -80,28 +80,26 @@ constexpr TFetchTexts commandTexts = {
 };
 
 /** The sizes of a record and its request (0: it has none), here or as a library answered. */
-struct TSizes {
+struct RecordSizes {
     int record;
     int request;
 };
 
 /** Reads the answer to a size query; nothing when it cannot be one. */
-std::optional<TSizes> readSizes(int answer, bool hasRequest)
+std::optional<RecordSizes> readSizes(int answer, bool hasRequest)
 {
-    if (answer < 1) {
+    if (answer < 1)
         return std::nullopt;
-    }
-    if (!hasRequest) {
-        return TSizes{answer, 0};
-    }
-    const TSizes sizes = {answer & 0xFFFF, (answer >> 16) & 0xFFFF};
+    if (!hasRequest)
+        return RecordSizes{answer, 0};
+    const RecordSizes sizes = {answer & 0xFFFF, (answer >> 16) & 0xFFFF};
     return sizes.record > 0 && sizes.request > 0 ? std::optional(sizes) : std::nullopt;
 }
 
 /** Whether the library was built for this program's records; tells the operator when not. */
-bool agree(const TFetchTexts &texts, TSizes ours, int answer, bool hasArray, QDialog *parent)
+bool agree(const FetchTexts &texts, RecordSizes ours, int answer, bool hasArray, QDialog *parent)
 {
-    const std::optional<TSizes> theirs = readSizes(answer, ours.request > 0);
+    const std::optional<RecordSizes> theirs = readSizes(answer, ours.request > 0);
     if (!theirs) {
         inform(parent, "", texts.badAnswer);
         return false;
@@ -119,7 +117,7 @@ bool agree(const TFetchTexts &texts, TSizes ours, int answer, bool hasArray, QDi
     return true;
 }
 
-void informNoMemory(const TFetchTexts &texts, int count, QDialog *parent)
+void informNoMemory(const FetchTexts &texts, int count, QDialog *parent)
 {
     char text[128];
     std::snprintf(text, sizeof(text), "%s: not enough memory for %d records", texts.name, count);
@@ -132,9 +130,8 @@ template <class Record> std::unique_ptr<Record[]> copied(const Record *records, 
     try {
         // No count is too large for an array where pointers have 8 bytes: one branch of the check is for 4.
         std::unique_ptr<Record[]> copy(new Record[std::size_t(count)]); // GCOVR_EXCL_BR_LINE
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count; ++i)
             copy[std::size_t(i)] = records[i];
-        }
         return copy;
     } catch (...) { // records fail to be copied for want of memory only
         return nullptr;
@@ -142,7 +139,7 @@ template <class Record> std::unique_ptr<Record[]> copied(const Record *records, 
 }
 
 /** What came of a library's fetch. */
-struct TFetched {
+struct Fetched {
     int result;
     int noRoomFor; ///< records that memory was too short for, else 0
 };
@@ -153,8 +150,8 @@ struct TFetched {
  * change only when all of that went well.
  */
 template <class Record, class... Request>
-TFetched fetchFromLibrary(const TFetchTexts &texts, int (*library)(int *, Record **, Request *...), int *n,
-                          Record **array, Request *...request)
+Fetched fetchFromLibrary(const FetchTexts &texts, int (*library)(int *, Record **, Request *...), int *n,
+                         Record **array, Request *...request)
 {
     const int before = *n;
     Record *theirs = nullptr;
@@ -170,14 +167,14 @@ TFetched fetchFromLibrary(const TFetchTexts &texts, int (*library)(int *, Record
         return {-1, noRoom ? count : 0};
     }
     if (copy) {
-        delete[] * array;
+        delete[] *array;
         *array = copy.release();
     }
     return {*fetched, 0};
 }
 
 template <class Record, class... Request>
-int fetch(const TFetchTexts &texts, int (*library)(int *, Record **, Request *...),
+int fetch(const FetchTexts &texts, int (*library)(int *, Record **, Request *...),
           int (*testSource)(int *, Record *, Request *...), int *n, Record **array, QDialog *parent,
           Request *...request)
 {
@@ -189,34 +186,30 @@ int fetch(const TFetchTexts &texts, int (*library)(int *, Record **, Request *..
     }
     const auto answer =
         attempt(texts.function, [&] { return library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
-    const TSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
-    if (!agree(texts, ours, answer.value_or(-1), array != nullptr, parent)) {
+    const RecordSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
+    if (!agree(texts, ours, answer.value_or(-1), array != nullptr, parent))
         return -1;
-    }
-    const TFetched fetched = n ? fetchFromLibrary(texts, library, n, array, request...) : TFetched{-1, 0};
+    const Fetched fetched = n ? fetchFromLibrary(texts, library, n, array, request...) : Fetched{-1, 0};
     // The window that owns count and array may be closed while a box is open: nothing of it is read after that.
     const int shown = n ? *n : -1;
-    if (fetched.noRoomFor > 0) {
+    if (fetched.noRoomFor > 0)
         informNoMemory(texts, fetched.noRoomFor, parent);
-    }
     std::printf(texts.exit, fetched.result, shown);
     return fetched.result;
 }
 
-int initialise(const char *function, TInitDBSensors *library, int (*testSource)(QString), const QString &dir)
+int initialise(const char *function, InitDBSensorsFunction *library, int (*testSource)(QString), const QString &dir)
 {
-    if (!library) {
+    if (!library)
         return testSource(dir);
-    }
     return attempt(function, [&] { return library(QFile::encodeName(dir).constData()); }).value_or(-1);
 }
 
 /** Hands a record over between two equal trace lines. */
 template <class Record> int put(const char *function, const char *trace, int (*library)(Record *), Record &record)
 {
-    if (!library) {
+    if (!library)
         return -1;
-    }
     std::puts(trace);
     const int result = attempt(function, [&] { return library(&record); }).value_or(-1);
     std::puts(trace);
@@ -224,12 +217,11 @@ template <class Record> int put(const char *function, const char *trace, int (*l
 }
 
 /** Whatever the library says to it, the record counts as deleted. */
-int deleteRecord(const char *function, const char *entry, const char *exit, TDBDeleteEvent *library, int id)
+int deleteRecord(const char *function, const char *entry, const char *exit, DBDeleteEventFunction *library, int id)
 {
     std::puts(entry);
-    if (library) {
+    if (library)
         attempt(function, [&] { return library(id); });
-    }
     std::puts(exit);
     return 0;
 }
@@ -242,9 +234,8 @@ void findBaseDirectory()
         CurWD = QFile::decodeName(directory.get());
         for (const char *up : {"/..", "/../..", "/../../.."}) {
             BaseWD = CurWD + QLatin1String(up);
-            if (FileExists(QFile::encodeName(BaseWD + QLatin1String("/Pics/Red.bmp")).constData())) {
+            if (FileExists(QFile::encodeName(BaseWD + QLatin1String("/Pics/Red.bmp")).constData()))
                 return;
-            }
         }
     } else {
         std::perror("The working directory cannot be read");
@@ -256,26 +247,24 @@ void findBaseDirectory()
 }
 } // namespace
 
-void SetInformationBox(TInformationBox show)
+void setInformationBox(InformationBox show)
 {
     informationBox = show;
 }
 
 int FileExists(const char *path)
 {
-    FILE *file = OpenRegularFile(path);
-    if (!file) {
+    FILE *file = openRegularFile(path);
+    if (!file)
         return 0;
-    }
     std::fclose(file);
     return 1;
 }
 
 int InitData()
 {
-    if (CurWD.isEmpty()) {
+    if (CurWD.isEmpty())
         findBaseDirectory();
-    }
     ConfigWD = BaseWD + QLatin1String("/Config");
     DLLWD = BaseWD + QLatin1String("/Libs");
     LoadDLL(DLLWD);
@@ -311,17 +300,17 @@ int InitDBCommands(QString dir)
 
 int DBGetSensors(int *n, CSensor **sensors, QDialog *parent)
 {
-    return fetch(sensorTexts, FDBGetSensors, DBGetSensorsDebug, n, sensors, parent);
+    return fetch(SensorTexts, FDBGetSensors, DBGetSensorsDebug, n, sensors, parent);
 }
 
 int DBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)
 {
-    return fetch(eventTexts, FDBGetEvents, DBGetEventsDebug, n, events, parent, request);
+    return fetch(EventTexts, FDBGetEvents, DBGetEventsDebug, n, events, parent, request);
 }
 
 int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)
 {
-    return fetch(commandTexts, FDBGetCommands, DBGetCommandsDebug, n, commands, parent, request);
+    return fetch(CommandTexts, FDBGetCommands, DBGetCommandsDebug, n, commands, parent, request);
 }
 
 int DBPutCommand(CMessageCommand &command)

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_DBFUNS_H
-#define OBRIM_DBFUNS_H
+#pragma once
 
 #include "Messages.h"
 
@@ -18,13 +17,13 @@ class QDialog;
  */
 
 /** Shows `text` to the operator, with one OK button; `parent` may be NULL. */
-using TInformationBox = void (*)(QDialog *parent, const QString &caption, const QString &text);
+using InformationBox = void (*)(QDialog *parent, const QString &caption, const QString &text);
 
 /**
  * Says how messages for the operator are shown, so that this layer needs no
  * widgets. Until then, and after NULL, they go to standard error.
  */
-void SetInformationBox(TInformationBox show);
+void setInformationBox(InformationBox show);
 
 /** 1 when the regular file at `path` can be opened for reading, else 0. Never blocks. */
 int FileExists(const char *path);
@@ -78,5 +77,3 @@ int DBPutEvent(CMessageEvent &event);
 int DBDeleteCommand(int id);
 /** As DBDeleteCommand, for an event. */
 int DBDeleteEvent(int id);
-
-#endif

@@ -38,14 +38,14 @@ public:
     /** Reads the next block; false when the file ends before the block does. */
     bool read(std::FILE *f)
     {
-        return GetConfigBlock(f, lines, count) == 1;
+        return GetConfigBlock(f, m_lines, m_count) == 1;
     }
 
     /** Empty without such a key. */
     std::string text(const char *key) const
     {
         std::string value;
-        FindConfigValue(lines, count, key, value);
+        findConfigValue(m_lines, m_count, key, value);
         return value;
     }
 
@@ -56,8 +56,8 @@ public:
     }
 
 private:
-    char lines[MaxBlockLines][ConfigLineSize];
-    int count = 0;
+    char m_lines[MaxBlockLines][ConfigLineSize];
+    int m_count = 0;
 };
 
 void setText(char *&text, int &length, const std::string &value)
@@ -71,15 +71,13 @@ void setText(char *&text, int &length, const std::string &value)
 bool fill(CSensor &sensor, const Block &block)
 {
     const std::string id = block.text("ID");
-    if (id.empty()) {
+    if (id.empty())
         return false;
-    }
     setText(sensor.SensorID, sensor.LSensorID, id);
     sensor.SensorType = block.number("Type");
     const std::string description = block.text("Description");
-    if (!description.empty()) {
+    if (!description.empty())
         setText(sensor.Description, sensor.LDescription, description);
-    }
     const std::string alive = block.text("IsAlive");
     if (!alive.empty()) {
         const bool yes = alive == "yes" || alive == "Yes" || alive == "YES";
@@ -91,9 +89,8 @@ bool fill(CSensor &sensor, const Block &block)
 bool fill(CMessageEvent &event, const Block &block)
 {
     const std::string id = block.text("SENSOR_ID");
-    if (id.empty()) {
+    if (id.empty())
         return false;
-    }
     setText(event.SensorID, event.LSensorID, id);
     event.SensorType = block.number("SENSOR_TYPE");
     setText(event.EventName, event.LEventName, block.text("EVENT_NAME"));
@@ -104,9 +101,8 @@ bool fill(CMessageEvent &event, const Block &block)
 bool fill(CMessageCommand &command, const Block &block)
 {
     const std::string id = block.text("SENSOR_ID");
-    if (id.empty()) {
+    if (id.empty())
         return false;
-    }
     setText(command.SensorID, command.LSensorID, id);
     command.CommandType = block.number("COMMAND_TYPE");
     command.CommandID = block.number("COMMAND_ID");
@@ -114,16 +110,14 @@ bool fill(CMessageCommand &command, const Block &block)
     return true;
 }
 
-template <typename TTable> void readTable(TTable &table, const QString &path)
+template <typename Table> void readTable(Table &table, const QString &path)
 {
     table.count = 0;
-    const std::unique_ptr<std::FILE, CloseFile> file(OpenRegularFile(QFile::encodeName(path).constData()));
+    const std::unique_ptr<std::FILE, CloseFile> file(openRegularFile(QFile::encodeName(path).constData()));
     Block block;
-    while (file && table.count < TTable::Capacity && block.read(file.get())) {
-        if (fill(table.records[table.count], block)) {
+    while (file && table.count < Table::Capacity && block.read(file.get()))
+        if (fill(table.records[table.count], block))
             ++table.count;
-        }
-    }
 }
 
 /**
@@ -140,19 +134,16 @@ template <typename Action> int attempt(Action action)
     }
 }
 
-template <typename TTable, typename Record> int handOut(const TTable &table, int *n, Record *records)
+template <typename Table, typename Record> int handOut(const Table &table, int *n, Record *records)
 {
-    if (!n) {
+    if (!n)
         return -1;
-    }
     const int result = attempt([&] {
-        for (int i = table.count - 1; records && i >= 0; --i) {
+        for (int i = table.count - 1; records && i >= 0; --i)
             records[i] = table.records[i];
-        }
     });
-    if (result == 0) {
+    if (result == 0)
         *n = table.count;
-    }
     return result;
 }
 } // namespace

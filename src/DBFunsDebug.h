@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_DBFUNSDEBUG_H
-#define OBRIM_DBFUNSDEBUG_H
+#pragma once
 
 #include <QString>
 
@@ -53,5 +52,3 @@ int InitDBCommandsDebug(QString dir);
 int DBGetSensorsDebug(int *n, CSensor *sensors);
 int DBGetEventsDebug(int *n, CMessageEvent *events, CMessageEventRequest *request);
 int DBGetCommandsDebug(int *n, CMessageCommand *commands, CMessageCommandRequest *request);
-
-#endif

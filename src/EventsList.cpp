@@ -7,7 +7,7 @@
 namespace
 {
 
-QStringList Headings()
+QStringList headings()
 {
     return {tr2i18n("N"),          tr2i18n("Sensor ID"),  tr2i18n("EventID"),
             tr2i18n("Event Name"), tr2i18n("Event Time"), tr2i18n("Parameters")};
@@ -18,7 +18,7 @@ QStringList Headings()
 DEventList::DEventList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
     : RecordForm(parent, name, modal, fl)
 {
-    AddColumns(listMessages, Headings());
+    addColumns(listMessages, headings());
     listMessages->setResizeMode(ListView::NoColumn);
     DEventList::languageChange();
     resize(size().expandedTo(minimumSizeHint()));
@@ -67,5 +67,5 @@ void DEventList::onRBList(QListViewItem *, const QPoint &, int)
 
 void DEventList::languageChange()
 {
-    setTexts(listMessages, Headings());
+    setTexts(listMessages, headings());
 }

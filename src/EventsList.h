@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_EVENTSLIST_H
-#define OBRIM_EVENTSLIST_H
+#pragma once
 
 #include "listform.h"
 #include "listview.h"
@@ -38,5 +37,3 @@ protected slots:
 private:
     void connectControls();
 };
-
-#endif

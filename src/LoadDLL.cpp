@@ -4,10 +4,10 @@
 
 #include "Config.h"
 #include "DBFuns.h"
-#include "DBSymbols.h"
-#include "LibraryFile.h"
 #include "data.h"
+#include "dbsymbols.h"
 #include "foreigncall.h"
+#include "libraryfile.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -17,33 +17,33 @@
 #include <dlfcn.h>
 #include <string>
 
-TDBGetSensors *FDBGetSensors = nullptr;
-TInitDBSensors *FInitDBSensors = nullptr;
-TDBGetEvents *FDBGetEvents = nullptr;
-TInitDBEvents *FInitDBEvents = nullptr;
-TDBGetCommands *FDBGetCommands = nullptr;
-TInitDBCommands *FInitDBCommands = nullptr;
-TDBPutCommand *FDBPutCommand = nullptr;
-TDBPutEvent *FDBPutEvent = nullptr;
-TDBDeleteCommand *FDBDeleteCommand = nullptr;
-TDBDeleteEvent *FDBDeleteEvent = nullptr;
+DBGetSensorsFunction *FDBGetSensors = nullptr;
+InitDBSensorsFunction *FInitDBSensors = nullptr;
+DBGetEventsFunction *FDBGetEvents = nullptr;
+InitDBEventsFunction *FInitDBEvents = nullptr;
+DBGetCommandsFunction *FDBGetCommands = nullptr;
+InitDBCommandsFunction *FInitDBCommands = nullptr;
+DBPutCommandFunction *FDBPutCommand = nullptr;
+DBPutEventFunction *FDBPutEvent = nullptr;
+DBDeleteCommandFunction *FDBDeleteCommand = nullptr;
+DBDeleteEventFunction *FDBDeleteEvent = nullptr;
 
 namespace
 {
 /** Where the address of each function of DBSymbols belongs. */
-void *const pointers[DBFunctionCount] = {
+void *const Pointers[DBFunctionCount] = {
     &FDBGetSensors,   &FInitDBSensors, &FDBGetEvents, &FInitDBEvents,    &FDBGetCommands,
     &FInitDBCommands, &FDBPutCommand,  &FDBPutEvent,  &FDBDeleteCommand, &FDBDeleteEvent,
 };
 
 /** The lines of the function-name map; none when there is no such file. */
-struct TNameMap {
+struct NameMap {
     char lines[MaxDefLines][ConfigLineSize];
     int n = 0;
 
-    explicit TNameMap(const QByteArray &path)
+    explicit NameMap(const QByteArray &path)
     {
-        if (FILE *file = OpenRegularFile(path.constData())) {
+        if (FILE *file = openRegularFile(path.constData())) {
             GetDefs(file, lines, n);
             std::fclose(file);
         }
@@ -52,10 +52,9 @@ struct TNameMap {
     std::string name(const char *key, const char *otherwise) const
     {
         std::string value;
-        FindConfigValue(lines, n, key, value);
-        if (value.empty()) {
+        findConfigValue(lines, n, key, value);
+        if (value.empty())
             value = otherwise;
-        }
         return value;
     }
 };
@@ -64,7 +63,7 @@ struct TNameMap {
 void tellWhyNotOpened(const char *path)
 {
     const char *reason = dlerror();
-    const std::string fault = LibraryFileFault(path);
+    const std::string fault = libraryFileFault(path);
     std::fprintf(stderr, "%s%s%s\n", reason, fault.empty() ? "" : "; ", fault.c_str());
 }
 
@@ -82,11 +81,11 @@ bool resolve(void *handle, void *pointer, const char *name)
 }
 
 /** Resolves the first `count` functions, up to the first that is missing. */
-bool resolveAll(void *handle, int count, const char *DBSymbol::*symbol, const TNameMap &names)
+bool resolveAll(void *handle, int count, const char *DBSymbol::*symbol, const NameMap &names)
 {
     for (int i = 0; i < count; ++i) {
         const char *usual = DBSymbols[i].*symbol;
-        if (!resolve(handle, pointers[i], names.name(DBSymbols[i].key, usual).c_str())) {
+        if (!resolve(handle, Pointers[i], names.name(DBSymbols[i].key, usual).c_str())) {
             // The usual name, also where the map gives another: it tells which function is meant.
             std::printf("Can't load function %s()\n\n", usual);
             return false;
@@ -103,10 +102,9 @@ int load(const QString &dir)
         return -1;
     }
     void *handle = dlopen(path.constData(), RTLD_LAZY | RTLD_GLOBAL);
-    if (!handle) {
+    if (!handle)
         tellWhyNotOpened(path.constData());
-    }
-    const TNameMap names(QFile::encodeName(ConfigWD + QLatin1String("/Funs.def")));
+    const NameMap names(QFile::encodeName(ConfigWD + QLatin1String("/Funs.def")));
     if (!handle) {
         std::printf("Can't open library %s\n", path.constData());
         return 0;

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_LOADDLL_H
-#define OBRIM_LOADDLL_H
+#pragma once
 
 #include "Messages.h"
 
@@ -13,16 +12,16 @@
  * it; whoever calls one tests it first. A NULL pointer selects the test data
  * source, function by function.
  */
-extern TDBGetSensors *FDBGetSensors;
-extern TInitDBSensors *FInitDBSensors;
-extern TDBGetEvents *FDBGetEvents;
-extern TInitDBEvents *FInitDBEvents;
-extern TDBGetCommands *FDBGetCommands;
-extern TInitDBCommands *FInitDBCommands;
-extern TDBPutCommand *FDBPutCommand;
-extern TDBPutEvent *FDBPutEvent;
-extern TDBDeleteCommand *FDBDeleteCommand;
-extern TDBDeleteEvent *FDBDeleteEvent;
+extern DBGetSensorsFunction *FDBGetSensors;
+extern InitDBSensorsFunction *FInitDBSensors;
+extern DBGetEventsFunction *FDBGetEvents;
+extern InitDBEventsFunction *FInitDBEvents;
+extern DBGetCommandsFunction *FDBGetCommands;
+extern InitDBCommandsFunction *FInitDBCommands;
+extern DBPutCommandFunction *FDBPutCommand;
+extern DBPutEventFunction *FDBPutEvent;
+extern DBDeleteCommandFunction *FDBDeleteCommand;
+extern DBDeleteEventFunction *FDBDeleteEvent;
 
 /**
  * Loads `dir` + "/DBLib.a" and looks its functions up: all ten by their C++
@@ -41,5 +40,3 @@ extern TDBDeleteEvent *FDBDeleteEvent;
  * library is never unloaded, so a pointer stays callable.
  */
 int LoadDLL(QString dir);
-
-#endif

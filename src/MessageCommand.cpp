@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "MessageCommand.h"
 
-#include "Clock.h"
 #include "Messages.h"
-#include "RecordParts.h"
+#include "clock.h"
+#include "recordparts.h"
 
 #include <cstring>
 
@@ -21,9 +21,8 @@ CMessageCommand::~CMessageCommand()
 
 CMessageCommand &CMessageCommand::operator=(const CMessageCommand &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     MessageType = other.MessageType;
     CopyPtr(&SensorID, &LSensorID, other.SensorID, other.LSensorID);
     CommandType = other.CommandType;
@@ -49,7 +48,7 @@ void CMessageCommand::Set(int messageType, const char *sensorId, int commandType
     MessageType = messageType;
     CopyPtr(&SensorID, &LSensorID, sensorId, sensorId ? int(std::strlen(sensorId)) + 1 : 0);
     CommandType = commandType;
-    CommandTime = CurrentTime();
+    CommandTime = currentTime();
 }
 
 void CMessageCommand::AllocateStrings()

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_MESSAGECOMMAND_H
-#define OBRIM_MESSAGECOMMAND_H
+#pragma once
 
 #include <ctime>
 
@@ -48,5 +47,3 @@ struct CMessageCommand {
     /** All parameters as "name=value;name=value"; empty when there are none. */
     QString AllParameters() const;
 };
-
-#endif

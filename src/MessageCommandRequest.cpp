@@ -3,7 +3,7 @@
 #include "MessageCommandRequest.h"
 
 #include "Messages.h"
-#include "RecordParts.h"
+#include "recordparts.h"
 
 CMessageCommandRequest::CMessageCommandRequest(const CMessageCommandRequest &other)
     : CMessageCommandRequest()
@@ -18,9 +18,8 @@ CMessageCommandRequest::~CMessageCommandRequest()
 
 CMessageCommandRequest &CMessageCommandRequest::operator=(const CMessageCommandRequest &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     NMax = other.NMax;
     TakeFirst1_Last0 = other.TakeFirst1_Last0;
     MessageType = other.MessageType;

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_MESSAGECOMMANDREQUEST_H
-#define OBRIM_MESSAGECOMMANDREQUEST_H
+#pragma once
 
 #include <ctime>
 
@@ -43,5 +42,3 @@ struct CMessageCommandRequest {
     /** 1 when the command passes every filter that is switched on, else 0; see CMessageEventRequest. */
     int operator&(const CMessageCommand &command) const;
 };
-
-#endif

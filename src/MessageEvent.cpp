@@ -3,7 +3,7 @@
 #include "MessageEvent.h"
 
 #include "Messages.h"
-#include "RecordParts.h"
+#include "recordparts.h"
 
 CMessageEvent::CMessageEvent(const CMessageEvent &other)
     : CMessageEvent()
@@ -18,9 +18,8 @@ CMessageEvent::~CMessageEvent()
 
 CMessageEvent &CMessageEvent::operator=(const CMessageEvent &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     MessageID = other.MessageID;
     MessageType = other.MessageType;
     CopyPtr(&SensorID, &LSensorID, other.SensorID, other.LSensorID);

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_MESSAGEEVENT_H
-#define OBRIM_MESSAGEEVENT_H
+#pragma once
 
 #include <ctime>
 
@@ -52,5 +51,3 @@ struct CMessageEvent {
     /** All parameters as "name=value;name=value"; empty when there are none. */
     QString AllParameters() const;
 };
-
-#endif

@@ -3,7 +3,7 @@
 #include "MessageEventParam.h"
 
 #include "Messages.h"
-#include "RecordParts.h"
+#include "recordparts.h"
 
 CMessageEventParam::CMessageEventParam(const CMessageEventParam &other)
     : CMessageEventParam()
@@ -18,9 +18,8 @@ CMessageEventParam::~CMessageEventParam()
 
 CMessageEventParam &CMessageEventParam::operator=(const CMessageEventParam &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     Type = other.Type;
     CopyPtr(&Name, &LName, other.Name, other.LName);
     CopyPtr(&Val, &LVal, other.Val, other.LVal);

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_MESSAGEEVENTPARAM_H
-#define OBRIM_MESSAGEEVENTPARAM_H
+#pragma once
 
 class QString;
 
@@ -43,5 +42,3 @@ struct CMessageEventParam {
     /** The same for a record that may be absent: "(null)" for NULL. */
     static QString toString(const CMessageEventParam *param);
 };
-
-#endif

@@ -3,7 +3,7 @@
 #include "MessageEventRequest.h"
 
 #include "Messages.h"
-#include "RecordParts.h"
+#include "recordparts.h"
 
 CMessageEventRequest::CMessageEventRequest(const CMessageEventRequest &other)
     : CMessageEventRequest()
@@ -18,9 +18,8 @@ CMessageEventRequest::~CMessageEventRequest()
 
 CMessageEventRequest &CMessageEventRequest::operator=(const CMessageEventRequest &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     NMax = other.NMax;
     TakeFirst1_Last0 = other.TakeFirst1_Last0;
     MessageID0 = other.MessageID0;

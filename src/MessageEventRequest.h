@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_MESSAGEEVENTREQUEST_H
-#define OBRIM_MESSAGEEVENTREQUEST_H
+#pragma once
 
 #include <ctime>
 
@@ -55,5 +54,3 @@ struct CMessageEventRequest {
      */
     int operator&(const CMessageEvent &event) const;
 };
-
-#endif

@@ -17,9 +17,8 @@ CMessageKeepAlive::~CMessageKeepAlive()
 
 CMessageKeepAlive &CMessageKeepAlive::operator=(const CMessageKeepAlive &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     MessageType = other.MessageType;
     CopyPtr(&SensorID, &LSensorID, other.SensorID, other.LSensorID);
     SensorType = other.SensorType;

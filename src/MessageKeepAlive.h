@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_MESSAGEKEEPALIVE_H
-#define OBRIM_MESSAGEKEEPALIVE_H
+#pragma once
 
 #include <ctime>
 
@@ -26,5 +25,3 @@ struct CMessageKeepAlive {
     /** Does nothing: SensorID stays with whoever filled the record, and is theirs to release. */
     void clean();
 };
-
-#endif

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Messages.h"
 
-#include "RecordLayout.h"
+#include "recordlayout.h"
 
 #include <cstring>
 
@@ -14,7 +14,7 @@ void CopyPtr(char **dst, int *dstLen, const char *src, int srcLen)
         std::memcpy(copy, src, std::size_t(srcLen));
     }
     // Released only now: src may be, or lie in, what *dst holds.
-    delete[] * dst;
+    delete[] *dst;
     *dst = copy;
     *dstLen = copy ? srcLen : 0;
 }

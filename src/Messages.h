@@ -10,10 +10,9 @@
  * be built from this header and the library `Obrim::DB` alone.
  *
  * The layouts are a binary contract. docs/record-layout.md states them in
- * words; RecordLayout.h asserts them.
+ * words; recordlayout.h asserts them.
  */
-#ifndef OBRIM_MESSAGES_H
-#define OBRIM_MESSAGES_H
+#pragma once
 
 #include "MessageCommand.h"
 #include "MessageCommandRequest.h"
@@ -46,16 +45,16 @@ void CopyPtr(char **dst, int *dstLen, const char *src, int srcLen);
  * The ten functions of a DB library. docs/db-library.md states for each what
  * must hold before, what comes back, and who owns it and for how long.
  */
-using TDBGetSensors = int(int *n, CSensor **sensors);
-using TInitDBSensors = int(const char *configDir);
-using TDBGetEvents = int(int *n, CMessageEvent **events, CMessageEventRequest *request);
-using TInitDBEvents = int(const char *configDir);
-using TDBGetCommands = int(int *n, CMessageCommand **commands, CMessageCommandRequest *request);
-using TInitDBCommands = int(const char *configDir);
-using TDBPutCommand = int(CMessageCommand *command);
-using TDBPutEvent = int(CMessageEvent *event);
-using TDBDeleteCommand = int(int id);
-using TDBDeleteEvent = int(int id);
+using DBGetSensorsFunction = int(int *n, CSensor **sensors);
+using InitDBSensorsFunction = int(const char *configDir);
+using DBGetEventsFunction = int(int *n, CMessageEvent **events, CMessageEventRequest *request);
+using InitDBEventsFunction = int(const char *configDir);
+using DBGetCommandsFunction = int(int *n, CMessageCommand **commands, CMessageCommandRequest *request);
+using InitDBCommandsFunction = int(const char *configDir);
+using DBPutCommandFunction = int(CMessageCommand *command);
+using DBPutEventFunction = int(CMessageEvent *event);
+using DBDeleteCommandFunction = int(int id);
+using DBDeleteEventFunction = int(int id);
 
 /** What a size query for events must return: both record sizes in one number. */
 constexpr int EventSizes = int(sizeof(CMessageEvent) | (sizeof(CMessageEventRequest) << 16));
@@ -63,5 +62,3 @@ constexpr int EventSizes = int(sizeof(CMessageEvent) | (sizeof(CMessageEventRequ
 constexpr int CommandSizes = int(sizeof(CMessageCommand) | (sizeof(CMessageCommandRequest) << 16));
 /** What a size query for sensors must return. */
 constexpr int SensorSize = int(sizeof(CSensor));
-
-#endif

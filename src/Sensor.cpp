@@ -3,7 +3,7 @@
 #include "Sensor.h"
 
 #include "Messages.h"
-#include "RecordParts.h"
+#include "recordparts.h"
 
 CSensor::CSensor(const CSensor &other)
     : CSensor()
@@ -18,9 +18,8 @@ CSensor::~CSensor()
 
 CSensor &CSensor::operator=(const CSensor &other)
 {
-    if (this == &other) {
+    if (this == &other)
         return *this;
-    }
     SensorType = other.SensorType;
     CopyPtr(&SensorID, &LSensorID, other.SensorID, other.LSensorID);
     MessageType = other.MessageType;

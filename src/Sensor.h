@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_SENSOR_H
-#define OBRIM_SENSOR_H
+#pragma once
 
 #include <ctime>
 
@@ -37,5 +36,3 @@ struct CSensor {
      */
     void AllocateStrings();
 };
-
-#endif

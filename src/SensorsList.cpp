@@ -7,7 +7,7 @@
 namespace
 {
 
-QStringList Headings()
+QStringList headings()
 {
     return {tr2i18n("ID"), tr2i18n("Description"), tr2i18n("Is Alive")};
 }
@@ -17,7 +17,7 @@ QStringList Headings()
 Form1::Form1(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
     : ListForm(parent, name, modal, fl)
 {
-    AddColumns(SensorsList, Headings());
+    addColumns(SensorsList, headings());
     SensorsList->setResizeMode(ListView::NoColumn);
     Form1::languageChange();
     resize(size().expandedTo(minimumSizeHint()));
@@ -32,5 +32,5 @@ void Form1::onRBList(QListViewItem *, const QPoint &, int)
 void Form1::languageChange()
 {
     retranslateUi(this);
-    RelabelColumns(SensorsList, Headings());
+    relabelColumns(SensorsList, headings());
 }

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_SENSORSLIST_H
-#define OBRIM_SENSORSLIST_H
+#pragma once
 
 #include "listform.h"
 #include "listview.h"
@@ -25,5 +24,3 @@ public slots:
 protected slots:
     void languageChange() override;
 };
-
-#endif

@@ -42,9 +42,8 @@ WCompareCounters counters;
 bool copyText(char (&to)[TextSize], const char *from)
 {
     const std::size_t length = from ? strnlen(from, TextSize) : 0;
-    if (length >= TextSize) {
+    if (length >= TextSize)
         return false;
-    }
     std::memcpy(to, from ? from : "", length);
     to[length] = '\0';
     return true;
@@ -70,9 +69,8 @@ bool splitPattern()
     int part = 0;
     for (const char *start = patternText;; ++part) {
         const std::size_t length = std::strcspn(start, "*?+");
-        if (part == PartCount || length >= PartSize) {
+        if (part == PartCount || length >= PartSize)
             return false;
-        }
         std::memcpy(literals[part], start, length);
         literals[part][length] = '\0';
         literalLengths[part] = int(length);
@@ -95,18 +93,16 @@ bool literalStandsAt(int part, int position)
 /** Whether a part can match nothing, as it must at the end of the subject. */
 bool matchesNothing(int part, int remaining)
 {
-    if (literalLengths[part] > 0 || kinds[part] == OneCharacter || kinds[part] == NonEmptyRun) {
+    if (literalLengths[part] > 0 || kinds[part] == OneCharacter || kinds[part] == NonEmptyRun)
         return false;
-    }
     return kinds[part] == PatternEnd || remaining > 1 || literalLengths[part + 1] == 0;
 }
 
 int descend(int part, int position, int remaining)
 {
     // Spares the step that cannot succeed: each part takes as many steps as the subject has bytes, not one more.
-    if (position == subjectLength && !matchesNothing(part, remaining)) {
+    if (position == subjectLength && !matchesNothing(part, remaining))
         return 0;
-    }
     counters.deepest = std::max(counters.deepest, ++counters.depth);
     const int result = CmpX(part, position, remaining);
     --counters.depth;
@@ -121,12 +117,10 @@ int settle(int part, int position)
     const int covered = subjectLength - position - length0 - length1;
     const Kind kind = kinds[part];
     const int last = subjectLength - length1;
-    if (kind == OneCharacter ? covered != 1 : covered < (kind == NonEmptyRun ? 1 : 0)) {
+    if (kind == OneCharacter ? covered != 1 : covered < (kind == NonEmptyRun ? 1 : 0))
         return 0;
-    }
-    if (!literalStandsAt(part, position) || !literalStandsAt(part + 1, last)) {
+    if (!literalStandsAt(part, position) || !literalStandsAt(part + 1, last))
         return 0;
-    }
     positions[part + 1] = last;
     positions[part + 2] = subjectLength;
     return 1;
@@ -136,11 +130,9 @@ int settle(int part, int position)
 int tryRun(int part, int from, int remaining)
 {
     const int end = std::min(failsFrom[part], subjectLength + 1);
-    for (int position = from; position < end; ++position) {
-        if (descend(part, position, remaining)) {
+    for (int position = from; position < end; ++position)
+        if (descend(part, position, remaining))
             return 1;
-        }
-    }
     failsFrom[part] = std::min(failsFrom[part], from);
     return 0;
 }
@@ -165,12 +157,10 @@ int compareStored()
     strlwr_win(subjectText);
     strlwr_win(patternText);
     subjectLength = int(std::strlen(subjectText));
-    if (!std::strpbrk(patternText, "*?+")) {
+    if (!std::strpbrk(patternText, "*?+"))
         return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
-    }
-    if (!splitPattern()) {
+    if (!splitPattern())
         return fail();
-    }
     std::fill(failsFrom, failsFrom + metaCount + 1, TextSize);
     return CmpX(0, 0, metaCount) ? 1 : fail();
 }
@@ -178,11 +168,9 @@ int compareStored()
 
 void strlwr_win(char *s)
 {
-    for (; s && *s; ++s) {
-        if (*s >= 'A' && *s <= 'Z') {
+    for (; s && *s; ++s)
+        if (*s >= 'A' && *s <= 'Z')
             *s = char(*s + ('a' - 'A'));
-        }
-    }
 }
 
 int CmpX(int part, int position, int remaining)
@@ -190,19 +178,15 @@ int CmpX(int part, int position, int remaining)
     ++counters.calls;
     positions[part] = position;
     const Kind kind = kinds[part];
-    if (remaining < 0) {
+    if (remaining < 0)
         return position == subjectLength ? 1 : 0;
-    }
-    if (remaining == 1 && kind != PatternEnd) {
+    if (remaining == 1 && kind != PatternEnd)
         return settle(part, position);
-    }
-    if (!literalStandsAt(part, position)) {
+    if (!literalStandsAt(part, position))
         return 0;
-    }
     const int next = position + literalLengths[part];
-    if (next == subjectLength) {
+    if (next == subjectLength)
         return kind == AnyRun || kind == PatternEnd ? acceptEarly(part) : 0;
-    }
     switch (kind) {
     case OneCharacter:
         return descend(part + 1, next + 1, remaining - 1);
@@ -217,9 +201,8 @@ int CmpX(int part, int position, int remaining)
 
 int WCompare(const char *subject, const char *pattern)
 {
-    if (!copyText(subjectText, subject) || !copyText(patternText, pattern)) {
+    if (!copyText(subjectText, subject) || !copyText(patternText, pattern))
         return fail();
-    }
     std::memcpy(unchangedSubject, subjectText, std::strlen(subjectText) + 1);
     return compareStored();
 }

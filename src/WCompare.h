@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
-#ifndef OBRIM_WCOMPARE_H
-#define OBRIM_WCOMPARE_H
+#pragma once
 
 /**
  * @file
@@ -52,5 +51,3 @@ struct WCompareCounters {
     int deepest = 0;              ///< deepest depth of the last comparison
 };
 const WCompareCounters &WCompare_Counters();
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CWD_COMMANDSLIST_H
-#define OBRIM_CWD_COMMANDSLIST_H
+#pragma once
 
 #include "CommandsList.h"
 #include "DBFunsDebug.h"
@@ -16,12 +15,12 @@ struct CommandListTraits {
     using Request = CMessageCommandRequest;
     using Item = CommandItem;
 
-    static constexpr int numericColumns[] = {NumberColumn, IdentifierColumn, KindColumn, DateColumn};
-    static constexpr int testDataCapacity = DebugCommandCapacity;
-    static constexpr int firstColumnWidthWhileLoading = 10;
-    static constexpr bool emptyAnswerResetsDigits = false;
-    static constexpr bool repaintsAfterSizing = false;
-    static constexpr auto getNew = &DCommandsList::noGetNewCommands;
+    static constexpr int NumericColumns[] = {NumberColumn, IdentifierColumn, KindColumn, DateColumn};
+    static constexpr int TestDataCapacity = DebugCommandCapacity;
+    static constexpr int FirstColumnWidthWhileLoading = 10;
+    static constexpr bool EmptyAnswerResetsDigits = false;
+    static constexpr bool RepaintsAfterSizing = false;
+    static constexpr auto GetNew = &DCommandsList::noGetNewCommands;
 
     static ListView *list(const DCommandsList &form);
     static bool onTestData();
@@ -59,5 +58,3 @@ public slots:
     void FSetVisibilityC4();
     void FSetVisibilityC5();
 };
-
-#endif

@@ -37,7 +37,7 @@ std::time_t EventListTraits::time(const CMessageEvent &event)
 
 EventKind EventListTraits::kind(const CMessageEvent &event, NamePool &names)
 {
-    return {names.name(RecordBytes(event.EventName, event.LEventName))};
+    return {names.name(recordBytes(event.EventName, event.LEventName))};
 }
 
 QStringList EventListTraits::columnNames()

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CWD_EVENTSLIST_H
-#define OBRIM_CWD_EVENTSLIST_H
+#pragma once
 
 #include "DBFunsDebug.h"
 #include "EventsList.h"
@@ -17,15 +16,15 @@ struct EventListTraits {
     using Item = EventItem;
 
     /** Columns that sort by numbers, dates among them. */
-    static constexpr int numericColumns[] = {NumberColumn, IdentifierColumn, DateColumn};
+    static constexpr int NumericColumns[] = {NumberColumn, IdentifierColumn, DateColumn};
     /** Records that the test data source may write into an array. */
-    static constexpr int testDataCapacity = DebugEventCapacity;
-    static constexpr int firstColumnWidthWhileLoading = 30;
+    static constexpr int TestDataCapacity = DebugEventCapacity;
+    static constexpr int FirstColumnWidthWhileLoading = 30;
     /** Whether a full load without records brings the row numbers back to their fewest digits. */
-    static constexpr bool emptyAnswerResetsDigits = true;
-    static constexpr bool repaintsAfterSizing = true;
+    static constexpr bool EmptyAnswerResetsDigits = true;
+    static constexpr bool RepaintsAfterSizing = true;
     /** What the auto-update timer ticks for. */
-    static constexpr auto getNew = &DEventList::onGetNewEvents;
+    static constexpr auto GetNew = &DEventList::onGetNewEvents;
 
     static ListView *list(const DEventList &form);
     /** Whether the records come from the test data source. */
@@ -77,5 +76,3 @@ public slots:
     void FSetVisibilityC4();
     void FSetVisibilityC5();
 };
-
-#endif

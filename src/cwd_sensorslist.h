@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CWD_SENSORSLIST_H
-#define OBRIM_CWD_SENSORSLIST_H
+#pragma once
 
 #include "SensorsList.h"
 #include "listwindow.h"
@@ -80,5 +79,3 @@ private:
     template <class Window> void retitleLists(const QString &title);
     void sendCommand(int type);
 };
-
-#endif

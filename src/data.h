@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_DATA_H
-#define OBRIM_DATA_H
+#pragma once
 
 #include <QString>
 
@@ -22,5 +21,3 @@ extern QString DLLWD;
 
 /** Becomes 1 when `main` is about to return: a flag for an allocation report at shutdown. */
 extern int SetWAllocOutput;
-
-#endif

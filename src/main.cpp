@@ -29,7 +29,7 @@ namespace
 {
 
 /** Without a login session nobody names the runtime directory, and Qt warns before it takes this very one. */
-void SetRuntimeDirectory()
+void setRuntimeDirectory()
 {
     if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
         return;
@@ -38,7 +38,7 @@ void SetRuntimeDirectory()
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(QDir::tempPath()) + "/runtime-" + name);
 }
 
-KAboutData AboutData()
+KAboutData aboutData()
 {
     KAboutData about(QStringLiteral("obrim"), QStringLiteral("obrim"), QStringLiteral("0.1"), QString(),
                      KAboutLicense::GPL, QStringLiteral("© 2026 The obrim developers"), QString(), QString(),
@@ -49,13 +49,13 @@ KAboutData AboutData()
 }
 
 /** Tells the application who it is. The description waits until now: there are no translations before. */
-void SetUpApplication(KAboutData &about)
+void setUpApplication(KAboutData &about)
 {
     KLocalizedString::setApplicationDomain("obrim");
     about.setShortDescription(i18n("A KDE KPart Application"));
     KAboutData::setApplicationData(about);
     QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("obrim")));
-    SetInformationBox(ShowInformationBox);
+    setInformationBox(showInformationBox);
 }
 
 /**
@@ -64,13 +64,13 @@ void SetUpApplication(KAboutData &about)
  * one of them. Before the application stands such warnings are worth reading:
  * then they say that there is no display.
  */
-void IgnoreVanishedWindows()
+void ignoreVanishedWindows()
 {
     QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.xcb.warning=false"));
 }
 
 /** The program takes no options of its own. */
-void ParseCommandLine(KAboutData &about)
+void parseCommandLine(KAboutData &about)
 {
     QCommandLineParser parser;
     about.setupCommandLine(&parser);
@@ -82,63 +82,63 @@ void ParseCommandLine(KAboutData &about)
  * From now on the captions stand as they are, without the program's name behind
  * them. Not before a KMainWindow is built: it compares the name with the about data.
  */
-void UseBareCaptions()
+void useBareCaptions()
 {
     QGuiApplication::setApplicationDisplayName(QString());
 }
 
-bool SavedNumberOfWindows()
+bool savedNumberOfWindows()
 {
     KConfig *session = KConfigGui::sessionConfig();
     return session && KConfigGroup(session, QStringLiteral("Number")).hasKey("NumberOfWindows");
 }
 
-void RestoreWindows()
+void restoreWindows()
 {
     for (int n = 1; KMainWindow::canBeRestored(n); ++n)
         (new obrim)->restore(n, true);
     // What saved no number had one window; KDE Frameworks 6 takes that for none.
-    if (KMainWindow::memberList().isEmpty() && !SavedNumberOfWindows())
+    if (KMainWindow::memberList().isEmpty() && !savedNumberOfWindows())
         (new obrim)->show();
     // Without a window nobody could ever end the process.
     if (KMainWindow::memberList().isEmpty())
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 }
 
-int RunRestored()
+int runRestored()
 {
-    RestoreWindows();
-    UseBareCaptions();
+    restoreWindows();
+    useBareCaptions();
     const int result = QApplication::exec();
     qDeleteAll(KMainWindow::memberList());
     return result;
 }
 
-int RunPanel()
+int runPanel()
 {
-    UseBareCaptions();
+    useBareCaptions();
     const QPointer<obrimWidget> panel = new obrimWidget;
-    SetMainWidget(panel);
+    setMainWidget(panel);
     panel->show();
     const int result = QApplication::exec();
     delete panel.data();
     return result;
 }
 
-int RunApplication(int &argc, char **argv, KAboutData &about)
+int runApplication(int &argc, char **argv, KAboutData &about)
 {
     Toolkit::useHighDpi();
     const QApplication application(argc, argv);
-    IgnoreVanishedWindows();
-    SetUpApplication(about);
-    ParseCommandLine(about);
-    return application.isSessionRestored() ? RunRestored() : RunPanel();
+    ignoreVanishedWindows();
+    setUpApplication(about);
+    parseCommandLine(about);
+    return application.isSessionRestored() ? runRestored() : runPanel();
 }
 
-int Run(int &argc, char **argv)
+int run(int &argc, char **argv)
 {
-    KAboutData about = AboutData();
-    return RunApplication(argc, argv, about);
+    KAboutData about = aboutData();
+    return runApplication(argc, argv, about);
 }
 
 } // namespace
@@ -147,9 +147,9 @@ int main(int argc, char **argv)
 {
     // Line by line even into a pipe, so that a trace survives a crash.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-    SetRuntimeDirectory();
+    setRuntimeDirectory();
     Toolkit::useUtf8();
-    const int result = Run(argc, argv);
+    const int result = run(argc, argv);
     SetWAllocOutput = 1;
     return result;
 }

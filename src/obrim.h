@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_OBRIM_H
-#define OBRIM_OBRIM_H
+#pragma once
 
 #include <KMainWindow>
 
@@ -13,5 +12,3 @@ class obrim : public KMainWindow
 public:
     obrim();
 };
-
-#endif

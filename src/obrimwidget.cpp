@@ -15,7 +15,7 @@
 obrimWidget::obrimWidget(QWidget *parent, const char *name, Qt::WindowFlags fl)
     : obrimWidgetBase(parent, name, fl)
 {
-    KeepAccelerators();
+    keepAccelerators();
     InitData();
 }
 
@@ -23,7 +23,7 @@ void obrimWidget::button_clicked() {}
 
 void obrimWidget::onSensorsTree()
 {
-    ShowInformationBox(this, QString(), tr2i18n("Not implemented yet"));
+    showInformationBox(this, QString(), tr2i18n("Not implemented yet"));
 }
 
 void obrimWidget::onSensorsList()
@@ -36,7 +36,7 @@ void obrimWidget::FUpdateData() {}
 
 void obrimWidget::onExit()
 {
-    if (AskQuestion(this, tr2i18n("???"), tr2i18n("Close program?")))
+    if (askQuestion(this, tr2i18n("???"), tr2i18n("Close program?")))
         deleteLater();
 }
 

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_OBRIMWIDGET_H
-#define OBRIM_OBRIMWIDGET_H
+#pragma once
 
 #include "obrimwidgetbase.h"
 
@@ -30,5 +29,3 @@ public slots:
     void onEventsList() override;
     void onCommandsList() override;
 };
-
-#endif

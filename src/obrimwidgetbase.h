@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_OBRIMWIDGETBASE_H
-#define OBRIM_OBRIMWIDGETBASE_H
+#pragma once
 
 #include "ui_obrimwidgetbase.h"
 
@@ -39,5 +38,3 @@ protected:
 private:
     void connectButtons();
 };
-
-#endif

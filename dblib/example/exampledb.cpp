@@ -71,9 +71,8 @@ void addEvent(const char *sensor, const char *name, int order)
 template <class Record> void give(const std::vector<const Record *> &chosen, int *n, Record **array)
 {
     std::unique_ptr<Record[]> records(chosen.empty() ? nullptr : new Record[chosen.size()]);
-    for (std::size_t i = 0; i < chosen.size(); ++i) {
+    for (std::size_t i = 0; i < chosen.size(); ++i)
         records[i] = *chosen[i];
-    }
     *n = int(chosen.size());
     *array = records.release();
 }
@@ -87,19 +86,17 @@ void giveMatching(const std::vector<Record> &all, const Request &request, bool a
     std::vector<const Record *> chosen;
     for (std::size_t i = 0; i < all.size() && int(chosen.size()) < most; ++i) {
         const Record &record = all[request.TakeFirst1_Last0 ? i : all.size() - 1 - i];
-        if (request & record) {
+        if (request & record)
             chosen.push_back(&record);
-        }
     }
-    if (ascending && !request.TakeFirst1_Last0) {
+    if (ascending && !request.TakeFirst1_Last0)
         std::reverse(chosen.begin(), chosen.end());
-    }
     give(chosen, n, array);
 }
 
 template <class Record> int release(Record **array)
 {
-    delete[] * array;
+    delete[] *array;
     *array = nullptr;
     return 0;
 }
@@ -148,41 +145,34 @@ int FInitDBCommands(const char *)
 
 int FDBGetSensors(int *n, CSensor **array)
 {
-    if (!array) {
+    if (!array)
         return SensorSize;
-    }
-    if (!n) {
+    if (!n)
         return release(array);
-    }
     return guarded([=] {
         std::vector<const CSensor *> chosen;
         chosen.reserve(sensors.size());
-        for (const CSensor &sensor : sensors) {
+        for (const CSensor &sensor : sensors)
             chosen.push_back(&sensor);
-        }
         give(chosen, n, array);
     });
 }
 
 int FDBGetEvents(int *n, CMessageEvent **array, CMessageEventRequest *request)
 {
-    if (!array) {
+    if (!array)
         return EventSizes;
-    }
-    if (!n) {
+    if (!n)
         return release(array);
-    }
     return guarded([=] { giveMatching(events, *request, request->UseMessageID0 != 0, n, array); });
 }
 
 int FDBGetCommands(int *n, CMessageCommand **array, CMessageCommandRequest *request)
 {
-    if (!array) {
+    if (!array)
         return CommandSizes;
-    }
-    if (!n) {
+    if (!n)
         return release(array);
-    }
     return guarded([=] { giveMatching(commands, *request, request->UseCommandID0 != 0, n, array); });
 }
 

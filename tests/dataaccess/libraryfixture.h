@@ -1,13 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_LIBRARYFIXTURE_H
-#define OBRIM_LIBRARYFIXTURE_H
+#pragma once
 
-#include "DBSymbols.h"
 #include "LoadDLL.h"
 #include "capturedoutput.h"
 #include "contractlibraries.h"
 #include "data.h"
+#include "dbsymbols.h"
 
 #include <QByteArray>
 #include <QByteArrayList>
@@ -43,9 +42,8 @@ inline QByteArray pointersSet()
                                        FDBPutCommand != nullptr, FDBPutEvent != nullptr,    FDBDeleteCommand != nullptr,
                                        FDBDeleteEvent != nullptr};
     QByteArray text;
-    for (bool is : set) {
+    for (bool is : set)
         text.append(is ? '1' : '0');
-    }
     return text;
 }
 
@@ -71,9 +69,8 @@ template <class Call> Output captured(Call call)
 inline void write(const QString &path, const QByteArray &contents)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
         qFatal("%s cannot be written", qPrintable(path));
-    }
 }
 
 inline QByteArray read(const QString &path)
@@ -82,5 +79,3 @@ inline QByteArray read(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 } // namespace LibraryFixture
-
-#endif

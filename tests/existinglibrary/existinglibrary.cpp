@@ -114,7 +114,7 @@ static int livingRecords = 0;
 
 void CopyPtr(char **dst, int *dstLen, char *src, int srcLen)
 {
-    delete[] * dst;
+    delete[] *dst;
     *dst = NULL;
     *dstLen = 0;
     if (srcLen > 0) {
@@ -277,7 +277,7 @@ int FDBGetSensors(int *n, CSensor **s)
     if (!n && !s)
         return sizeof(CSensor);
     if (!n) {
-        delete[] * s;
+        delete[] *s;
         *s = NULL;
         return 0;
     }
@@ -303,7 +303,7 @@ int FDBGetEvents(int *n, CMessageEvent **e, CMessageEventRequest *r)
     if (!n && !e)
         return sizeof(CMessageEvent) | (sizeof(CMessageEventRequest) << 16);
     if (!n) {
-        delete[] * e;
+        delete[] *e;
         *e = NULL;
         return 0;
     }
@@ -335,7 +335,7 @@ int FDBGetCommands(int *n, CMessageCommand **c, CMessageCommandRequest *r)
     if (!n && !c)
         return sizeof(CMessageCommand) | (sizeof(CMessageCommandRequest) << 16);
     if (!n) {
-        delete[] * c;
+        delete[] *c;
         *c = NULL;
         return 0;
     }

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_FORMCHECKS_H
-#define OBRIM_FORMCHECKS_H
+#pragma once
 
 #include <QAbstractButton>
 #include <QCoreApplication>
@@ -54,7 +53,7 @@ struct FormWidget {
 };
 
 /** The methods that a class adds to its base, in the order of its meta-object. */
-inline QStringList OwnMethods(const QMetaObject &type)
+inline QStringList ownMethods(const QMetaObject &type)
 {
     QStringList methods;
     for (int i = type.methodOffset(); i < type.methodCount(); ++i)
@@ -63,18 +62,17 @@ inline QStringList OwnMethods(const QMetaObject &type)
 }
 
 /** The object names of a widget's child widgets, in the order of creation. */
-inline QStringList ChildNames(const QObject *parent)
+inline QStringList childNames(const QObject *parent)
 {
     QStringList names;
-    for (const QObject *child : parent->children()) {
+    for (const QObject *child : parent->children())
         if (child->isWidgetType())
             names.append(child->objectName());
-    }
     return names;
 }
 
 /** Caption, title or text of a widget. */
-inline QString ShownText(const QWidget *widget)
+inline QString shownText(const QWidget *widget)
 {
     for (const char *property : {"title", "text"}) {
         const QVariant value = widget->property(property);
@@ -84,17 +82,15 @@ inline QString ShownText(const QWidget *widget)
     return widget->windowTitle();
 }
 
-inline QKeySequence Shortcut(const QWidget *widget)
+inline QKeySequence shortcut(const QWidget *widget)
 {
     const auto *button = qobject_cast<const QAbstractButton *>(widget);
     return button ? button->shortcut() : QKeySequence();
 }
 
 /** What a window gets when the desktop's language changes. */
-inline void SwitchLanguage(QWidget *window)
+inline void switchLanguage(QWidget *window)
 {
     QEvent change(QEvent::LanguageChange);
     QCoreApplication::sendEvent(window, &change);
 }
-
-#endif

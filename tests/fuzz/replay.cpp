@@ -3,7 +3,7 @@
 
 // Stands in for the fuzzer: runs a target on the files of the directories
 // named on the command line, so that every find stays found.
-#include "FuzzTarget.h"
+#include "fuzztarget.h"
 
 #include <filesystem>
 #include <fstream>

@@ -26,53 +26,52 @@ std::unique_ptr<QTemporaryDir> folder;
 qint64 simulator = 0;
 
 /** The one line that the console itself writes to the warning channel. */
-const QString traceLine = QStringLiteral("CWD_EventsList::onSetTimeFrom:i=2");
+const QString TraceLine = QStringLiteral("CWD_EventsList::onSetTimeFrom:i=2");
 
 /** A warning of the toolkit's is a fault of the console. */
-void TakeMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
+void takeMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     std::fprintf(stderr, "%s\n", qPrintable(text));
-    Require(type == QtDebugMsg || type == QtInfoMsg || text == traceLine, "no warnings, but: " + text);
+    require(type == QtDebugMsg || type == QtInfoMsg || text == TraceLine, "no warnings, but: " + text);
 }
 
-void LayOutInstallation()
+void layOutInstallation()
 {
     folder = std::make_unique<QTemporaryDir>();
-    Require(folder->isValid(), "a folder for the installation");
+    require(folder->isValid(), "a folder for the installation");
     for (const char *name : {"Pics", "Config", "Libs", "bin"})
-        Require(QDir(folder->path()).mkpath(name), "a folder in the installation");
-    QFile picture(Installation() + "Pics/Red.bmp");
-    Require(picture.open(QIODevice::WriteOnly), picture.fileName());
-    Require(QFile::copy(DBLIB_SQLITE, Installation() + "Libs/DBLib.a"), "a copy of the DB library");
-    Require(QDir::setCurrent(Installation() + "bin"), "the working directory");
+        require(QDir(folder->path()).mkpath(name), "a folder in the installation");
+    QFile picture(installation() + "Pics/Red.bmp");
+    require(picture.open(QIODevice::WriteOnly), picture.fileName());
+    require(QFile::copy(DBLIB_SQLITE, installation() + "Libs/DBLib.a"), "a copy of the DB library");
+    require(QDir::setCurrent(installation() + "bin"), "the working directory");
 }
 
-obrimWidget *Panel()
+obrimWidget *panel()
 {
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
+    for (QWidget *widget : QApplication::topLevelWidgets())
         if (auto *panel = qobject_cast<obrimWidget *>(widget))
             return panel;
-    }
     return nullptr;
 }
 
-void RunScript()
+void runScript()
 {
-    WaitFor([] { return Panel() && Panel()->isVisible(); }, "the panel");
-    Work();
-    Panel()->close();
+    waitFor([] { return panel() && panel()->isVisible(); }, "the panel");
+    work();
+    panel()->close();
 }
 
-void Start()
+void start()
 {
-    qInstallMessageHandler(&TakeMessage);
-    LayOutInstallation();
-    QTimer::singleShot(0, qApp, &RunScript);
+    qInstallMessageHandler(&takeMessage);
+    layOutInstallation();
+    QTimer::singleShot(0, qApp, &runScript);
     QObject::connect(qApp, &QObject::destroyed, [] { folder.reset(); });
 }
 
 /** Clicks the entry of a menu as soon as the menu is open. */
-void ClickInMenu(const QString &entry, const std::function<void()> &open)
+void clickInMenu(const QString &entry, const std::function<void()> &open)
 {
     bool chosen = false;
     QTimer poll;
@@ -91,14 +90,14 @@ void ClickInMenu(const QString &entry, const std::function<void()> &open)
     });
     poll.start(5);
     open();
-    WaitFor([&] { return chosen && !QApplication::activePopupWidget(); }, "the menu entry " + entry);
+    waitFor([&] { return chosen && !QApplication::activePopupWidget(); }, "the menu entry " + entry);
 }
 
 } // namespace
 
-Q_COREAPP_STARTUP_FUNCTION(Start)
+Q_COREAPP_STARTUP_FUNCTION(start)
 
-void Require(bool holds, const QString &what)
+void require(bool holds, const QString &what)
 {
     if (holds)
         return;
@@ -109,12 +108,12 @@ void Require(bool holds, const QString &what)
     std::_Exit(1);
 }
 
-void WaitFor(const std::function<bool()> &condition, const QString &what)
+void waitFor(const std::function<bool()> &condition, const QString &what)
 {
-    Require(waitFor(condition), what);
+    require(waitFor(condition), what);
 }
 
-QString Installation()
+QString installation()
 {
     return folder->path() + "/";
 }
@@ -122,54 +121,54 @@ QString Installation()
 Simulator::Simulator(const QStringList &arguments)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedChannels);
-    m_process.start(SENSOR_SIM, QStringList{"--config", Installation() + "Config"} + arguments);
-    Require(m_process.waitForStarted(patience), "sensor-sim starts");
+    m_process.start(SENSOR_SIM, QStringList{"--config", installation() + "Config"} + arguments);
+    require(m_process.waitForStarted(Patience), "sensor-sim starts");
     simulator = m_process.processId();
 }
 
 void Simulator::stop()
 {
     m_process.terminate();
-    Require(m_process.waitForFinished(patience) && m_process.exitStatus() == QProcess::NormalExit &&
+    require(m_process.waitForFinished(Patience) && m_process.exitStatus() == QProcess::NormalExit &&
                 m_process.exitCode() == 0,
             "sensor-sim ends in good order");
     simulator = 0;
 }
 
-QWidget *OpenList(const char *button)
+QWidget *openList(const char *button)
 {
     const QWidgetList before = QApplication::topLevelWidgets();
-    Click(Panel(), button);
+    click(panel(), button);
     for (QWidget *window : QApplication::topLevelWidgets()) {
         if (!before.contains(window) && window->findChild<ListView *>()) {
-            Require(waitForExposed(window), "the window is shown");
+            require(waitForExposed(window), "the window is shown");
             return window;
         }
     }
-    Require(false, QString("%1 opens a window").arg(button));
+    require(false, QString("%1 opens a window").arg(button));
     return nullptr;
 }
 
-ListView *ListOf(const QWidget *window)
+ListView *listOf(const QWidget *window)
 {
     return window->findChild<ListView *>();
 }
 
-void Click(const QWidget *window, const char *button)
+void click(const QWidget *window, const char *button)
 {
     auto *found = window->findChild<QPushButton *>(button);
-    Require(found, button);
+    require(found, button);
     QTest::mouseClick(found, Qt::LeftButton);
 }
 
-void TypeMost(const QWidget *window, int records)
+void typeMost(const QWidget *window, int records)
 {
     auto *field = window->findChild<QLineEdit *>("NMax");
     field->selectAll();
     QTest::keyClicks(field, QString::number(records));
 }
 
-void Choose(const QWidget *window, const char *combo, int index)
+void choose(const QWidget *window, const char *combo, int index)
 {
     auto *found = window->findChild<QComboBox *>(combo);
     found->setFocus();
@@ -177,15 +176,15 @@ void Choose(const QWidget *window, const char *combo, int index)
     QTest::keyClick(found, Qt::Key_Home);
     for (int i = 0; i < index; ++i)
         QTest::keyClick(found, Qt::Key_Down);
-    Require(found->currentIndex() == index, combo);
+    require(found->currentIndex() == index, combo);
 }
 
-void ChooseFromMenuBar(const QWidget *window, const QString &menu, const QString &entry)
+void chooseFromMenuBar(const QWidget *window, const QString &menu, const QString &entry)
 {
     auto *bar = window->findChild<QMenuBar *>();
     for (QAction *action : bar->actions()) {
         if (action->text() == menu) {
-            ClickInMenu(entry, [&] {
+            clickInMenu(entry, [&] {
                 QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->actionGeometry(action).center());
             });
             // What the entry does may wait until the menu is gone.
@@ -193,22 +192,21 @@ void ChooseFromMenuBar(const QWidget *window, const QString &menu, const QString
             return;
         }
     }
-    Require(false, menu);
+    require(false, menu);
 }
 
-void ChooseFromRowMenu(ListView *list, int row, const QString &entry)
+void chooseFromRowMenu(ListView *list, int row, const QString &entry)
 {
     const QModelIndex index = list->model()->index(row, 0);
     list->scrollTo(index);
     const QPoint place = list->visualRect(index).center();
-    ClickInMenu(entry, [&] { QTest::mouseClick(list->viewport(), Qt::RightButton, Qt::NoModifier, place); });
+    clickInMenu(entry, [&] { QTest::mouseClick(list->viewport(), Qt::RightButton, Qt::NoModifier, place); });
 }
 
-int FindRow(const ListView *list, int column, const QString &text)
+int findRow(const ListView *list, int column, const QString &text)
 {
-    for (int row = 0; row < list->childCount(); ++row) {
+    for (int row = 0; row < list->childCount(); ++row)
         if (list->itemAt(row)->text(column) == text)
             return row;
-    }
     return -1;
 }

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_OPERATOR_H
-#define OBRIM_OPERATOR_H
+#pragma once
 
 #include "listview.h"
 
@@ -25,16 +24,16 @@
  */
 
 /** The script of this program. Runs once the panel is shown; whatever it waits for, the event loop runs. */
-void Work();
+void work();
 
 /** Ends the process with a complaint unless `holds`. */
-void Require(bool holds, const QString &what);
+void require(bool holds, const QString &what);
 
 /** Waits until `condition` holds, and complains when it never does. */
-void WaitFor(const std::function<bool()> &condition, const QString &what);
+void waitFor(const std::function<bool()> &condition, const QString &what);
 
 /** The installation's base directory, with a slash at its end. */
-QString Installation();
+QString installation();
 
 /** sensor-sim at work on the installation, ended with the process. */
 class Simulator
@@ -49,27 +48,25 @@ private:
 };
 
 /** Clicks a button of the panel and returns the window that it opens. */
-QWidget *OpenList(const char *button);
+QWidget *openList(const char *button);
 
 /** The list of a list window. */
-ListView *ListOf(const QWidget *window);
+ListView *listOf(const QWidget *window);
 
 /** Clicks a button of a window with the mouse. */
-void Click(const QWidget *window, const char *button);
+void click(const QWidget *window, const char *button);
 
 /** Types into the field for the most records. */
-void TypeMost(const QWidget *window, int records);
+void typeMost(const QWidget *window, int records);
 
 /** Chooses an entry of a combo box from its list. */
-void Choose(const QWidget *window, const char *combo, int index);
+void choose(const QWidget *window, const char *combo, int index);
 
 /** Chooses an entry of the window's menu bar with the mouse. */
-void ChooseFromMenuBar(const QWidget *window, const QString &menu, const QString &entry);
+void chooseFromMenuBar(const QWidget *window, const QString &menu, const QString &entry);
 
 /** Clicks a row with the right button and chooses from its menu. */
-void ChooseFromRowMenu(ListView *list, int row, const QString &entry);
+void chooseFromRowMenu(ListView *list, int row, const QString &entry);
 
 /** The row whose text in a column is `text`, -1 when there is none. */
-int FindRow(const ListView *list, int column, const QString &text);
-
-#endif
+int findRow(const ListView *list, int column, const QString &text);

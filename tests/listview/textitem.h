@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_TEXTITEM_H
-#define OBRIM_TESTS_TEXTITEM_H
+#pragma once
 
 #include "listmodel.h"
 
@@ -67,5 +66,3 @@ inline ListModel::Rows rowsOf(const QStringList &texts)
         rows.push_back(std::make_unique<TextItem>(QStringList{text}));
     return rows;
 }
-
-#endif

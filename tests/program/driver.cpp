@@ -35,34 +35,32 @@
 namespace
 {
 
-void Tell(const QString &line)
+void tell(const QString &line)
 {
     std::fprintf(stderr, "%s\n", line.toUtf8().constData());
 }
 
-void WarnIn(const QByteArray &name)
+void warnIn(const QByteArray &name)
 {
     const QLoggingCategory category(name.constData());
     qCWarning(category, "a warning");
 }
 
-QList<obrimWidget *> Panels()
+QList<obrimWidget *> panels()
 {
     QList<obrimWidget *> panels;
-    for (QWidget *widget : QApplication::allWidgets()) {
+    for (QWidget *widget : QApplication::allWidgets())
         if (auto *panel = qobject_cast<obrimWidget *>(widget))
             panels.append(panel);
-    }
     return panels;
 }
 
-QStringList VisibleTitles()
+QStringList visibleTitles()
 {
     QStringList titles;
-    for (const QWidget *widget : QApplication::topLevelWidgets()) {
+    for (const QWidget *widget : QApplication::topLevelWidgets())
         if (widget->isVisible())
             titles.append(widget->windowTitle());
-    }
     titles.sort();
     return titles;
 }
@@ -94,10 +92,9 @@ private:
 
     static QPushButton *button(const QString &name)
     {
-        for (const obrimWidget *panel : Panels()) {
+        for (const obrimWidget *panel : panels())
             if (panel->isVisible())
                 return panel->findChild<QPushButton *>(name);
-        }
         return nullptr;
     }
 
@@ -115,8 +112,8 @@ private:
         if (name == "press")
             return button(value);
         if (name == "windows")
-            return VisibleTitles().size() == value.toInt();
-        return name == "delete" ? !Panels().isEmpty() : true;
+            return visibleTitles().size() == value.toInt();
+        return name == "delete" ? !panels().isEmpty() : true;
     }
 
     static void take(const QString &name, const QString &value)
@@ -127,28 +124,28 @@ private:
             // Queued: a timer does not tick inside its own tick, and a click may open a box.
             QMetaObject::invokeMethod(button(value), &QAbstractButton::click, Qt::QueuedConnection);
         else if (name == "windows")
-            Tell("windows: " + VisibleTitles().join(", "));
+            tell("windows: " + visibleTitles().join(", "));
         else if (name == "panels")
-            Tell(QString("panels: %1").arg(Panels().size()));
+            tell(QString("panels: %1").arg(panels().size()));
         else if (name == "warn")
-            WarnIn(value.toLatin1());
+            warnIn(value.toLatin1());
         else if (name == "close")
             windowToClose()->close();
         else if (name == "delete")
-            delete Panels().first();
+            delete panels().first();
         else if (name == "exit")
             QApplication::exit(value.toInt());
     }
 
     static QWidget *windowToClose()
     {
-        return Panels().isEmpty() ? QApplication::topLevelWidgets().first() : Panels().first()->window();
+        return panels().isEmpty() ? QApplication::topLevelWidgets().first() : panels().first()->window();
     }
 
     static void answer(const QString &way)
     {
         QMessageBox *open = box();
-        Tell(QString("box: [%1] [%2] %3")
+        tell(QString("box: [%1] [%2] %3")
                  .arg(open->windowTitle(), open->text(),
                       open->parentWidget() ? open->parentWidget()->objectName() : QString("without parent")));
         if (way == "escape")
@@ -161,19 +158,19 @@ private:
     QStringList m_steps;
 };
 
-void TellTheFlagAtTheEnd()
+void tellTheFlagAtTheEnd()
 {
-    Tell(QString("at exit: flag %1").arg(SetWAllocOutput));
+    tell(QString("at exit: flag %1").arg(SetWAllocOutput));
 }
 
-void StartDriving()
+void startDriving()
 {
-    std::atexit(&TellTheFlagAtTheEnd);
+    std::atexit(&tellTheFlagAtTheEnd);
     new Driver(qApp);
     QObject::connect(qApp, &QObject::destroyed,
-                     [] { Tell(QString("application gone: flag %1").arg(SetWAllocOutput)); });
+                     [] { tell(QString("application gone: flag %1").arg(SetWAllocOutput)); });
 }
 
 } // namespace
 
-Q_COREAPP_STARTUP_FUNCTION(StartDriving)
+Q_COREAPP_STARTUP_FUNCTION(startDriving)

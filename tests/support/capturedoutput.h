@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CAPTUREDOUTPUT_H
-#define OBRIM_CAPTUREDOUTPUT_H
+#pragma once
 
 #include <cstdio>
 #include <string>
@@ -39,9 +38,8 @@ public:
         char bytes[4096];
         for (off_t at = 0;;) {
             const ssize_t got = pread(fileno(m_file), bytes, sizeof(bytes), at);
-            if (got <= 0) {
+            if (got <= 0)
                 return result;
-            }
             result.append(bytes, std::size_t(got));
             at += got;
         }
@@ -52,5 +50,3 @@ private:
     std::FILE *m_file;
     int m_before;
 };
-
-#endif

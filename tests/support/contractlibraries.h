@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CONTRACTLIBRARIES_H
-#define OBRIM_CONTRACTLIBRARIES_H
+#pragma once
 
 /**
  * @file
@@ -43,5 +42,3 @@ constexpr const char *ContractCallLog = "OBRIM_CALL_LOG";
 constexpr int ContractSensors = 3;  ///< sensor1 (alive), sensor2 (dead), sensor3 (unknown)
 constexpr int ContractEvents = 5;   ///< identifiers 1 to 5, alternately of sensor1 and sensor2
 constexpr int ContractCommands = 4; ///< identifiers 11 to 14, of types 1 to 4
-
-#endif

@@ -131,9 +131,8 @@ int FDBGetSensors(int *n, struct Sensor **sensors)
     }
     logCall("FDBGetSensors", "fetch");
     *sensors = calloc(1, sizeof(struct Sensor));
-    if (!*sensors) {
+    if (!*sensors)
         return 1;
-    }
     (*sensors)->SensorType = 1;
     (*sensors)->SensorID = name;
     (*sensors)->LSensorID = (int)sizeof(name);
@@ -182,15 +181,13 @@ int FDBGetEvents(int *n, struct Event **events, struct EventRequest *request)
     }
     logCall("FDBGetEvents", "fetch");
     *events = calloc(Events, sizeof(struct Event));
-    if (!*events) {
+    if (!*events)
         return 1;
-    }
     for (i = 0; i < Events && count < request->NMax; ++i) {
         int id = 1 + step(i, Events, request->TakeFirst1_Last0);
         struct Event *event = *events + count;
-        if (!eventMatches(request, id)) {
+        if (!eventMatches(request, id))
             continue;
-        }
         event->MessageType = 1;
         event->SensorID = eventSensor;
         event->LSensorID = (int)sizeof(eventSensor);
@@ -243,15 +240,13 @@ int FDBGetCommands(int *n, struct Command **commands, struct CommandRequest *req
     }
     logCall("FDBGetCommands", "fetch");
     *commands = calloc(Commands, sizeof(struct Command));
-    if (!*commands) {
+    if (!*commands)
         return 1;
-    }
     for (i = 0; i < Commands && count < request->NMax; ++i) {
         int id = 1 + step(i, Commands, request->TakeFirst1_Last0);
         struct Command *command = *commands + count;
-        if (!commandMatches(request, id)) {
+        if (!commandMatches(request, id))
             continue;
-        }
         command->MessageType = 1;
         command->SensorID = commandSensor;
         command->LSensorID = (int)sizeof(commandSensor);

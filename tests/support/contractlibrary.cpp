@@ -53,12 +53,10 @@ enum Shape { Honest, NullArray, ZeroCount, NegativeCount, LowCount, HugeCount, N
 void enter(Phase phase, const std::string &line)
 {
     ContractStore::log(line);
-    if (PRINTS) {
+    if (PRINTS)
         std::puts("text of the library");
-    }
-    if (phase == THROWS_AT) {
+    if (phase == THROWS_AT)
         throw THROWS;
-    }
 }
 
 #ifdef ODD_RECORDS
@@ -103,13 +101,11 @@ template <class Record> void give(int *n, Record **array, const std::vector<Reco
         delete[] given<Record>();
         given<Record>() = nullptr;
     }
-    if (SHAPE == NothingGiven) { // count and array stay as the caller set them
+    if (SHAPE == NothingGiven) // count and array stay as the caller set them
         return;
-    }
     *n = int(records.size());
-    if (SHAPE == NullArray || records.empty()) {
+    if (SHAPE == NullArray || records.empty())
         return;
-    }
     *array = given<Record>() = new Record[records.size()];
     for (std::size_t i = 0; i < records.size(); ++i) {
         (*array)[i] = records[i];

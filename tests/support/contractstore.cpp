@@ -32,9 +32,8 @@ CSensor sensor(int type, const char *name, const char *description, int liveness
     CSensor result;
     result.SensorType = type;
     set(result.SensorID, result.LSensorID, name);
-    if (description) {
+    if (description)
         set(result.Description, result.LDescription, description);
-    }
     result.MessageType = liveness;
     result.EventTime = 1000000000;
     return result;
@@ -80,9 +79,8 @@ std::vector<Record> selected(const std::vector<Record> &all, const Request &requ
         const auto from = request.TakeFirst1_Last0 ? result.end() - surplus : result.begin();
         result.erase(from, from + surplus);
     }
-    if (!ascending) {
+    if (!ascending)
         std::reverse(result.begin(), result.end());
-    }
     return result;
 }
 
@@ -182,9 +180,8 @@ std::string name(const char *bytes)
 
 std::string text(const CMessageEventRequest *request)
 {
-    if (!request) {
+    if (!request)
         return std::string();
-    }
     return count(*request) + limit("type=", request->UseMessageType, request->MessageType) +
            mask("sensor=", request->UseSensorID, request->SensorID) +
            limit("sensortype=", request->UseSensorType, request->SensorType) +
@@ -197,9 +194,8 @@ std::string text(const CMessageEventRequest *request)
 
 std::string text(const CMessageCommandRequest *request)
 {
-    if (!request) {
+    if (!request)
         return std::string();
-    }
     return count(*request) + limit("type=", request->UseMessageType, request->MessageType) +
            mask("sensor=", request->UseSensorID, request->SensorID) +
            limit("command=", request->UseCommandType, request->CommandType) +

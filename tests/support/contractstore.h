@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_CONTRACTSTORE_H
-#define OBRIM_CONTRACTSTORE_H
+#pragma once
 
 #include "Messages.h"
 
@@ -34,5 +33,3 @@ std::string text(const CMessageCommandRequest *request);
 /** A name of a record; empty for NULL. */
 std::string name(const char *bytes);
 } // namespace ContractStore
-
-#endif

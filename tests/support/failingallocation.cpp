@@ -24,9 +24,8 @@ namespace FailingAllocation
 {
 bool failsNow()
 {
-    if (!armed) {
+    if (!armed)
         return false;
-    }
     if (allocationsLeft > 0) {
         --allocationsLeft;
         return false;
@@ -59,9 +58,8 @@ long live()
 void *operator new(std::size_t size)
 {
     void *block = size > Largest || FailingAllocation::failsNow() ? nullptr : std::malloc(size > 0 ? size : 1);
-    if (!block) {
+    if (!block)
         throw std::bad_alloc();
-    }
     ++blocks;
     return block;
 }

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_FAILINGALLOCATION_H
-#define OBRIM_FAILINGALLOCATION_H
+#pragma once
 
 /**
  * @file
@@ -28,5 +27,3 @@ template <typename Action> bool runFailing(int n, bool onwards, Action action)
     return grant();
 }
 } // namespace FailingAllocation
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_MENUCLICK_H
-#define OBRIM_TESTS_MENUCLICK_H
+#pragma once
 
 #include <QApplication>
 #include <QMenu>
@@ -19,5 +18,3 @@ inline void clickMenuEntry(QMenu *menu, QAction *entry)
     }
     QTest::mouseClick(menu, Qt::LeftButton, {}, place);
 }
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_PATIENCE_H
-#define OBRIM_TESTS_PATIENCE_H
+#pragma once
 
 #include <QTest>
 
@@ -12,29 +11,27 @@
  */
 
 /** Milliseconds. */
-constexpr int patience = 240000;
+constexpr int Patience = 240000;
 
 // Qt Test's own limit is five seconds.
 #undef QTRY_VERIFY
-#define QTRY_VERIFY(expression) QTRY_VERIFY_WITH_TIMEOUT(expression, patience)
+#define QTRY_VERIFY(expression) QTRY_VERIFY_WITH_TIMEOUT(expression, Patience)
 #undef QTRY_COMPARE
-#define QTRY_COMPARE(expression, expected) QTRY_COMPARE_WITH_TIMEOUT((expression), (expected), patience)
+#define QTRY_COMPARE(expression, expected) QTRY_COMPARE_WITH_TIMEOUT((expression), (expected), Patience)
 
 #ifdef QT_WIDGETS_LIB
 inline bool waitForExposed(QWidget *window)
 {
-    return QTest::qWaitForWindowExposed(window, patience);
+    return QTest::qWaitForWindowExposed(window, Patience);
 }
 
 inline bool waitForActive(QWidget *window)
 {
-    return QTest::qWaitForWindowActive(window, patience);
+    return QTest::qWaitForWindowActive(window, Patience);
 }
 #endif
 
 template <class Condition> bool waitFor(Condition condition)
 {
-    return QTest::qWaitFor(condition, patience);
+    return QTest::qWaitFor(condition, Patience);
 }
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_FAKESOURCE_H
-#define OBRIM_TESTS_FAKESOURCE_H
+#pragma once
 
 #include "DBFuns.h"
 #include "LoadDLL.h"
@@ -39,7 +38,7 @@ template <class Record, class Request> struct FakeSource {
             return sizes;
         if (!n) {
             ++releases;
-            delete[] * records;
+            delete[] *records;
             *records = nullptr;
             return 0;
         }
@@ -113,5 +112,3 @@ inline std::vector<CMessageCommand> commands(int from, int count)
 {
     return range(from, count, [](int id) { return command(id); });
 }
-
-#endif

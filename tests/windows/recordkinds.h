@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_RECORDKINDS_H
-#define OBRIM_TESTS_RECORDKINDS_H
+#pragma once
 
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
@@ -12,12 +11,12 @@ struct EventsKind {
     using Window = CWD_EventsList;
     using Record = CMessageEvent;
     using Request = CMessageEventRequest;
-    static constexpr int loadsWhileBuilt = 2;
-    static constexpr const char *deleteEntry = "Delete event from DB";
-    static constexpr const char *deleteQuestion = "Delete event with ID=%1?";
-    static constexpr const char *testFile = "DebugInitEvents.txt";
-    static constexpr const char *testBlock = "{\nSENSOR_ID=pump%1\nEVENT_NAME=started\nEVENT_TIME=1795000000\n}\n";
-    static constexpr int testCapacity = DebugEventCapacity;
+    static constexpr int LoadsWhileBuilt = 2;
+    static constexpr const char *DeleteEntry = "Delete event from DB";
+    static constexpr const char *DeleteQuestion = "Delete event with ID=%1?";
+    static constexpr const char *TestFile = "DebugInitEvents.txt";
+    static constexpr const char *TestBlock = "{\nSENSOR_ID=pump%1\nEVENT_NAME=started\nEVENT_TIME=1795000000\n}\n";
+    static constexpr int TestCapacity = DebugEventCapacity;
 
     static FakeSource<Record, Request> &source()
     {
@@ -86,12 +85,12 @@ struct CommandsKind {
     using Window = CWD_CommandsList;
     using Record = CMessageCommand;
     using Request = CMessageCommandRequest;
-    static constexpr int loadsWhileBuilt = 1;
-    static constexpr const char *deleteEntry = "Delete command from DB";
-    static constexpr const char *deleteQuestion = "Delete command with ID=%1?";
-    static constexpr const char *testFile = "DebugInitCommands.txt";
-    static constexpr const char *testBlock = "{\nSENSOR_ID=pump%1\nCOMMAND_TYPE=1\nCOMMAND_TIME=1795000000\n}\n";
-    static constexpr int testCapacity = DebugCommandCapacity;
+    static constexpr int LoadsWhileBuilt = 1;
+    static constexpr const char *DeleteEntry = "Delete command from DB";
+    static constexpr const char *DeleteQuestion = "Delete command with ID=%1?";
+    static constexpr const char *TestFile = "DebugInitCommands.txt";
+    static constexpr const char *TestBlock = "{\nSENSOR_ID=pump%1\nCOMMAND_TYPE=1\nCOMMAND_TIME=1795000000\n}\n";
+    static constexpr int TestCapacity = DebugCommandCapacity;
 
     static FakeSource<Record, Request> &source()
     {
@@ -154,5 +153,3 @@ struct CommandsKind {
         InitDBCommandsDebug(directory);
     }
 };
-
-#endif

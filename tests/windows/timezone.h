@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_TIMEZONE_H
-#define OBRIM_TESTS_TIMEZONE_H
+#pragma once
 
 #include <QByteArray>
 #include <QtGlobal>
@@ -12,13 +11,13 @@ class TimeZone
 {
 public:
     explicit TimeZone(const char *name)
-        : before(qgetenv("TZ"))
+        : m_before(qgetenv("TZ"))
     {
         set(name);
     }
     ~TimeZone()
     {
-        set(before);
+        set(m_before);
     }
     TimeZone(const TimeZone &) = delete;
     TimeZone &operator=(const TimeZone &) = delete;
@@ -30,7 +29,5 @@ private:
         tzset();
     }
 
-    QByteArray before;
+    QByteArray m_before;
 };
-
-#endif

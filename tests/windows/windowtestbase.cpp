@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "windowtestbase.h"
 
-#include "Clock.h"
+#include "clock.h"
 #include "informationbox.h"
 
 namespace
@@ -17,22 +17,22 @@ void WindowTestBase::setTime(std::time_t time)
 
 void WindowTestBase::init()
 {
-    library = std::make_unique<FakeLibrary>();
+    m_library = std::make_unique<FakeLibrary>();
     m_watch = std::make_unique<MessageWatch>();
-    SetInformationBox(ShowInformationBox);
-    setTime(startTime);
-    SetClock([] { return now; });
+    setInformationBox(showInformationBox);
+    setTime(StartTime);
+    setClock([] { return now; });
 }
 
 void WindowTestBase::cleanup()
 {
-    SetClock(nullptr);
+    setClock(nullptr);
     const QStringList unexpected = MessageWatch::unexpected();
     const bool cursorLeft = QApplication::overrideCursor();
     const QWidgetList windowsLeft = QApplication::topLevelWidgets();
     const int stillWaiting = forgetWaiting();
     m_watch.reset();
-    library.reset();
+    m_library.reset();
     QVERIFY2(unexpected.isEmpty(), qPrintable(unexpected.join('\n')));
     QVERIFY(!cursorLeft);
     QCOMPARE(stillWaiting, 0);

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_WINDOWTESTBASE_H
-#define OBRIM_TESTS_WINDOWTESTBASE_H
+#pragma once
 
 #include "fakesource.h"
 #include "windowtesting.h"
@@ -18,7 +17,7 @@ class WindowTestBase : public QObject
 
 public:
     /** Saturday, 21 November 2026, 00:31:00 UTC. */
-    static constexpr std::time_t startTime = 1795221060;
+    static constexpr std::time_t StartTime = 1795221060;
     /** Steps the clock. */
     static void setTime(std::time_t time);
 
@@ -27,10 +26,8 @@ protected slots:
     void cleanup();
 
 protected:
-    std::unique_ptr<FakeLibrary> library;
+    std::unique_ptr<FakeLibrary> m_library;
 
 private:
     std::unique_ptr<MessageWatch> m_watch;
 };
-
-#endif

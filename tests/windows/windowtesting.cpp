@@ -9,7 +9,7 @@
 
 namespace
 {
-const QString pollName = QStringLiteral("waiting");
+const QString PollName = QStringLiteral("waiting");
 QStringList lines;
 QStringList traceLines;
 
@@ -58,7 +58,7 @@ QStringList MessageWatch::traces()
 void when(const std::function<bool()> &ready, const std::function<void()> &act)
 {
     auto *poll = new QTimer(qApp);
-    poll->setObjectName(pollName);
+    poll->setObjectName(PollName);
     QObject::connect(poll, &QTimer::timeout, poll, [poll, ready, act] {
         if (!ready())
             return;
@@ -72,7 +72,7 @@ void when(const std::function<bool()> &ready, const std::function<void()> &act)
 
 int forgetWaiting()
 {
-    const auto waiting = qApp->findChildren<QTimer *>(pollName);
+    const auto waiting = qApp->findChildren<QTimer *>(PollName);
     qDeleteAll(waiting);
     return int(waiting.size());
 }
@@ -112,10 +112,9 @@ void onMenu(const std::function<void(QMenu *)> &act)
 
 QAction *entryOf(const QMenu *menu, const QString &text)
 {
-    for (QAction *entry : menu->actions()) {
+    for (QAction *entry : menu->actions())
         if (entry->text() == text)
             return entry;
-    }
     return nullptr;
 }
 
@@ -175,10 +174,9 @@ void rightClick(ListView *list, int row)
 QStringList ownSlots(const QMetaObject &meta)
 {
     QStringList names;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
         if (meta.method(i).methodType() == QMetaMethod::Slot)
             names << QString::fromLatin1(meta.method(i).methodSignature());
-    }
     return names;
 }
 

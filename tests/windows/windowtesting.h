@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef OBRIM_TESTS_WINDOWTESTING_H
-#define OBRIM_TESTS_WINDOWTESTING_H
+#pragma once
 
 #include "listview.h"
 #include "patience.h"
@@ -110,5 +109,3 @@ public:
 bool showAndWait(QWidget *window);
 /** Closes a window and waits until it has deleted itself. */
 bool closeAndWait(QWidget *window);
-
-#endif

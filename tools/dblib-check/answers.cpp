@@ -14,9 +14,8 @@ constexpr int MostParameters = 100000;
 /** No text and an empty one show the same. */
 bool sameText(const char *a, int aLength, const char *b, int bLength)
 {
-    if (aLength <= 1 && bLength <= 1) {
+    if (aLength <= 1 && bLength <= 1)
         return true;
-    }
     return aLength == bLength && (aLength <= 0 || std::memcmp(a, b, std::size_t(aLength)) == 0);
 }
 
@@ -32,11 +31,9 @@ bool sameParameters(const CMessageEventParam *a, int aCount, const CMessageEvent
 /** The name beside the first comparison that failed. */
 std::string firstOf(std::initializer_list<std::pair<bool, const char *>> comparisons)
 {
-    for (const auto &[equal, name] : comparisons) {
-        if (!equal) {
+    for (const auto &[equal, name] : comparisons)
+        if (!equal)
             return name;
-        }
-    }
     return {};
 }
 
@@ -55,20 +52,18 @@ int leastBytes(int type)
 
 void RecordReader::note(std::vector<std::string> &list, const std::string &text)
 {
-    if (list.size() < Noted) {
+    if (list.size() < Noted)
         list.push_back("record " + std::to_string(m_number) + ": " + text);
-    }
 }
 
 void RecordReader::readText(char *&to, int &toLength, const char *from, int length, const char *name)
 {
     const std::string field = name;
     if (!from || length <= 0) {
-        if (length != 0) {
+        if (length != 0)
             note(m_faults, field + " is " + (from ? "a text" : "NULL") + " of length " + std::to_string(length));
-        } else if (from && Heap::readable(from, 1) == 1 && *from) {
+        else if (from && Heap::readable(from, 1) == 1 && *from)
             note(m_faults, field + " is a text of length 0: the console leaves it out");
-        }
         return;
     }
     const std::size_t readable = Heap::readable(from, std::size_t(length));
@@ -95,9 +90,8 @@ void RecordReader::readParameter(CMessageEventParam &to, const CMessageEventPara
         readText(to.Val, to.LVal, from.Val, from.LVal, "Val of a parameter");
         return;
     }
-    if (!from.Val && from.LVal == 0) {
+    if (!from.Val && from.LVal == 0)
         return;
-    }
     const std::size_t readable = from.LVal > 0 ? Heap::readable(from.Val, std::size_t(from.LVal)) : 0;
     if (from.LVal < leastBytes(from.Type) || readable < std::size_t(from.LVal)) {
         note(m_faults, "Val of a parameter of type " + std::to_string(from.Type) + " has LVal " +
@@ -108,12 +102,10 @@ void RecordReader::readParameter(CMessageEventParam &to, const CMessageEventPara
 
 void RecordReader::readParameters(CMessageEventParam *&to, int &toCount, const CMessageEventParam *from, int count)
 {
-    if (count < 0 || (count > 0 && !from)) {
+    if (count < 0 || (count > 0 && !from))
         note(m_faults, "ParNum is " + std::to_string(count) + " with par " + (from ? "set" : "NULL"));
-    }
-    if (count <= 0 || !from) {
+    if (count <= 0 || !from)
         return;
-    }
     const std::size_t wanted = std::size_t(std::min(count, MostParameters));
     const std::size_t readable = Heap::readable(from, wanted * sizeof(*from)) / sizeof(*from);
     if (readable < std::size_t(count)) {
@@ -122,9 +114,8 @@ void RecordReader::readParameters(CMessageEventParam *&to, int &toCount, const C
     }
     to = readable > 0 ? new CMessageEventParam[readable] : nullptr;
     toCount = int(readable);
-    for (std::size_t i = 0; i < readable; ++i) {
+    for (std::size_t i = 0; i < readable; ++i)
         readParameter(to[i], from[i]);
-    }
 }
 
 CSensor RecordReader::read(const CSensor &from)
@@ -193,9 +184,8 @@ Answer<CSensor> askSensors(const Library &library)
     Answer<CSensor> answer;
     answer.status = fetched.status;
     answer.count = fetched.count;
-    for (int i = 0, readable = fetched.readableCount(); i < readable; ++i) {
+    for (int i = 0, readable = fetched.readableCount(); i < readable; ++i)
         answer.records.push_back(answer.reader.read(fetched.array[i]));
-    }
     releaseSensors(library, fetched);
     return answer;
 }
@@ -261,8 +251,7 @@ std::string listed(const std::vector<int> &ids)
 {
     constexpr std::size_t shown = 4;
     std::string text;
-    for (std::size_t i = 0; i < std::min(ids.size(), shown); ++i) {
+    for (std::size_t i = 0; i < std::min(ids.size(), shown); ++i)
         text += (i > 0 ? ", " : "") + std::to_string(ids[i]);
-    }
     return ids.size() > shown ? text + " and " + std::to_string(ids.size() - shown) + " more" : text;
 }

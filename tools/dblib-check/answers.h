@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_ANSWERS_H
-#define DBLIBCHECK_ANSWERS_H
+#pragma once
 
 #include "heap.h"
 #include "isolate.h"
@@ -57,9 +56,8 @@ template <class Record> struct Fetched {
     /** Records that can be read: all of them, when the library told the truth. */
     int readableCount() const
     {
-        if (count <= 0 || !array) {
+        if (count <= 0 || !array)
             return 0;
-        }
         return int(Heap::readable(array, std::size_t(count) * sizeof(Record)) / sizeof(Record));
     }
 };
@@ -119,9 +117,8 @@ template <class Kind> Answer<typename Kind::Record> ask(const Library &library, 
     answer.count = fetched.count;
     const int readable = fetched.readableCount();
     answer.records.reserve(std::size_t(readable));
-    for (int i = 0; i < readable; ++i) {
+    for (int i = 0; i < readable; ++i)
         answer.records.push_back(answer.reader.read(fetched.array[i]));
-    }
     release<Kind>(library, fetched, request);
     return answer;
 }
@@ -131,9 +128,8 @@ template <class Kind> std::vector<int> askIds(const Library &library, const type
 {
     Fetched<typename Kind::Record> fetched = fetch<Kind>(library, request);
     std::vector<int> ids;
-    for (int i = 0, readable = fetched.readableCount(); i < readable; ++i) {
+    for (int i = 0, readable = fetched.readableCount(); i < readable; ++i)
         ids.push_back(Kind::id(fetched.array[i]));
-    }
     release<Kind>(library, fetched, request);
     return ids;
 }
@@ -171,9 +167,8 @@ template <class Record> bool sameRecords(const std::vector<Record> &a, const std
 template <class Kind> std::vector<int> idsOf(const std::vector<typename Kind::Record> &records)
 {
     std::vector<int> ids;
-    for (const auto &record : records) {
+    for (const auto &record : records)
         ids.push_back(Kind::id(record));
-    }
     return ids;
 }
 
@@ -195,5 +190,3 @@ View look(const Library &library);
 
 /** A few identifiers in words: "3, 4, 5 and 12 more". */
 std::string listed(const std::vector<int> &ids);
-
-#endif

@@ -8,18 +8,16 @@ std::vector<Check> gathered()
 {
     std::vector<Check> all;
     for (const auto &group : {fileChecks(), preparationChecks(), callChecks(), processChecks(), answerChecks(),
-                              enduranceChecks(), writeChecks(), largeAnswerChecks()}) {
+                              enduranceChecks(), writeChecks(), largeAnswerChecks()})
         all.insert(all.end(), group.begin(), group.end());
-    }
     return all;
 }
 
 /** Puts what is missing to `wanted` records. */
 template <class Kind> int fill(const Library &library, int wanted, std::mt19937 &random)
 {
-    if (!library.has(Kind::put) || !library.has(Kind::fetch)) {
+    if (!library.has(Kind::Put) || !library.has(Kind::Fetch))
         return 0;
-    }
     const int before = int(askIds<Kind>(library, plain<Kind>(wanted, false)).size());
     int count = before;
     for (bool taken = true; taken && count < wanted; count += taken) {
@@ -32,9 +30,8 @@ template <class Kind> int fill(const Library &library, int wanted, std::mt19937 
 template <class Kind> void fetchBothEnds(const Library &library)
 {
     Kind::get(library, nullptr, nullptr, nullptr);
-    for (bool first : {false, true}) {
+    for (bool first : {false, true})
         ask<Kind>(library, plain<Kind>(20, first));
-    }
     auto nothing = plain<Kind>(20, false);
     Kind::setLowest(nothing, 1);
     Kind::setHighest(nothing, 0);
@@ -66,9 +63,8 @@ Session::Session(const Target &target, Start start)
 {
     if (start == Initialised) {
         initialise(target.config);
-        if (target.fill) {
+        if (target.fill)
             whileFilling = Heap::faultsOf([&] { fillStore(library, target); });
-        }
     }
 }
 
@@ -86,9 +82,8 @@ std::vector<int> Session::initialise(const std::string &config) const
     stage("initialising with " + config);
     std::vector<int> results;
     for (DBFunction function : {DBFunctionInitSensors, DBFunctionInitEvents, DBFunctionInitCommands}) {
-        if (!library.has(function)) {
+        if (!library.has(function))
             continue;
-        }
         results.push_back(function == DBFunctionInitSensors  ? library.initSensors(config.c_str())
                           : function == DBFunctionInitEvents ? library.initEvents(config.c_str())
                                                              : library.initCommands(config.c_str()));
@@ -102,10 +97,8 @@ void useAsConsole(const Library &library)
         library.getSensors(nullptr, nullptr);
         askSensors(library);
     }
-    if (library.has(DBFunctionGetEvents)) {
+    if (library.has(DBFunctionGetEvents))
         fetchBothEnds<EventKind>(library);
-    }
-    if (library.has(DBFunctionGetCommands)) {
+    if (library.has(DBFunctionGetCommands))
         fetchBothEnds<CommandKind>(library);
-    }
 }

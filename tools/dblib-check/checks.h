@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_CHECKS_H
-#define DBLIBCHECK_CHECKS_H
+#pragma once
 
 #include "answers.h"
 #include "library.h"
@@ -135,12 +134,10 @@ template <class Kind> Contents<Kind> readContents(const Library &library)
     auto answer = ask<Kind>(library, plain<Kind>(MostCompared + 1, true));
     contents.textsWhole = answer.reader.faults().empty();
     contents.records = std::move(answer.records);
-    if (contents.records.empty()) {
-        throw skipped(std::string("the store has no ") + Kind::plural + "; --write brings some");
-    }
-    for (const auto &record : contents.records) {
+    if (contents.records.empty())
+        throw skipped(std::string("the store has no ") + Kind::Plural + "; --write brings some");
+    for (const auto &record : contents.records)
         contents.highest = std::max(contents.highest, Kind::id(record));
-    }
     contents.whole = int(contents.records.size()) <= MostCompared;
     return contents;
 }
@@ -148,9 +145,6 @@ template <class Kind> Contents<Kind> readContents(const Library &library)
 /** Makes a request ask for nothing but what `contents` holds. */
 template <class Kind> void confine(typename Kind::Request &request, const Contents<Kind> &contents)
 {
-    if (!contents.whole) {
+    if (!contents.whole)
         Kind::bound(request, contents.highest);
-    }
 }
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_DISK_H
-#define DBLIBCHECK_DISK_H
+#pragma once
 
 /**
  * @file
@@ -14,5 +13,3 @@ namespace Disk
 /** Whether this process, and those that it forks, wait until the disk has what was written. They do at first. */
 void wait(bool yes);
 } // namespace Disk
-
-#endif

@@ -66,9 +66,8 @@ std::string Heap::Faults::text() const
 {
     std::string text;
     const auto tell = [&text](unsigned count, const char *what) {
-        if (count > 0) {
+        if (count > 0)
             text += (text.empty() ? "" : "; ") + std::to_string(count) + " times " + what;
-        }
     };
     tell(overruns, "written past the end of a block of its own");
     tell(doubleFrees, "freed what was free already");
@@ -197,9 +196,8 @@ void *allocateFenced(std::size_t size)
         return nullptr;
     }
     char *raw = fenced.begin + offset;
-    if (mprotect(raw, pages, PROT_READ | PROT_WRITE) != 0) {
+    if (mprotect(raw, pages, PROT_READ | PROT_WRITE) != 0)
         return nullptr;
-    }
     char *block = raw + pages - ending;
     *headerOf(block) = {marked(LiveMark, block), size, raw};
     std::memset(block, FreshByte, std::min(size, FillLimit));
@@ -211,9 +209,8 @@ void *allocateFenced(std::size_t size)
 void *allocate(std::size_t size, std::size_t alignment)
 {
     if (fenced.open && size <= FencedRoom::LargestBlock && alignment <= alignof(Header)) {
-        if (void *block = allocateFenced(size)) {
+        if (void *block = allocateFenced(size))
             return block;
-        }
     }
     const std::size_t lead = std::max(sizeof(Header), alignment);
     if (size > SIZE_MAX - lead - TailSize) {
@@ -222,9 +219,8 @@ void *allocate(std::size_t size, std::size_t alignment)
     }
     const std::size_t whole = lead + size + TailSize;
     void *raw = alignment > alignof(Header) ? __libc_memalign(alignment, whole) : __libc_malloc(whole);
-    if (!raw) {
+    if (!raw)
         return nullptr;
-    }
     void *block = static_cast<char *>(raw) + lead;
     *headerOf(block) = {marked(LiveMark, block), size, raw};
     std::memset(block, FreshByte, std::min(size, FillLimit));
@@ -287,9 +283,8 @@ bool tailIsWhole(void *block, std::size_t size)
 
 void release(void *block)
 {
-    if (!block) {
+    if (!block)
         return;
-    }
     Header *header = headerOf(block);
     const bool closed = fenced.holds(block) && mappedBytes(header, sizeof(Header)) < sizeof(Header);
     if (closed || header->mark == marked(FreedMark, block)) {
@@ -300,9 +295,8 @@ void release(void *block)
         ++wildFrees;
         return;
     }
-    if (!tailIsWhole(block, header->size)) {
+    if (!tailIsWhole(block, header->size))
         ++overruns;
-    }
     live -= header->size;
     if (fenced.holds(block)) {
         mprotect(
@@ -320,9 +314,8 @@ void release(void *block)
 const Header *knownHeader(const void *p)
 {
     const Header *header = headerOf(p);
-    if (mappedBytes(header, sizeof(Header)) < sizeof(Header)) {
+    if (mappedBytes(header, sizeof(Header)) < sizeof(Header))
         return nullptr;
-    }
     const bool known = header->mark == marked(LiveMark, p) || header->mark == marked(FreedMark, p);
     return known ? header : nullptr;
 }
@@ -352,21 +345,18 @@ void *calloc(std::size_t count, std::size_t size)
 
 void *realloc(void *old, std::size_t size)
 {
-    if (!old) {
+    if (!old)
         return malloc(size);
-    }
     if (size == 0) {
         release(old);
         return nullptr;
     }
     void *block = malloc(size);
     const bool known = headerOf(old)->mark == marked(LiveMark, old);
-    if (block && known) {
+    if (block && known)
         std::memcpy(block, old, std::min(size, headerOf(old)->size));
-    }
-    if (block) {
+    if (block)
         release(old);
-    }
     return block;
 }
 
@@ -393,9 +383,8 @@ void *aligned_alloc(std::size_t alignment, std::size_t size)
 int posix_memalign(void **result, std::size_t alignment, std::size_t size)
 {
     void *block = memalign(alignment, size);
-    if (!block) {
+    if (!block)
         return ENOMEM;
-    }
     *result = block;
     return 0;
 }
@@ -461,9 +450,8 @@ std::optional<std::size_t> Heap::bytesFrom(const void *p)
 
 std::size_t Heap::readable(const void *p, std::size_t size)
 {
-    if (!p || size == 0) {
+    if (!p || size == 0)
         return 0;
-    }
     const std::optional<std::size_t> known = bytesFrom(p);
     return known ? std::min(size, *known) : mappedBytes(p, size);
 }

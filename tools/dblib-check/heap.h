@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_HEAP_H
-#define DBLIBCHECK_HEAP_H
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -70,5 +69,3 @@ std::optional<std::size_t> bytesFrom(const void *p);
  */
 std::size_t readable(const void *p, std::size_t size);
 } // namespace Heap
-
-#endif

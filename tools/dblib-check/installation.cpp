@@ -15,11 +15,9 @@ namespace
 std::uintmax_t sizeOf(const fs::path &directory)
 {
     std::uintmax_t size = 0;
-    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(directory)) {
-        if (entry.symlink_status().type() == fs::file_type::regular) {
+    for (const fs::directory_entry &entry : fs::recursive_directory_iterator(directory))
+        if (entry.symlink_status().type() == fs::file_type::regular)
             size += entry.file_size();
-        }
-    }
     return size;
 }
 
@@ -48,9 +46,8 @@ void copyTree(const fs::path &from, const fs::path &to)
 TemporaryDirectory::TemporaryDirectory()
 {
     std::string pattern = (fs::temp_directory_path() / "dblib-check-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) {
+    if (!mkdtemp(pattern.data()))
         throw std::system_error(errno, std::generic_category(), pattern);
-    }
     m_path = pattern;
 }
 

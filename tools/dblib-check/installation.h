@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_INSTALLATION_H
-#define DBLIBCHECK_INSTALLATION_H
+#pragma once
 
 #include <string>
 
@@ -32,5 +31,3 @@ private:
  * Throws std::runtime_error that names what could not be copied.
  */
 std::string copyInstallation(const std::string &config, const std::string &to);
-
-#endif

@@ -66,11 +66,9 @@ void redirectOutput(int output)
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
     // Nothing of the checker's own may be among what the library finds open.
-    for (int descriptor : {input, output}) {
-        if (descriptor > STDERR_FILENO) {
+    for (int descriptor : {input, output})
+        if (descriptor > STDERR_FILENO)
             close(descriptor);
-        }
-    }
 }
 
 void limit(int resource, rlim_t value)
@@ -89,9 +87,8 @@ void applyLimits([[maybe_unused]] const Limits &limits)
 
 void restoreSignals()
 {
-    for (int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD, SIGPIPE}) {
+    for (int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD, SIGPIPE})
         std::signal(number, SIG_DFL);
-    }
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -114,18 +111,16 @@ Outcome outcomeOf(const std::function<Outcome()> &body)
     inChild = true;
     setsid();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) {
+    if (getppid() != parent)
         _exit(1);
-    }
     restoreSignals();
     redirectOutput(output);
     applyLimits(limits);
     const Outcome outcome = outcomeOf(body);
     std::cout.flush();
     std::fflush(nullptr);
-    if (leave == Leave::AtOnce) {
+    if (leave == Leave::AtOnce)
         settle(outcome.verdict, outcome.finding.c_str());
-    }
     stage("leaving the program");
     settleOnBoard(outcome.verdict, outcome.finding.c_str());
     std::exit(0);
@@ -185,9 +180,8 @@ bool awaitEnd(pid_t child, int input, double seconds, IsolatedRun &run, int &sta
 bool isChildOf(pid_t parent, const std::string &process)
 {
     std::FILE *file = std::fopen(("/proc/" + process + "/stat").c_str(), "re");
-    if (!file) {
+    if (!file)
         return false;
-    }
     char line[512] = {};
     const bool got = std::fgets(line, sizeof(line), file) != nullptr;
     std::fclose(file);
@@ -202,13 +196,11 @@ void killChildren()
     DIR *processes = opendir("/proc");
     while (const dirent *entry = processes ? readdir(processes) : nullptr) {
         const int id = std::atoi(entry->d_name);
-        if (id > 0 && isChildOf(getpid(), entry->d_name)) {
+        if (id > 0 && isChildOf(getpid(), entry->d_name))
             kill(id, SIGKILL);
-        }
     }
-    if (processes) {
+    if (processes)
         closedir(processes);
-    }
 }
 
 /** Ends what the library forked: it has become a child of this process, the nearest subreaper. */
@@ -230,9 +222,8 @@ std::string atStage()
 
 Outcome judge(int status)
 {
-    if (WIFSIGNALED(status)) {
+    if (WIFSIGNALED(status))
         return {Verdict::Crash, signalName(WTERMSIG(status)) + atStage()};
-    }
     if (!board->settled || WEXITSTATUS(status) != 0) {
         return {Verdict::Crash,
                 "the library ended the program with exit status " + std::to_string(WEXITSTATUS(status)) + atStage()};
@@ -243,9 +234,8 @@ Outcome judge(int status)
 Board *newBoard()
 {
     void *memory = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {
+    if (memory == MAP_FAILED)
         throw std::system_error(errno, std::generic_category(), "mmap");
-    }
     return static_cast<Board *>(memory);
 }
 
@@ -260,9 +250,8 @@ void prepareParent()
     // Held back but while waiting, so that none is missed between the test and the wait.
     sigset_t held;
     sigemptyset(&held);
-    for (int number : {SIGCHLD, SIGINT, SIGTERM, SIGHUP}) {
+    for (int number : {SIGCHLD, SIGINT, SIGTERM, SIGHUP})
         sigaddset(&held, number);
-    }
     sigprocmask(SIG_BLOCK, &held, nullptr);
 }
 
@@ -290,9 +279,8 @@ IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limi
 {
     prepareParent();
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
+    if (pipe2(ends, O_CLOEXEC) != 0)
         throw std::system_error(errno, std::generic_category(), "pipe");
-    }
     fcntl(ends[0], F_SETFL, O_NONBLOCK);
     board = newBoard();
     std::fflush(nullptr);
@@ -300,9 +288,8 @@ IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limi
     const auto start = std::chrono::steady_clock::now();
     const pid_t parent = getpid();
     const pid_t child = fork();
-    if (child < 0) {
+    if (child < 0)
         throw std::system_error(errno, std::generic_category(), "fork");
-    }
     if (child == 0) {
         close(ends[0]);
         runChild(body, limits, leave, ends[1], parent);
@@ -315,13 +302,12 @@ IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limi
     drain(ends[0], run);
     close(ends[0]);
     run.seconds = since(start);
-    if (ended) {
+    if (ended)
         run.outcome = judge(status);
-    } else if (interrupted()) {
+    else if (interrupted())
         run.outcome = skipped("interrupted");
-    } else {
+    else
         run.outcome = {Verdict::Timeout, "not back after " + std::to_string(limits.seconds) + " s" + atStage()};
-    }
     munmap(board, sizeof(Board));
     board = nullptr;
     return run;
@@ -329,16 +315,14 @@ IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limi
 
 void stage(const std::string &what)
 {
-    if (board) {
+    if (board)
         store(board->stage, what.c_str());
-    }
 }
 
 void progress()
 {
-    if (board) {
+    if (board)
         ++board->progress;
-    }
 }
 
 void settle(Verdict verdict, const char *finding)
@@ -351,9 +335,8 @@ void catchInterruptions()
 {
     struct sigaction action = {};
     action.sa_handler = noteInterruption;
-    for (int number : {SIGINT, SIGTERM, SIGHUP}) {
+    for (int number : {SIGINT, SIGTERM, SIGHUP})
         sigaction(number, &action, nullptr);
-    }
     // A reader that goes away (a pager, head) must not keep the copy from being removed.
     std::signal(SIGPIPE, SIG_IGN);
 }

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_ISOLATE_H
-#define DBLIBCHECK_ISOLATE_H
+#pragma once
 
 #include "outcome.h"
 
@@ -55,5 +54,3 @@ void progress();
 void catchInterruptions();
 /** Whether one of them came. */
 bool interrupted();
-
-#endif

@@ -23,9 +23,8 @@ std::vector<std::time_t> recordTimes()
 std::vector<std::time_t> edgeTimes()
 {
     std::vector<std::time_t> times = recordTimes();
-    if constexpr (sizeof(std::time_t) > 4) {
+    if constexpr (sizeof(std::time_t) > 4)
         times.push_back(std::time_t(2177452799));
-    }
     return times;
 }
 
@@ -48,12 +47,10 @@ std::vector<Value> worthAsking(std::vector<Value> present, std::vector<Value> ed
     std::set<Value> values(edges.begin(), edges.end());
     for (Value value : picked) {
         values.insert(value);
-        if (value > std::numeric_limits<Value>::min()) {
+        if (value > std::numeric_limits<Value>::min())
             values.insert(value - 1);
-        }
-        if (value < std::numeric_limits<Value>::max()) {
+        if (value < std::numeric_limits<Value>::max())
             values.insert(value + 1);
-        }
     }
     return {values.begin(), values.end()};
 }
@@ -62,9 +59,8 @@ template <class Record, class Value>
 std::vector<Value> valuesOf(const std::vector<Record> &records, Value Record::*field)
 {
     std::vector<Value> values;
-    for (const Record &record : records) {
+    for (const Record &record : records)
         values.push_back(record.*field);
-    }
     return values;
 }
 
@@ -84,9 +80,8 @@ Filter<Request> numberFilter(typename Filter<Request>::Group group, const char *
 
 std::string upper(std::string text)
 {
-    for (char &c : text) {
+    for (char &c : text)
         c = c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c;
-    }
     return text;
 }
 
@@ -98,9 +93,8 @@ template <class Record>
 std::vector<std::string> masksFor(const std::vector<Record> &records, char *Record::*name, std::mt19937 &random)
 {
     std::set<std::string> names;
-    for (const Record &record : records) {
+    for (const Record &record : records)
         names.insert(record.*name ? record.*name : "");
-    }
     std::vector<std::string> picked;
     std::sample(names.begin(), names.end(), std::back_inserter(picked), 10, random);
     std::set<std::string> masks = {"", "*", "?", "+", "no such name", "\xC4\xD6\xDC\xFF"};
@@ -108,9 +102,8 @@ std::vector<std::string> masksFor(const std::vector<Record> &records, char *Reco
         masks.insert({text, upper(text), text + "x", text + "*", text.substr(0, text.size() / 2) + "*",
                       text.substr(0, text.size() / 2), "x" + text});
         std::string filled;
-        for (char c : text) {
+        for (char c : text)
             filled += c == '*' || c == '+' ? "abc" : c == '?' ? "q" : std::string(1, c);
-        }
         masks.insert(filled);
     }
     return {masks.begin(), masks.end()};
@@ -137,16 +130,14 @@ template <class Request> std::string endOf(const Request &request)
 
 template <class Value> void tell(std::string &text, const char *name, int use, Value value)
 {
-    if (use) {
+    if (use)
         text += std::string(", ") + name + "=" + std::to_string(value);
-    }
 }
 
 void tellMask(std::string &text, const char *name, int use, const char *mask)
 {
-    if (use) {
+    if (use)
         text += std::string(", ") + name + "=" + (mask ? quoted(mask) : "NULL");
-    }
 }
 
 void setText(char *&text, int &length, const std::string &value)
@@ -159,9 +150,8 @@ std::string sampleName(const char *stem, int number)
 {
     static const char *const odd[] = {"*", "+", "?", "\xC4\xD6\xDC", "", "A b;c=d", "*s?", "\x80\xFF"};
     const std::string base = stem + std::to_string(number % 12);
-    if (number % 5 == 4) {
+    if (number % 5 == 4)
         return std::string(number % 2 ? stem : "") + odd[number / 5 % 8];
-    }
     return number % 7 == 6 ? upper(base) : number % 41 == 40 ? base + std::string(200, 'l') : base;
 }
 
@@ -182,13 +172,12 @@ void sampleParameters(CMessageEventParam *&par, int &count, int number)
         par[i].Type = i + 1;
         setText(par[i].Name, par[i].LName, "par" + std::to_string(i));
         const double level = number * 0.5;
-        if (par[i].Type == ParameterInteger) {
+        if (par[i].Type == ParameterInteger)
             CopyPtr(&par[i].Val, &par[i].LVal, reinterpret_cast<const char *>(&number), int(sizeof(number)));
-        } else if (par[i].Type == ParameterDouble) {
+        else if (par[i].Type == ParameterDouble)
             CopyPtr(&par[i].Val, &par[i].LVal, reinterpret_cast<const char *>(&level), int(sizeof(level)));
-        } else {
+        else
             setText(par[i].Val, par[i].LVal, "value \xB5" + std::to_string(number));
-        }
     }
 }
 } // namespace
@@ -254,9 +243,8 @@ std::vector<Filter<CMessageEventRequest>> EventKind::filters(const std::vector<R
 void EventKind::switchOff(Request &r)
 {
     for (int *use : {&r.UseMessageID0, &r.UseMessageID1, &r.UseMessageType, &r.UseSensorID, &r.UseSensorType,
-                     &r.UseEventName, &r.UseEventTime0, &r.UseEventTime1}) {
+                     &r.UseEventName, &r.UseEventTime0, &r.UseEventTime1})
         *use = 0;
-    }
 }
 
 std::vector<char * CMessageEventRequest::*> EventKind::masks()
@@ -330,9 +318,8 @@ std::vector<Filter<CMessageCommandRequest>> CommandKind::filters(const std::vect
 void CommandKind::switchOff(Request &r)
 {
     for (int *use : {&r.UseMessageType, &r.UseSensorID, &r.UseCommandID0, &r.UseCommandID1, &r.UseCommandType,
-                     &r.UseCommandTime0, &r.UseCommandTime1}) {
+                     &r.UseCommandTime0, &r.UseCommandTime1})
         *use = 0;
-    }
 }
 
 std::vector<char * CMessageCommandRequest::*> CommandKind::masks()

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_KINDS_H
-#define DBLIBCHECK_KINDS_H
+#pragma once
 
 #include "library.h"
 
@@ -34,11 +33,11 @@ template <class Request> struct Filter {
 struct EventKind {
     using Record = CMessageEvent;
     using Request = CMessageEventRequest;
-    static constexpr const char *plural = "events";
-    static constexpr int sizes = EventSizes;
-    static constexpr DBFunction fetch = DBFunctionGetEvents;
-    static constexpr DBFunction put = DBFunctionPutEvent;
-    static constexpr DBFunction remove = DBFunctionDeleteEvent;
+    static constexpr const char *Plural = "events";
+    static constexpr int Sizes = EventSizes;
+    static constexpr DBFunction Fetch = DBFunctionGetEvents;
+    static constexpr DBFunction Put = DBFunctionPutEvent;
+    static constexpr DBFunction Remove = DBFunctionDeleteEvent;
 
     static int id(const Record &record)
     {
@@ -80,11 +79,11 @@ struct EventKind {
 struct CommandKind {
     using Record = CMessageCommand;
     using Request = CMessageCommandRequest;
-    static constexpr const char *plural = "commands";
-    static constexpr int sizes = CommandSizes;
-    static constexpr DBFunction fetch = DBFunctionGetCommands;
-    static constexpr DBFunction put = DBFunctionPutCommand;
-    static constexpr DBFunction remove = DBFunctionDeleteCommand;
+    static constexpr const char *Plural = "commands";
+    static constexpr int Sizes = CommandSizes;
+    static constexpr DBFunction Fetch = DBFunctionGetCommands;
+    static constexpr DBFunction Put = DBFunctionPutCommand;
+    static constexpr DBFunction Remove = DBFunctionDeleteCommand;
 
     static int id(const Record &record)
     {
@@ -118,5 +117,3 @@ struct CommandKind {
 
 /** The text with every byte that is not printable ASCII as \xNN, in double quotes. */
 std::string quoted(const char *text);
-
-#endif

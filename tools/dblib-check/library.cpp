@@ -13,7 +13,7 @@ static_assert(MaxDefLines == 40 && ConfigLineSize == 512, "NameMap holds as much
 
 NameMap::NameMap(const std::string &config)
 {
-    std::FILE *file = OpenRegularFile((config + "/Funs.def").c_str());
+    std::FILE *file = openRegularFile((config + "/Funs.def").c_str());
     if (file) {
         m_exists = true;
         GetDefs(file, m_lines, m_count);
@@ -24,7 +24,7 @@ NameMap::NameMap(const std::string &config)
 std::string NameMap::configured(const char *key) const
 {
     std::string value;
-    FindConfigValue(m_lines, m_count, key, value);
+    findConfigValue(m_lines, m_count, key, value);
     return value;
 }
 
@@ -32,9 +32,8 @@ Library::Library(const std::string &path, const std::string &config)
 {
     // Loaded as the console loads it: what is never called is never missed, and its symbols are seen by all.
     m_handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_GLOBAL);
-    if (!m_handle) {
+    if (!m_handle)
         throw skipped("the library cannot be loaded");
-    }
     resolve(NameMap(config));
 }
 
@@ -53,30 +52,26 @@ void Library::resolve(const NameMap &map)
         const std::string cxxName = configured.empty() ? symbol.cxx : configured;
         const std::string cName = configured.empty() ? symbol.key : configured;
         cxx[i] = dlsym(m_handle, cxxName.c_str());
-        if (!cxx[i] && m_missingCxx.empty()) {
+        if (!cxx[i] && m_missingCxx.empty())
             m_missingCxx = cxxName;
-        }
         if (i < DBCFunctionCount) {
             c[i] = dlsym(m_handle, cName.c_str());
-            if (!c[i] && m_missingC.empty()) {
+            if (!c[i] && m_missingC.empty())
                 m_missingC = cName;
-            }
         }
         // Where a name is missing the rest of the library is still worth checking.
         m_functions[i] = cxx[i] ? cxx[i] : c[i];
     }
-    if (m_missingCxx.empty()) {
+    if (m_missingCxx.empty())
         m_pass = SymbolPass::Cxx;
-    } else if (m_missingC.empty()) {
+    else if (m_missingC.empty())
         m_pass = SymbolPass::C;
-    }
 }
 
 template <class Function, class... Arguments> int Library::call(DBFunction which, Arguments... arguments) const
 {
-    if (!m_functions[which]) {
+    if (!m_functions[which])
         throw skipped(std::string("the library has no ") + DBSymbols[which].key);
-    }
     try {
         return reinterpret_cast<Function *>(m_functions[which])(arguments...);
     } catch (const std::exception &error) {
@@ -90,59 +85,58 @@ template <class Function, class... Arguments> int Library::call(DBFunction which
 
 int Library::getSensors(int *n, CSensor **sensors) const
 {
-    return call<TDBGetSensors>(DBFunctionGetSensors, n, sensors);
+    return call<DBGetSensorsFunction>(DBFunctionGetSensors, n, sensors);
 }
 
 int Library::initSensors(const char *config) const
 {
-    return call<TInitDBSensors>(DBFunctionInitSensors, config);
+    return call<InitDBSensorsFunction>(DBFunctionInitSensors, config);
 }
 
 int Library::getEvents(int *n, CMessageEvent **events, CMessageEventRequest *request) const
 {
-    return call<TDBGetEvents>(DBFunctionGetEvents, n, events, request);
+    return call<DBGetEventsFunction>(DBFunctionGetEvents, n, events, request);
 }
 
 int Library::initEvents(const char *config) const
 {
-    return call<TInitDBEvents>(DBFunctionInitEvents, config);
+    return call<InitDBEventsFunction>(DBFunctionInitEvents, config);
 }
 
 int Library::getCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request) const
 {
-    return call<TDBGetCommands>(DBFunctionGetCommands, n, commands, request);
+    return call<DBGetCommandsFunction>(DBFunctionGetCommands, n, commands, request);
 }
 
 int Library::initCommands(const char *config) const
 {
-    return call<TInitDBCommands>(DBFunctionInitCommands, config);
+    return call<InitDBCommandsFunction>(DBFunctionInitCommands, config);
 }
 
 int Library::putCommand(CMessageCommand *command) const
 {
-    return call<TDBPutCommand>(DBFunctionPutCommand, command);
+    return call<DBPutCommandFunction>(DBFunctionPutCommand, command);
 }
 
 int Library::putEvent(CMessageEvent *event) const
 {
-    return call<TDBPutEvent>(DBFunctionPutEvent, event);
+    return call<DBPutEventFunction>(DBFunctionPutEvent, event);
 }
 
 int Library::deleteCommand(int id) const
 {
-    return call<TDBDeleteCommand>(DBFunctionDeleteCommand, id);
+    return call<DBDeleteCommandFunction>(DBFunctionDeleteCommand, id);
 }
 
 int Library::deleteEvent(int id) const
 {
-    return call<TDBDeleteEvent>(DBFunctionDeleteEvent, id);
+    return call<DBDeleteEventFunction>(DBFunctionDeleteEvent, id);
 }
 
 std::string loadFault(const std::string &path, bool everySymbol)
 {
-    if (dlopen(path.c_str(), (everySymbol ? RTLD_NOW : RTLD_LAZY) | RTLD_GLOBAL)) {
+    if (dlopen(path.c_str(), (everySymbol ? RTLD_NOW : RTLD_LAZY) | RTLD_GLOBAL))
         return {};
-    }
     const char *reason = dlerror();
     return reason ? reason : "no reason given";
 }

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_LIBRARY_H
-#define DBLIBCHECK_LIBRARY_H
+#pragma once
 
-#include "DBSymbols.h"
 #include "Messages.h"
+#include "dbsymbols.h"
 
 #include <string>
 
@@ -96,5 +95,3 @@ private:
 
 /** Why the system's loader refuses a library, as it says it; empty when it does not. Loads it. */
 std::string loadFault(const std::string &path, bool everySymbol);
-
-#endif

@@ -28,9 +28,8 @@ void printList()
 
 bool isWanted(const Options &options, const Check &check)
 {
-    if (check.writes && !options.write) {
+    if (check.writes && !options.write)
         return false;
-    }
     return options.only.empty() ||
            std::find(options.only.begin(), options.only.end(), check.name) != options.only.end();
 }
@@ -39,9 +38,8 @@ bool isWanted(const Options &options, const Check &check)
 std::string configDirectory(const Options &options, const std::string &spare)
 {
     if (!options.config.empty()) {
-        if (!fs::is_directory(options.config)) {
+        if (!fs::is_directory(options.config))
             throw std::runtime_error(options.config + " is not a directory");
-        }
         return fs::canonical(options.config).string();
     }
     const fs::path beside = fs::path(options.library).parent_path().parent_path() / "Config";
@@ -49,7 +47,7 @@ std::string configDirectory(const Options &options, const std::string &spare)
 }
 
 /** The check that finds out whether the copy is what is written to. */
-const std::string separateCopy = "separate-copy";
+const std::string SeparateCopy = "separate-copy";
 
 /** Runs the checks one after the other, and knows when the rest makes no sense any more. */
 class Run
@@ -75,9 +73,8 @@ public:
             draw(result);
         }
         if (!m_options.onlyFailed || isFailure(result.run.outcome.verdict) ||
-            result.run.outcome.verdict == Verdict::Warn) {
+            result.run.outcome.verdict == Verdict::Warn)
             std::cout << resultText(result) << std::flush;
-        }
         m_results.push_back(result);
     }
 
@@ -90,32 +87,27 @@ private:
     /** Whether nothing but a copy that is removed again can be written to. */
     bool worksOnCopy(const Check &check) const
     {
-        return m_options.write && m_unsafe.empty() && check.name != separateCopy;
+        return m_options.write && m_unsafe.empty() && check.name != SeparateCopy;
     }
     static void moderate(Result &result)
     {
         Outcome &outcome = result.run.outcome;
-        if (result.check->advisory && isFailure(outcome.verdict)) {
+        if (result.check->advisory && isFailure(outcome.verdict))
             outcome = warned(std::string(verdictName(outcome.verdict)) + ", " + outcome.finding);
-        }
-        if (result.check->silent && outcome.verdict == Verdict::Pass && result.run.printedBytes > 0) {
+        if (result.check->silent && outcome.verdict == Verdict::Pass && result.run.printedBytes > 0)
             outcome = warned("it printed " + std::to_string(result.run.printedBytes) + " bytes");
-        }
     }
 
     /** What a result means for the checks after it. */
     void draw(const Result &result)
     {
         const std::string name = result.check->name;
-        if (isFailure(result.run.outcome.verdict) && (name == "file" || name == "load")) {
+        if (isFailure(result.run.outcome.verdict) && (name == "file" || name == "load"))
             m_unfit = "the library cannot be loaded";
-        }
-        if (isFailure(result.run.outcome.verdict) && name == separateCopy) {
+        if (isFailure(result.run.outcome.verdict) && name == SeparateCopy)
             m_unsafe = "the library would write to the installation itself";
-        }
-        if (name == "fill") {
+        if (name == "fill")
             m_target.fill = result.run.outcome.verdict == Verdict::Pass;
-        }
     }
 
     const Options &m_options;
@@ -129,16 +121,14 @@ void writeReport(const std::string &path, const std::string &text)
 {
     std::FILE *file = std::fopen(path.c_str(), "we");
     const bool written = file && std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if ((file && std::fclose(file) != 0) || !written) {
+    if ((file && std::fclose(file) != 0) || !written)
         throw std::runtime_error("the report could not be written to " + path);
-    }
 }
 
 int run(Options options)
 {
-    if (!fs::exists(options.library)) {
+    if (!fs::exists(options.library))
         throw std::runtime_error("there is no file " + options.library);
-    }
     options.library = fs::absolute(options.library).lexically_normal().string();
     const TemporaryDirectory temporary;
     const std::string spare = temporary.path() + "/Config";
@@ -159,15 +149,12 @@ int run(Options options)
     std::cout << "library " << target.library << "\nconfig  " << target.config << "\nseed    " << target.seed << "\n";
     catchInterruptions();
     Run checks(options, target);
-    for (const Check &check : allChecks()) {
-        if (isWanted(options, check) && !interrupted()) {
+    for (const Check &check : allChecks())
+        if (isWanted(options, check) && !interrupted())
             checks.add(check);
-        }
-    }
     std::cout << summaryText(checks.results());
-    if (!options.report.empty()) {
+    if (!options.report.empty())
         writeReport(options.report, junitText(target.library, target.seed, checks.results()));
-    }
     const bool bad = std::any_of(checks.results().begin(), checks.results().end(),
                                  [](const Result &result) { return isFailure(result.run.outcome.verdict); });
     return bad || interrupted() ? 1 : 0;
@@ -182,9 +169,8 @@ int main(int argc, char **argv)
             options.help ? void(std::fputs(helpText(), stdout)) : printList();
             return 0;
         }
-        if (!options.seeded) {
+        if (!options.seeded)
             options.seed = std::random_device()();
-        }
         return run(options);
     } catch (const std::exception &error) {
         std::cerr << "dblib-check: " << error.what() << "\n";

@@ -13,7 +13,7 @@ namespace
 {
 enum Key { Config = 256, List, Only, OnlyFailed, Write, ReportFile, Seed, Timeout, Memory, Fetches, Records, Help };
 
-const option longOptions[] = {
+const option LongOptions[] = {
     {"config", required_argument, nullptr, Config},
     {"list", no_argument, nullptr, List},
     {"only", required_argument, nullptr, Only},
@@ -43,11 +43,9 @@ unsigned long number(const char *text, const char *name, unsigned long least, un
 
 std::string checkName(const char *name)
 {
-    for (const Check &check : allChecks()) {
-        if (std::string(name) == check.name) {
+    for (const Check &check : allChecks())
+        if (std::string(name) == check.name)
             return name;
-        }
-    }
     throw std::runtime_error(std::string("--only: there is no check ") + name + "; --list names them");
 }
 
@@ -101,17 +99,14 @@ Options readOptions(int argc, char **argv)
 {
     Options options;
     int key = 0;
-    while ((key = getopt_long(argc, argv, "h", longOptions, nullptr)) != -1) {
+    while ((key = getopt_long(argc, argv, "h", LongOptions, nullptr)) != -1)
         take(options, key == 'h' ? Help : key);
-    }
-    if (argc - optind > 1) {
+    if (argc - optind > 1)
         throw std::runtime_error(std::string("one library at a time: ") + argv[optind + 1] + " is too many");
-    }
-    if (optind < argc) {
+    if (optind < argc)
         options.library = argv[optind];
-    } else if (!options.list && !options.help) {
+    else if (!options.list && !options.help)
         throw std::runtime_error("no library given; --help tells more");
-    }
     return options;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_OPTIONS_H
-#define DBLIBCHECK_OPTIONS_H
+#pragma once
 
 #include "isolate.h"
 
@@ -30,5 +29,3 @@ Options readOptions(int argc, char **argv);
 
 /** What --help prints. */
 const char *helpText();
-
-#endif

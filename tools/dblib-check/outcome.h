@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_OUTCOME_H
-#define DBLIBCHECK_OUTCOME_H
+#pragma once
 
 #include <string>
 
@@ -31,5 +30,3 @@ Outcome passed(std::string finding = {});
 Outcome warned(std::string finding);
 Outcome failed(std::string finding);
 Outcome skipped(std::string finding);
-
-#endif

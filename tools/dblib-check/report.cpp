@@ -20,11 +20,9 @@ std::string firstLine(const std::string &printed)
 {
     std::istringstream lines(printed);
     std::string line;
-    while (std::getline(lines, line)) {
-        if (line.find_first_not_of(" \t=-#*") != std::string::npos) {
+    while (std::getline(lines, line))
+        if (line.find_first_not_of(" \t=-#*") != std::string::npos)
             break;
-        }
-    }
     return line;
 }
 
@@ -49,13 +47,12 @@ std::string escaped(const std::string &text)
         const auto *entity = std::find_if(std::begin(entities), std::end(entities),
                                           [c](const auto &candidate) { return candidate.first == c; });
         const auto byte = static_cast<unsigned char>(c);
-        if (entity != std::end(entities)) {
+        if (entity != std::end(entities))
             result += entity->second;
-        } else if (byte > 126) {
+        else if (byte > 126)
             result += "&#" + std::to_string(byte) + ";";
-        } else {
+        else
             result += byte < ' ' ? '?' : c;
-        }
     }
     return result;
 }
@@ -98,9 +95,8 @@ std::string resultText(const Result &result)
     text += "\n";
     if (needsExplanation(outcome.verdict)) {
         text += std::string("        for the operator: ") + result.check->consequence + "\n";
-        if (!result.run.printed.empty()) {
+        if (!result.run.printed.empty())
             text += "        it printed: " + quoted(firstLine(result.run.printed).c_str()) + "\n";
-        }
     }
     return text;
 }
@@ -109,9 +105,8 @@ std::string summaryText(const std::vector<Result> &results)
 {
     std::string text = std::to_string(results.size()) + " checks:";
     for (Verdict verdict :
-         {Verdict::Pass, Verdict::Warn, Verdict::Fail, Verdict::Crash, Verdict::Timeout, Verdict::Skip}) {
+         {Verdict::Pass, Verdict::Warn, Verdict::Fail, Verdict::Crash, Verdict::Timeout, Verdict::Skip})
         text += " " + std::to_string(count(results, verdict)) + " " + verdictName(verdict) + ",";
-    }
     text.back() = '\n';
     return text;
 }
@@ -119,9 +114,8 @@ std::string summaryText(const std::vector<Result> &results)
 std::string junitText(const std::string &library, unsigned seed, const std::vector<Result> &results)
 {
     double whole = 0;
-    for (const Result &result : results) {
+    for (const Result &result : results)
         whole += result.run.seconds;
-    }
     std::string text =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"dblib-check\" tests=\"" +
         std::to_string(results.size()) + "\" failures=\"" + std::to_string(count(results, Verdict::Fail)) +

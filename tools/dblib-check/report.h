@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef DBLIBCHECK_REPORT_H
-#define DBLIBCHECK_REPORT_H
+#pragma once
 
 #include "checks.h"
 #include "isolate.h"
@@ -23,5 +22,3 @@ std::string summaryText(const std::vector<Result> &results);
 
 /** All results as a JUnit test suite: crashes and time-outs are errors, warnings passed tests with an output. */
 std::string junitText(const std::string &library, unsigned seed, const std::vector<Result> &results);
-
-#endif

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "Options.h"
-#include "SensorsLock.h"
-#include "Settings.h"
-#include "Simulation.h"
+#include "options.h"
+#include "sensorslock.h"
+#include "settings.h"
+#include "simulation.h"
 
 #include <algorithm>
 #include <chrono>
@@ -28,23 +28,22 @@ class EndSignals
 public:
     EndSignals()
     {
-        sigemptyset(&signals);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            sigaddset(&signals, signal);
-        }
-        sigprocmask(SIG_BLOCK, &signals, nullptr);
+        sigemptyset(&m_signals);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+            sigaddset(&m_signals, signal);
+        sigprocmask(SIG_BLOCK, &m_signals, nullptr);
     }
     /** Waits up to `seconds`; true when the end was asked for. */
     bool wait(double seconds)
     {
         const timespec time = {std::time_t(seconds), long((seconds - double(std::time_t(seconds))) * 1e9)};
-        ended = ended || sigtimedwait(&signals, nullptr, &time) > 0;
-        return ended;
+        m_ended = m_ended || sigtimedwait(&m_signals, nullptr, &time) > 0;
+        return m_ended;
     }
 
 private:
-    sigset_t signals;
-    bool ended = false;
+    sigset_t m_signals;
+    bool m_ended = false;
 };
 
 /** One line that is written over on a terminal; elsewhere only its last state is shown. */
@@ -53,21 +52,21 @@ class ProgressLine
 public:
     void show(const std::string &text)
     {
-        if (isTerminal && text != shown) {
+        if (m_isTerminal && text != m_shown) {
             std::printf("\r%s\033[K", text.c_str());
             std::fflush(stdout);
-            shown = text;
+            m_shown = text;
         }
     }
     void finish(const std::string &text)
     {
-        std::printf("%s%s%s\n", isTerminal ? "\r" : "", text.c_str(), isTerminal ? "\033[K" : "");
+        std::printf("%s%s%s\n", m_isTerminal ? "\r" : "", text.c_str(), m_isTerminal ? "\033[K" : "");
         std::fflush(stdout);
     }
 
 private:
-    bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
-    std::string shown;
+    bool m_isTerminal = ::isatty(STDOUT_FILENO) == 1;
+    std::string m_shown;
 };
 
 double secondsSince(Clock::time_point start)
@@ -85,9 +84,8 @@ std::string describe(const SimulationTotals &totals)
 /** Says a fault once, not with each try. */
 void complain(std::string &last, const std::string &fault)
 {
-    if (fault != last) {
+    if (fault != last)
         std::fprintf(stderr, "sensor-sim: %s\n", fault.c_str());
-    }
     last = fault;
 }
 
@@ -127,9 +125,8 @@ int run(Simulation &simulation, const Options &options, EndSignals &signals, Pro
             line.show(describe(simulation.totals()));
             nextProgress = elapsed + ProgressSeconds;
         }
-        if (!last) {
+        if (!last)
             signals.wait(TickSeconds);
-        }
     }
     line.finish(describe(simulation.totals()));
     return fault.empty() ? 0 : 1;
@@ -156,9 +153,8 @@ int play(const Options &options)
     }
     SensorsLock lock; // outlives the store
     Store store(readSettings(options.configDir).database, Sqlite::Durability::Crash);
-    if (!options.fill) {
+    if (!options.fill)
         lock.take(store.path());
-    }
     const unsigned seed = options.seed ? *options.seed : std::random_device()();
     Simulation simulation(store, options.sensors, seed, options.rate, log.get());
     return options.fill ? fill(simulation, *options.fill, signals, line) : run(simulation, options, signals, line);

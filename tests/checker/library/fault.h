@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef CHECKER_LIBRARY_FAULT_H
-#define CHECKER_LIBRARY_FAULT_H
+#pragma once
 
 #include <cstring>
 
@@ -13,5 +12,3 @@ inline bool fault(const char *name)
 {
     return *name == *FaultName && std::strcmp(name, FaultName) == 0;
 }
-
-#endif

@@ -26,42 +26,36 @@
 namespace
 {
 /** An address on the first page, where nothing lies; not NULL, which sanitizers tell by other means than a signal. */
-volatile int *const nowhere = reinterpret_cast<volatile int *>(64);
+volatile int *const Nowhere = reinterpret_cast<volatile int *>(64);
 
 [[noreturn]] void hang()
 {
     std::signal(SIGTERM, SIG_IGN);
-    for (;;) {
+    for (;;)
         pause();
-    }
 }
 
 [[noreturn]] void spin()
 {
     volatile unsigned turns = 0;
-    for (;;) {
+    for (;;)
         turns = turns + 1;
-    }
 }
 
 struct AtLoad {
     AtLoad()
     {
-        if (fault("crash-at-load")) {
-            *nowhere = 1;
-        }
-        if (fault("print-at-load")) {
+        if (fault("crash-at-load"))
+            *Nowhere = 1;
+        if (fault("print-at-load"))
             std::puts("library loaded");
-        }
     }
     ~AtLoad()
     {
-        if (fault("abort-at-exit")) {
+        if (fault("abort-at-exit"))
             std::abort();
-        }
-        if (fault("hang-at-exit")) {
+        if (fault("hang-at-exit"))
             hang();
-        }
     }
 } atLoad;
 
@@ -72,14 +66,12 @@ void forkAway()
     const pid_t child = fork();
     if (child == 0) {
         if (fault("fork-daemon")) {
-            if (fork() > 0) {
+            if (fork() > 0)
                 _exit(0);
-            }
             setsid();
         }
-        for (;;) {
+        for (;;)
             pause();
-        }
     }
 }
 
@@ -87,53 +79,40 @@ void misbehaveAtFetch()
 {
     static int fetches = 0;
     ++fetches;
-    if (fault("print")) {
+    if (fault("print"))
         std::puts("fetching");
-    }
-    if (fault("print-error")) {
+    if (fault("print-error"))
         std::fputs("fetching\n", stderr);
-    }
     if (fault("leak-memory")) {
         static char *volatile lost = nullptr;
         lost = new char[24];
         lost[0] = 'x';
     }
-    if (fault("leak-descriptor") && fetches % 50 == 0) {
+    if (fault("leak-descriptor") && fetches % 50 == 0)
         (void)!dup(0);
-    }
     if (fault("leak-thread") && fetches % 1000 == 0) {
         std::thread([] {
-            for (;;) {
+            for (;;)
                 pause();
-            }
         }).detach();
     }
-    if (fault("fork") && fetches == 1) {
+    if (fault("fork") && fetches == 1)
         forkAway();
-    }
-    if (fault("fork-daemon") && fetches == 1) {
+    if (fault("fork-daemon") && fetches == 1)
         forkAway();
-    }
-    if (fault("close-descriptors") && fetches == 1) {
-        for (int descriptor = 3; descriptor < 1024; ++descriptor) {
+    if (fault("close-descriptors") && fetches == 1)
+        for (int descriptor = 3; descriptor < 1024; ++descriptor)
             close(descriptor);
-        }
-    }
-    if (fault("close-output") && fetches == 1) {
+    if (fault("close-output") && fetches == 1)
         close(STDOUT_FILENO);
-    }
-    if (fault("change-directory")) {
+    if (fault("change-directory"))
         (void)!chdir("/");
-    }
-    if (fault("change-locale")) {
+    if (fault("change-locale"))
         std::setlocale(LC_ALL, "C.UTF-8");
-    }
-    if (fault("change-umask")) {
+    if (fault("change-umask"))
         umask(0);
-    }
-    if (fault("ignore-sigterm")) {
+    if (fault("ignore-sigterm"))
         std::signal(SIGTERM, SIG_IGN);
-    }
     if (fault("block-signals")) {
         sigset_t all;
         sigfillset(&all);
@@ -149,9 +128,8 @@ bool refuseThread()
 
 void requireInitialised()
 {
-    if (fault("crash-uninitialised") && !store().initialised) {
-        *nowhere = 1;
-    }
+    if (fault("crash-uninitialised") && !store().initialised)
+        *Nowhere = 1;
 }
 
 // Records on their way out.
@@ -160,22 +138,18 @@ void spoil(CSensor &) {}
 
 void spoil(CMessageCommand &command)
 {
-    if (fault("command-text-open") && command.LSensorID > 1) {
+    if (fault("command-text-open") && command.LSensorID > 1)
         --command.LSensorID;
-    }
 }
 
 void spoil(CMessageEvent &event)
 {
-    if (fault("text-unterminated") && event.LSensorID > 1) {
+    if (fault("text-unterminated") && event.LSensorID > 1)
         event.SensorID[event.LSensorID - 1] = 'x';
-    }
-    if (fault("length-too-long")) {
+    if (fault("length-too-long"))
         event.LEventName = 5000;
-    }
-    if (fault("length-negative")) {
+    if (fault("length-negative"))
         event.LEventName = -3;
-    }
     if (fault("length-padded")) {
         const std::string padded = std::string(event.EventName) + std::string(20, '\0');
         CopyPtr(&event.EventName, &event.LEventName, padded.data(), int(padded.size()));
@@ -184,15 +158,12 @@ void spoil(CMessageEvent &event)
         delete[] event.EventName;
         event.EventName = nullptr;
     }
-    if (fault("parameters-missing") && event.ParNum == 0) {
+    if (fault("parameters-missing") && event.ParNum == 0)
         event.ParNum = 2;
-    }
-    if (fault("value-short") && event.ParNum > 1) {
+    if (fault("value-short") && event.ParNum > 1)
         CopyPtr(&event.par[1].Val, &event.par[1].LVal, "abc", 4);
-    }
-    if (fault("overrun-block") && event.SensorID) {
+    if (fault("overrun-block") && event.SensorID)
         event.SensorID[event.LSensorID] = 'x';
-    }
 }
 
 /** The arrays given out and not yet released. */
@@ -200,28 +171,25 @@ template <class Record> std::vector<Record *> open;
 
 template <class Record> void giveBack(Record **array)
 {
-    if (fault("release-null-crash") && !*array && open<Record>.empty()) {
-        *nowhere = 1;
-    }
+    if (fault("release-null-crash") && !*array && open<Record>.empty())
+        *Nowhere = 1;
     if (fault("release-last") && *array) {
         delete[] open<Record>.back();
         open<Record>.pop_back();
         *array = nullptr;
         return;
     }
-    if (fault("static-array")) {
+    if (fault("static-array"))
         return;
-    }
     if (fault("release-ignored")) {
         *array = nullptr;
         return;
     }
     const bool held = *array != nullptr;
     const volatile auto *past = reinterpret_cast<const volatile char *>(*array);
-    delete[] * array;
-    if (fault("use-after-free") && held) {
+    delete[] *array;
+    if (fault("use-after-free") && held)
         (void)*past;
-    }
     if (fault("double-free") && held) {
         char *text = new char[16];
         delete[] text;
@@ -229,9 +197,8 @@ template <class Record> void giveBack(Record **array)
         char *volatile again = text;
         std::free(again);
     }
-    if (!fault("pointer-kept")) {
+    if (!fault("pointer-kept"))
         *array = nullptr;
-    }
 }
 
 template <class Record> Record *newArray(const std::vector<const Record *> &records)
@@ -274,12 +241,10 @@ template <class Record> int answer(int *n, Record **array, const std::vector<con
     }
     if (!records.empty()) {
         *array = newArray(records);
-        if (fault("array-overread")) {
+        if (fault("array-overread"))
             touch(*array + records.size());
-        }
-        if (fault("release-last")) {
+        if (fault("release-last"))
             open<Record>.push_back(*array);
-        }
         *n += fault("count-too-high");
     } else if (fault("release-null-crash")) {
         open<Record>.assign(1, nullptr);
@@ -288,12 +253,10 @@ template <class Record> int answer(int *n, Record **array, const std::vector<con
     } else if (fault("count-negative")) {
         *n = -1;
     }
-    if (fault("overrun-count")) {
+    if (fault("overrun-count"))
         n[1] = 0;
-    }
-    if (fault("overrun-address")) {
+    if (fault("overrun-address"))
         array[1] = nullptr;
-    }
     return fault("result") ? 1 : 0;
 }
 
@@ -301,42 +264,31 @@ template <class Record> int answer(int *n, Record **array, const std::vector<con
 
 void misbehaveFor(const CMessageEventRequest &request)
 {
-    if (fault("segfault") && request.NMax == INT_MAX) {
-        *nowhere = 1;
-    }
-    if (fault("abort") && request.NMax == INT_MAX) {
+    if (fault("segfault") && request.NMax == INT_MAX)
+        *Nowhere = 1;
+    if (fault("abort") && request.NMax == INT_MAX)
         std::abort();
-    }
-    if (fault("exit") && request.NMax == 0) {
+    if (fault("exit") && request.NMax == 0)
         std::exit(0);
-    }
-    if (fault("quick-exit") && request.NMax == 0) {
+    if (fault("quick-exit") && request.NMax == 0)
         _exit(0);
-    }
-    if (fault("endless-loop") && request.NMax == INT_MIN) {
+    if (fault("endless-loop") && request.NMax == INT_MIN)
         spin();
-    }
-    if (fault("ignores-sigterm") && request.NMax == INT_MIN) {
+    if (fault("ignores-sigterm") && request.NMax == INT_MIN)
         hang();
-    }
-    if (fault("throws") && request.NMax < 0) {
+    if (fault("throws") && request.NMax < 0)
         throw std::runtime_error("NMax is negative");
-    }
-    if (fault("throws-number") && request.NMax < 0) {
+    if (fault("throws-number") && request.NMax < 0)
         throw 42;
-    }
-    if (fault("huge-allocation") && request.NMax == INT_MAX) {
+    if (fault("huge-allocation") && request.NMax == INT_MAX)
         delete[] new CMessageEvent[std::size_t(request.NMax)];
-    }
     if (fault("eats-memory") && request.NMax == INT_MAX) {
         // As much as there is, and then it does not look at what it got.
-        for (int i = 0; i < 1 << 16; ++i) {
+        for (int i = 0; i < 1 << 16; ++i)
             static_cast<volatile char *>(std::malloc(1 << 16))[0] = 1;
-        }
     }
-    if (fault("slow") && request.NMax == 100) {
+    if (fault("slow") && request.NMax == 100)
         std::this_thread::sleep_for(std::chrono::milliseconds(2100));
-    }
     if (fault("stack-overflow") && request.NMax == INT_MAX) {
         volatile char room[1 << 16] = {};
         misbehaveFor(request);
@@ -346,9 +298,8 @@ void misbehaveFor(const CMessageEventRequest &request)
 
 void changeRequest(CMessageEventRequest &request)
 {
-    if (fault("request-changed")) {
+    if (fault("request-changed"))
         request.NMax = 7;
-    }
     if (fault("mask-lowered") && request.SensorID) {
         strlwr_win(request.SensorID);
         request.SensorID[0] = '#';
@@ -363,31 +314,25 @@ void changeRequest(CMessageEventRequest &request)
         static volatile std::size_t fixed = 512;
         std::memcpy(copy, request.SensorID, fixed);
     }
-    if (fault("overrun-request")) {
+    if (fault("overrun-request"))
         reinterpret_cast<volatile char *>(&request)[sizeof(request)] = 0;
-    }
 }
 
 int initialise(const char *config)
 {
     struct stat status;
-    if (fault("crash-missing-directory") && stat(config, &status) != 0) {
-        *nowhere = 1;
-    }
-    if (fault("initialise-fails")) {
+    if (fault("crash-missing-directory") && stat(config, &status) != 0)
+        *Nowhere = 1;
+    if (fault("initialise-fails"))
         return -1;
-    }
-    if (fault("second-initialise") && ++store().initialisations > 3) {
+    if (fault("second-initialise") && ++store().initialisations > 3)
         return -2;
-    }
-    if (fault("initialise-empties") && ++store().initialisations > 3) {
+    if (fault("initialise-empties") && ++store().initialisations > 3)
         store().events.records.clear();
-    }
     store().initialised = true;
     const char *const lasting[] = {"persistent", "reused-after-restart", "print-at-put", "large-cut", "large-refused"};
-    if (std::any_of(std::begin(lasting), std::end(lasting), fault)) {
+    if (std::any_of(std::begin(lasting), std::end(lasting), fault))
         openLog(std::string(config) + "/events.log");
-    }
     if (fault("fixed-place")) {
         Dl_info self = {};
         dladdr(reinterpret_cast<void *>(&initialise), &self);
@@ -399,22 +344,19 @@ int initialise(const char *config)
 
 int Functions::getSensors(int *n, CSensor **sensors)
 {
-    if (!n && !sensors) {
+    if (!n && !sensors)
         return SensorSize + fault("sensor-size");
-    }
     if (!n) {
         giveBack(sensors);
         return 0;
     }
     requireInitialised();
     misbehaveAtFetch();
-    if (refuseThread()) {
+    if (refuseThread())
         return -1;
-    }
     std::vector<const CSensor *> records;
-    for (const CSensor &sensor : store().sensors) {
+    for (const CSensor &sensor : store().sensors)
         records.push_back(&sensor);
-    }
     if (fault("sensor-order")) {
         static int turn = 0;
         std::rotate(records.begin(), records.begin() + ++turn % 2, records.end());
@@ -435,9 +377,8 @@ int Functions::getEvents(int *n, CMessageEvent **events, CMessageEventRequest *r
 {
     if (!n && !events && !request) {
         static int calls = 0;
-        if (fault("size-unstable") && ++calls > 60) {
+        if (fault("size-unstable") && ++calls > 60)
             return int(sizeof(CMessageEvent));
-        }
         return fault("size-half") ? int(sizeof(CMessageEvent)) : EventSizes;
     }
     if (!n) {
@@ -446,9 +387,8 @@ int Functions::getEvents(int *n, CMessageEvent **events, CMessageEventRequest *r
     }
     requireInitialised();
     misbehaveAtFetch();
-    if (refuseThread()) {
+    if (refuseThread())
         return -1;
-    }
     misbehaveFor(*request);
     const std::vector<const CMessageEvent *> records = select(*request);
     changeRequest(*request);
@@ -462,18 +402,16 @@ int Functions::initEvents(const char *config)
 
 int Functions::getCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request)
 {
-    if (!n && !commands && !request) {
+    if (!n && !commands && !request)
         return fault("command-size") ? CommandSizes - 4 : CommandSizes;
-    }
     if (!n) {
         giveBack(commands);
         return 0;
     }
     requireInitialised();
     misbehaveAtFetch();
-    if (refuseThread()) {
+    if (refuseThread())
         return -1;
-    }
     return answer(n, commands, select(*request));
 }
 
@@ -490,9 +428,8 @@ int Functions::putCommand(CMessageCommand *command)
 int Functions::putEvent(CMessageEvent *event)
 {
     const int result = put(*event);
-    if (fault("print-at-put")) {
+    if (fault("print-at-put"))
         std::puts("stored");
-    }
     if (fault("put-overrun")) {
         char *text = new char[16];
         static volatile int past = 16;
@@ -500,27 +437,23 @@ int Functions::putEvent(CMessageEvent *event)
         delete[] text;
     }
     static int puts = 0;
-    if (fault("put-pauses") && ++puts % 100 == 0) {
+    if (fault("put-pauses") && ++puts % 100 == 0)
         std::this_thread::sleep_for(std::chrono::seconds(1));
-    }
-    if (fault("put-crawls")) {
+    if (fault("put-crawls"))
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
     if (fault("put-takes-text")) {
         event->SensorID = nullptr;
         event->LSensorID = 0;
     }
-    if (fault("put-crashes")) {
-        *nowhere = 1;
-    }
+    if (fault("put-crashes"))
+        *Nowhere = 1;
     return result;
 }
 
 int Functions::deleteCommand(int id)
 {
-    if (fault("delete-throws") && id < 0) {
+    if (fault("delete-throws") && id < 0)
         throw std::out_of_range("no such command");
-    }
     removeCommand(id);
     return 0;
 }

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef CHECKER_LIBRARY_LIBRARY_H
-#define CHECKER_LIBRARY_LIBRARY_H
+#pragma once
 
 #include "Messages.h"
 
@@ -19,5 +18,3 @@ int putEvent(CMessageEvent *event);
 int deleteCommand(int id);
 int deleteEvent(int id);
 } // namespace Functions
-
-#endif

@@ -57,13 +57,12 @@ template <class Record> void addParameters(Record &record, int i)
         par.Type = p + 1;
         set(par.Name, par.LName, "par" + std::to_string(p));
         const double level = i * 0.25;
-        if (p == 0) {
+        if (p == 0)
             CopyPtr(&par.Val, &par.LVal, reinterpret_cast<const char *>(&i), int(sizeof(i)));
-        } else if (p == 1) {
+        else if (p == 1)
             CopyPtr(&par.Val, &par.LVal, reinterpret_cast<const char *>(&level), int(sizeof(level)));
-        } else {
+        else
             set(par.Val, par.LVal, "text " + std::to_string(i));
-        }
     }
 }
 
@@ -72,9 +71,8 @@ CSensor sensor(int i)
     CSensor result;
     result.SensorType = i % 3;
     set(result.SensorID, result.LSensorID, "sensor" + std::to_string(fault("sensor-twice") ? i / 2 : i));
-    if (fault("sensor-nameless") && i == 3) {
+    if (fault("sensor-nameless") && i == 3)
         set(result.SensorID, result.LSensorID, "");
-    }
     set(result.Description, result.LDescription, "sensor number " + std::to_string(i));
     result.MessageType = i % 3;
     result.EventTime = someTime(i);
@@ -113,21 +111,16 @@ template <class Record> void add(Shelf<Record> &shelf, const Record &record)
 Store filled()
 {
     Store result;
-    for (int i = 0; i < 10; ++i) {
+    for (int i = 0; i < 10; ++i)
         result.sensors.push_back(sensor(i));
-    }
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 60; ++i)
         add(result.events, event(i));
-    }
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 40; ++i)
         add(result.commands, command(i));
-    }
-    if (fault("same-identifier")) {
+    if (fault("same-identifier"))
         result.events.records[2].MessageID = result.events.records[1].MessageID;
-    }
-    if (fault("command-same-identifier")) {
+    if (fault("command-same-identifier"))
         result.commands.records[2].CommandID = result.commands.records[1].CommandID;
-    }
     return result;
 }
 
@@ -164,18 +157,14 @@ CMessageEventRequest misread(const CMessageEventRequest &given)
     r.MessageID1 -= fault("event-id1") && r.MessageID1 > INT_MIN;
     r.EventTime0 += fault("event-time0");
     r.EventTime1 -= fault("event-time1");
-    if (fault("switch-ignored") && r.MessageID1 != 0) {
+    if (fault("switch-ignored") && r.MessageID1 != 0)
         r.UseMessageID1 = 1;
-    }
-    if (fault("negative-time") && r.EventTime1 < 0) {
+    if (fault("negative-time") && r.EventTime1 < 0)
         r.UseEventTime1 = 0;
-    }
-    if (fault("time-cut")) {
+    if (fault("time-cut"))
         r.EventTime0 = std::int32_t(r.EventTime0);
-    }
-    if (fault("sensor-type-ignored")) {
+    if (fault("sensor-type-ignored"))
         r.UseSensorType = 0;
-    }
     return r;
 }
 
@@ -186,12 +175,10 @@ CMessageCommandRequest misread(const CMessageCommandRequest &given)
     r.CommandID1 -= fault("command-id1") && r.CommandID1 > INT_MIN;
     r.CommandTime0 += fault("command-time0");
     r.CommandTime1 -= fault("command-time1");
-    if (fault("command-switch-ignored") && r.CommandID1 != 0) {
+    if (fault("command-switch-ignored") && r.CommandID1 != 0)
         r.UseCommandID1 = 1;
-    }
-    if (fault("command-type-ignored")) {
+    if (fault("command-type-ignored"))
         r.UseCommandType = 0;
-    }
     return r;
 }
 
@@ -200,21 +187,18 @@ bool matches(const CMessageEventRequest &given, const CMessageEvent &record)
     CMessageEventRequest r(given);
     if (fault("types-swapped") && r.UseMessageType) {
         r.UseMessageType = 0;
-        if (r.MessageType != record.SensorType) {
+        if (r.MessageType != record.SensorType)
             return false;
-        }
     }
     if (r.UseSensorID && r.SensorID && (fault("event-mask-swapped") || fault("mask-letter-case"))) {
         r.UseSensorID = 0;
-        if (!(fault("event-mask-swapped") ? swappedMatches : exactMatches)(r.SensorID, record.SensorID)) {
+        if (!(fault("event-mask-swapped") ? swappedMatches : exactMatches)(r.SensorID, record.SensorID))
             return false;
-        }
     }
     if (r.UseEventName && r.EventName && fault("name-mask-swapped")) {
         r.UseEventName = 0;
-        if (!swappedMatches(r.EventName, record.EventName)) {
+        if (!swappedMatches(r.EventName, record.EventName))
             return false;
-        }
     }
     return (r & record) != 0;
 }
@@ -224,9 +208,8 @@ bool matches(const CMessageCommandRequest &given, const CMessageCommand &record)
     CMessageCommandRequest r(given);
     if (r.UseSensorID && r.SensorID && fault("command-mask-swapped")) {
         r.UseSensorID = 0;
-        if (!swappedMatches(r.SensorID, record.SensorID)) {
+        if (!swappedMatches(r.SensorID, record.SensorID))
             return false;
-        }
     }
     return (r & record) != 0;
 }
@@ -246,27 +229,22 @@ std::vector<const Record *> selectFrom(const Shelf<Record> &shelf, const Request
 {
     const Request request = misread(given);
     std::vector<const Record *> found;
-    for (const Record &record : shelf.records) {
-        if (matches(request, record)) {
+    for (const Record &record : shelf.records)
+        if (matches(request, record))
             found.push_back(&record);
-        }
-    }
     std::size_t wanted = std::size_t(std::max(request.NMax, 0));
-    if (fault("nmax-ignored") || (fault("nmax-negative") && request.NMax < 0)) {
+    if (fault("nmax-ignored") || (fault("nmax-negative") && request.NMax < 0))
         wanted = found.size();
-    }
-    if (fault("count-short") && found.size() > wanted && wanted > 1) {
+    if (fault("count-short") && found.size() > wanted && wanted > 1)
         --wanted;
-    }
     const bool first = (request.TakeFirst1_Last0 != 0) != fault("ends-swapped");
     if (found.size() > wanted) {
         const auto surplus = std::ptrdiff_t(found.size() - wanted);
         first ? found.erase(found.end() - surplus, found.end()) : found.erase(found.begin(), found.begin() + surplus);
     }
     const bool lowest = lowestWanted(request) && !fault("order-with-lowest");
-    if (!request.TakeFirst1_Last0 && !lowest && !fault("order-ascending")) {
+    if (!request.TakeFirst1_Last0 && !lowest && !fault("order-ascending"))
         std::reverse(found.begin(), found.end());
-    }
     if (fault("order-random")) {
         static std::mt19937 random(7);
         std::shuffle(found.begin(), found.end(), random);
@@ -291,9 +269,8 @@ std::string unhex(const char *code)
 {
     std::string result;
     unsigned byte = 0;
-    for (++code; std::sscanf(code, "%2x", &byte) == 1; code += 2) {
+    for (++code; std::sscanf(code, "%2x", &byte) == 1; code += 2)
         result += char(byte);
-    }
     return result;
 }
 
@@ -314,12 +291,10 @@ template <class Record> void dropFrom(Shelf<Record> &shelf, int id)
     const auto kept = std::remove_if(records.begin(), records.end(), hit);
     const bool none = kept == records.end();
     records.erase(kept, records.end());
-    if (none && fault("delete-unknown") && !records.empty()) {
+    if (none && fault("delete-unknown") && !records.empty())
         records.pop_back();
-    }
-    if (fault("reused-identifier") && !records.empty()) {
+    if (fault("reused-identifier") && !records.empty())
         shelf.nextId = idOf(records.back()) + 1;
-    }
 }
 
 void readLine(const char *line)
@@ -351,19 +326,16 @@ Store &store()
 
 void openLog(const std::string &path)
 {
-    if (!store().log.empty()) {
+    if (!store().log.empty())
         return;
-    }
     if (std::FILE *file = std::fopen(path.c_str(), "r")) {
         static char line[65536];
-        while (std::fgets(line, sizeof(line), file)) {
+        while (std::fgets(line, sizeof(line), file))
             readLine(line);
-        }
         std::fclose(file);
     }
-    if (fault("reused-after-restart")) {
+    if (fault("reused-after-restart"))
         store().events.nextId = store().events.records.back().MessageID + 1;
-    }
     store().log = path;
 }
 
@@ -379,20 +351,16 @@ std::vector<const CMessageCommand *> select(const CMessageCommandRequest &reques
 
 int put(const CMessageEvent &event)
 {
-    if (fault("put-ignored")) {
+    if (fault("put-ignored"))
         return 0;
-    }
-    if (fault("put-refused")) {
+    if (fault("put-refused"))
         return -5;
-    }
     add(store().events, event);
     CMessageEvent &stored = store().events.records.back();
-    if (fault("parameter-lost") && stored.ParNum > 2) {
+    if (fault("parameter-lost") && stored.ParNum > 2)
         stored.ParNum = 2;
-    }
-    if (fault("text-cut") && stored.LSensorID > 256) {
+    if (fault("text-cut") && stored.LSensorID > 256)
         set(stored.SensorID, stored.LSensorID, std::string(stored.SensorID, 255));
-    }
     if (fault("bytes-lost") && stored.EventName) {
         std::replace_if(
             stored.EventName, stored.EventName + std::strlen(stored.EventName), [](char c) { return c < 0; }, '?');
@@ -407,12 +375,10 @@ int put(const CMessageCommand &command)
 {
     add(store().commands, command);
     CMessageCommand &stored = store().commands.records.back();
-    if (fault("command-time-lost")) {
+    if (fault("command-time-lost"))
         stored.CommandTime = 0;
-    }
-    if (fault("command-text-cut") && stored.LSensorID > 256) {
+    if (fault("command-text-cut") && stored.LSensorID > 256)
         set(stored.SensorID, stored.LSensorID, std::string(stored.SensorID, 255));
-    }
     return 0;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#ifndef CHECKER_LIBRARY_STORE_H
-#define CHECKER_LIBRARY_STORE_H
+#pragma once
 
 #include "Messages.h"
 
@@ -39,5 +38,3 @@ int put(const CMessageEvent &event);
 int put(const CMessageCommand &command);
 void removeEvent(int id);
 void removeCommand(int id);
-
-#endif

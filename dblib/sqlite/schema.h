@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include <string>
+
+namespace Sqlite
+{
+class Connection;
+}
+
+/**
+ * @file
+ * The tables of an installation's database. docs/sqlite.md explains them to
+ * those who read them with other tools.
+ */
+namespace Schema
+{
+/** The version that this program writes, kept in the file's user_version. */
+constexpr int Version = 3;
+/** Versions before have no zones, or other ones. */
+constexpr int ZonesSince = 3;
+/** Marks the file as an installation's database: "obrm" in the file's application_id. */
+constexpr int ApplicationId = 0x6f62726d;
+
+/** Identifiers per zone, as a power of two, from the finest level. */
+constexpr int ZoneShifts[] = {8, 14, 20};
+constexpr int ZoneLevels = int(sizeof ZoneShifts / sizeof ZoneShifts[0]);
+
+/**
+ * Makes the tables in an empty file and brings those of an older version up to
+ * date, in one transaction. Throws Sqlite::Error for a newer version, for
+ * another program's database, for one with triggers or virtual tables that are
+ * not this program's, and when it cannot be written; the file is then as it was.
+ */
+void prepare(Sqlite::Connection &connection);
+
+/**
+ * Takes away the trigger that widens the zones, and puts it back: for many
+ * inserts in one transaction, which widen the zones beforehand. With the
+ * trigger SQLite has to be able to undo each row alone, which halves the speed.
+ * Other programs never see the table without it.
+ */
+void unwatchInserts(Sqlite::Connection &connection, const std::string &table);
+void watchInserts(Sqlite::Connection &connection, const std::string &table);
+
+/** Makes the tables as `version` had them, in a file without tables: what prepare has to cope with. */
+void createOlder(Sqlite::Connection &connection, int version);
+} // namespace Schema

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include "schema.h"
+#include "seriestable.h"
+#include "sqlite.h"
+
+#include <climits>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/** Which rows of a table are wanted, and from which end. All ranges include both ends. */
+struct Selection {
+    int count = 0;      ///< most rows wanted
+    bool first = false; ///< the oldest ones, else the newest
+    std::int64_t idLow = INT_MIN;
+    std::int64_t idHigh = INT_MAX;
+    bool anyTime = true;
+    std::int64_t timeLow = INT_MIN;
+    std::int64_t timeHigh = INT_MAX;
+    SeriesFilter series;
+};
+
+/** One row; `params` is valid while it is being handed over. */
+struct Row {
+    int id;
+    int series;
+    std::int64_t time;
+    std::string_view params;
+};
+
+/**
+ * Finds the rows of a selection in one table without reading those that are
+ * not wanted, as far as an index or the zones can tell.
+ *
+ * Identifiers grow with arrival, so "oldest" and "newest" are the order of
+ * identifiers. Without a filter the rows are read in that order from the
+ * wanted end. A series filter merges the index entries of its series. A time
+ * range is first narrowed to runs of identifiers whose zones overlap it.
+ */
+class Selector
+{
+public:
+    using Sink = std::function<void(const Row &)>;
+
+    /** `table` is "event" or "command"; `series` mirrors its series. */
+    Selector(Sqlite::Connection &connection, const std::string &table, const SeriesTable &series);
+    Selector(const Selector &) = delete;
+    Selector &operator=(const Selector &) = delete;
+
+    /**
+     * Hands the selected rows over, from the wanted end on. To be called inside a
+     * read transaction, with the series refreshed. Throws Sqlite::Error.
+     */
+    void select(const Selection &selection, const Sink &sink);
+
+    /** The statements that select uses, for whoever looks at their plans. */
+    std::vector<std::string> statements() const;
+
+private:
+    struct Run {
+        std::int64_t low;
+        std::int64_t high;
+        bool certain; ///< all its rows are in the time range
+    };
+    class Work;
+    friend class Work;
+
+    struct Directed {
+        Sqlite::Statement rows;
+        Sqlite::Statement idsOfSeries;
+        std::vector<Sqlite::Statement> zones; ///< one a level: they run inside each other
+    };
+    static Directed directed(Sqlite::Connection &connection, const std::string &table, const char *order);
+    static Sqlite::Connection &withFunction(Sqlite::Connection &connection, const std::string &table, Selector &owner);
+
+    std::string m_path;
+    Work *m_current = nullptr; ///< the selection whose rows are being read
+    const SeriesTable &m_seriesTable;
+    Directed m_ascending;
+    Directed m_descending;
+    Sqlite::Statement m_rowById;
+    Sqlite::Statement m_timeInZone;
+};

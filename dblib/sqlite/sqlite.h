@@ -1,0 +1,203 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+/**
+ * @file
+ * SQLite's C interface with owners: a connection and a prepared statement that
+ * release themselves, and an error that names the file and the reason.
+ */
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <list>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_context;
+struct sqlite3_stmt;
+struct sqlite3_value;
+
+namespace Sqlite
+{
+/** What went wrong with which file, ready to be shown: "PATH: REASON". */
+class Error : public std::runtime_error
+{
+public:
+    Error(const std::string &path, const std::string &reason)
+        : std::runtime_error(path + ": " + reason)
+    {
+    }
+};
+
+/** How much a confirmed transaction withstands. */
+enum class Durability {
+    PowerLoss, ///< it is on the disk
+    Crash      ///< it is with the operating system: a dead process loses nothing, a power cut the last ones
+};
+
+/** What a statement passes to a function of the program; texts are valid during the call. */
+class Arguments
+{
+public:
+    explicit Arguments(sqlite3_value **passed)
+        : m_values(passed)
+    {
+    }
+    std::int64_t number(int index) const;
+    /** The bytes of a text as they are; empty for NULL. */
+    std::string_view bytes(int index) const;
+
+private:
+    sqlite3_value **m_values;
+};
+
+class Statement;
+
+/**
+ * One connection to a database file in write-ahead mode. Not for two threads
+ * at a time. The file is made when it is missing, its folder is not.
+ */
+class Connection
+{
+public:
+    /** Opens or makes `path`. Throws Error. */
+    Connection(const std::string &path, Durability durability, int busyMilliseconds);
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+    ~Connection();
+
+    const std::string &path() const
+    {
+        return m_file;
+    }
+    sqlite3 *handle() const
+    {
+        return m_db.get();
+    }
+    /** Runs statements without results. Throws Error. */
+    void run(const char *sql);
+    /** Runs a statement for the integer in its first row and column; 0 without a row. */
+    std::int64_t number(const char *sql);
+    /**
+     * Makes a function known to this connection's statements: a row that a
+     * statement hands to it costs half of what asking the statement for each
+     * column does. What it throws, the statement's step throws.
+     */
+    void define(const std::string &name, int arguments, std::function<void(const Arguments &)> function);
+    /** Identifier of the row inserted last. */
+    std::int64_t lastIdentifier() const;
+    /** Rows that the last statement changed. */
+    int changes() const;
+    /** True when nothing can be written, because of the file's rights or its medium. */
+    bool readOnly() const;
+    /** Undoes the transaction that is open, if any; needs no memory as long as no table was made since. */
+    void rollBack() noexcept;
+    /** Tries again what rollBack had no memory for. */
+    void rollBackWhatWasLeft() noexcept;
+    /** Throws what SQLite's result `code` means for this file, or what a function has thrown. */
+    [[noreturn]] void fail(int code);
+
+private:
+    void open();
+    void configure(Durability durability, int busyMilliseconds);
+    void enterWriteAheadMode(int busyMilliseconds);
+
+    struct Closer {
+        void operator()(sqlite3 *handle) const;
+    };
+    struct Function {
+        Connection *owner;
+        std::function<void(const Arguments &)> body;
+        static void call(sqlite3_context *context, int count, sqlite3_value **values) noexcept;
+    };
+    std::string m_file;
+    std::list<Function> m_functions;
+    std::exception_ptr m_thrown; ///< by a function, on its way out of the statement
+    std::unique_ptr<sqlite3, Closer> m_db;
+    std::unique_ptr<Statement> m_undo;
+    bool m_leftOpen = false; ///< a transaction that could not be undone is still open
+};
+
+/** A prepared statement. Texts that it hands out are valid until the next step or reset. */
+class Statement
+{
+public:
+    Statement(Connection &connection, const std::string &sql);
+
+    /** Binds parameter `index` (from 1). Bound texts must live until the statement has run. */
+    Statement &bind(int index, std::int64_t value);
+    Statement &bind(int index, std::string_view text);
+    Statement &bindNull(int index);
+
+    /** True when there is a row. Throws Error, reset. */
+    bool step();
+    /** Runs to the end and resets. */
+    void run();
+    void reset();
+
+    std::int64_t number(int column) const;
+    bool isNull(int column) const;
+    /** Text of a column, cut at the first NUL; empty for NULL. */
+    std::string_view text(int column) const;
+    /** A column's bytes as they are. */
+    std::string_view bytes(int column) const;
+    std::string sql() const;
+    sqlite3_stmt *handle() const
+    {
+        return m_statement.get();
+    }
+
+private:
+    void check(int code);
+
+    struct Finalizer {
+        void operator()(sqlite3_stmt *statement) const;
+    };
+    Connection *m_owner;
+    std::unique_ptr<sqlite3_stmt, Finalizer> m_statement;
+};
+
+/** Resets a statement at the end of a scope, however that is left. */
+class Resetter
+{
+public:
+    explicit Resetter(Statement &used)
+        : m_statement(used)
+    {
+    }
+    Resetter(const Resetter &) = delete;
+    Resetter &operator=(const Resetter &) = delete;
+    ~Resetter()
+    {
+        m_statement.reset();
+    }
+
+private:
+    Statement &m_statement;
+};
+
+/** A transaction that is undone unless it was committed; one at a time. */
+class Transaction
+{
+public:
+    enum Kind {
+        Read, ///< one consistent view for several statements
+        Write ///< takes the writer's place at once, so that no later step fails on a lock
+    };
+    Transaction(Connection &connection, Kind kind);
+    Transaction(const Transaction &) = delete;
+    Transaction &operator=(const Transaction &) = delete;
+    ~Transaction();
+    /** Makes it last; when this throws, nothing of it has happened. */
+    void commit();
+
+private:
+    Connection &m_db;
+    bool m_open = true;
+};
+} // namespace Sqlite

@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include "listviewitem.h"
+#include "rowsequence.h"
+
+#include <QAbstractTableModel>
+#include <memory>
+#include <vector>
+
+/** The rows of a ListView in their order, which they keep as they come and go. Owns the rows. */
+class ListModel : public QAbstractTableModel
+{
+    Q_OBJECT
+public:
+    /** How a column is sorted: by text(), code point by code point, or by number(). */
+    enum class SortKey { Text, Number };
+
+    using Rows = std::vector<std::unique_ptr<QListViewItem>>;
+
+    explicit ListModel(QObject *parent = nullptr);
+    ~ListModel() override;
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    /** Sorts by a column and keeps rows that come later in that order. Rows of equal keys stand as they arrived. */
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+    /** Adds a column at the right and returns its number. */
+    int addColumn(const QString &label);
+    void setLabel(int column, const QString &label);
+    QString label(int column) const;
+    void setSortKey(int column, SortKey key);
+    int sortColumn() const;
+    Qt::SortOrder sortOrder() const;
+
+    /** Takes over rows (none of them null), each put at its place in the order. */
+    void insert(Rows &&rows);
+    /** Deletes a row of this model. */
+    void remove(QListViewItem *item);
+    /** Deletes all rows. */
+    void clear();
+
+    /** The row at a place; null outside. */
+    QListViewItem *item(int row) const;
+    /** The place of a living row; -1 when it is null or not in this model. */
+    int rowOf(const QListViewItem *item) const;
+
+private:
+    struct Column {
+        QString label;
+        SortKey key = SortKey::Text;
+    };
+
+    bool sortsByNumber() const;
+    /** Whether row a stands before row b. */
+    bool less(const QListViewItem *a, const QListViewItem *b) const;
+    void sortRows(std::vector<QListViewItem *> &rows) const;
+    /** Puts rows, which are in order already, in at their places; `inserted` counts them. */
+    void merge(const std::vector<QListViewItem *> &rows, std::size_t &inserted);
+    void insertRun(int row, const std::vector<QListViewItem *> &rows);
+
+    std::vector<Column> m_columns;
+    RowSequence m_rows;
+    int m_sortColumn = 0;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
+    quint64 m_arrivals = 0; ///< rows that came since the last clear()
+};

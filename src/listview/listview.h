@@ -1,0 +1,209 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include "columnwidths.h"
+#include "listmodel.h"
+#include "listviewitem.h"
+
+#include <QBasicTimer>
+#include <QElapsedTimer>
+#include <QTreeView>
+#include <memory>
+#include <vector>
+
+/**
+ * A flat list of rows in columns, made for millions of rows.
+ *
+ * Rows stand sorted, by column 0 ascending unless told otherwise, and keep
+ * that order as they come. One row at most is selected. To the outside it is
+ * a tree view; but since all rows are of one height and none has children,
+ * places are computed where a tree view keeps a record of every row.
+ */
+class ListView : public QTreeView
+{
+    Q_OBJECT
+public:
+    /**
+     * Manual columns change their width only by setColumnWidth() or by hand.
+     * Maximum columns start at their heading's width, grow to their widest
+     * text as rows come, and never shrink by themselves.
+     */
+    enum WidthMode { Manual, Maximum };
+    Q_ENUM(WidthMode)
+    /** Whether a resize of the list leaves the columns alone or scales them to fill it. */
+    enum ResizeMode { NoColumn, AllColumns };
+    Q_ENUM(ResizeMode)
+    using SortKey = ListModel::SortKey;
+    using Rows = ListModel::Rows;
+
+    explicit ListView(QWidget *parent = nullptr);
+    ~ListView() override;
+
+    /** Adds a column at the right and returns its number. Without a width (a negative one) its mode is Maximum. */
+    int addColumn(const QString &label, int width = -1);
+    void setColumnText(int column, const QString &label);
+    QString columnText(int column) const;
+    int columns() const;
+    /** Sets a width in pixels, in either mode; less than 2 counts as 2. */
+    void setColumnWidth(int column, int width);
+    void setColumnWidthMode(int column, WidthMode mode);
+    WidthMode columnWidthMode(int column) const;
+    void setResizeMode(ResizeMode mode);
+    ResizeMode resizeMode() const;
+
+    /** What a column is sorted by; Text unless set. */
+    void setColumnSortKey(int column, SortKey key);
+    /** Sorts by a column now and from now on; rows of equal keys stand as they arrived. */
+    void setSorting(int column, bool ascending = true);
+    /** Sorts again in the order set: only needed when the keys themselves changed. */
+    void sort();
+
+    /** Tells that texts of rows read differently from now on: counts the widths anew and paints the rows. */
+    void textsChanged();
+
+    /** Deletes all rows. */
+    void clear();
+    /** Takes over a row, puts it at its place and returns it; null is ignored. */
+    QListViewItem *insertItem(std::unique_ptr<QListViewItem> item);
+    /** Takes over rows, each put at its place: cheaper than one by one. */
+    void insertItems(Rows &&items);
+    /** Deletes a row of this list; null is ignored. */
+    void removeItem(QListViewItem *item);
+    int childCount() const;
+    /** The row at a place in the order shown; null outside. */
+    QListViewItem *itemAt(int row) const;
+    /** The first row shown, or null. */
+    QListViewItem *firstChild() const;
+    /** The row with the keyboard's focus, or null. */
+    QListViewItem *currentItem() const;
+
+    /** The widest QListViewItem::width() of a column over all rows, in the list's font; 0 without rows. */
+    int maximumTextWidth(int column) const;
+    /** Pixels that the style keeps free at each side of a text. */
+    int textMargin() const;
+
+    QRect visualRect(const QModelIndex &index) const override;
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
+    QModelIndex indexAt(const QPoint &point) const override;
+    QModelIndex indexAbove(const QModelIndex &index) const;
+    QModelIndex indexBelow(const QModelIndex &index) const;
+    /**
+     * Goes on to the next row that begins, in the current column, with what was
+     * typed. Many rows are looked through by and by from the event loop; what
+     * the user does in the meantime ends that, but typing on goes on with it.
+     */
+    void keyboardSearch(const QString &search) override;
+    /** Whether rows are still being looked through for what was typed. */
+    bool isSearching() const;
+    void reset() override;
+    void doItemsLayout() override;
+    void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                     const QVector<int> &roles = QVector<int>()) override;
+
+signals:
+    /**
+     * The right button was released at a global position, over a row and
+     * column, or over nothing (null, -1). The menu key gives the same for the
+     * current row.
+     */
+    void rightButtonClicked(QListViewItem *item, const QPoint &position, int column);
+    /** A row is about to be deleted. */
+    void itemRemoved(QListViewItem *item);
+    /** All rows are about to be deleted. */
+    void cleared();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void timerEvent(QTimerEvent *event) override;
+
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    int verticalOffset() const override;
+    void setSelection(const QRect &rect, QItemSelectionModel::SelectionFlags command) override;
+    QRegion visualRegionForSelection(const QItemSelection &selection) const override;
+    int sizeHintForColumn(int column) const override;
+
+protected slots:
+    void rowsInserted(const QModelIndex &parent, int first, int last) override;
+    void rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last) override;
+    void updateGeometries() override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
+    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+
+private:
+    /** The widths of all rows' texts, counted anew if what was known no longer holds. */
+    ColumnWidths &widths() const;
+    /** Counts rows that are about to come in; `widest` becomes the width of their widest text in each column. */
+    void measure(const Rows &items, std::vector<int> &widest);
+    /** Widens Maximum columns to texts of these widths. */
+    void growColumns(const std::vector<int> &textWidths);
+    void scaleColumns();
+    void emitForCurrentRow();
+    /** Shows in the heading what the rows are sorted by. */
+    void markSorting();
+
+    /** Brings the scroll bars up to date with the rows. */
+    void settle() const;
+    void updateScrollBars();
+    void setScrollRanges(const QSize &room);
+    void keepPlace();
+
+    int lineHeight() const;
+    /** Rows that are wholly seen at once, at least one. */
+    int rowsPerPage() const;
+    /** Scroll bar steps from one row to the next. */
+    int stepsPerRow() const;
+    /** The row at the upper edge, as it was when the rows were last laid out. */
+    int topRow() const;
+    /** The row at a height of the viewport; may lie outside the rows. */
+    int rowAtHeight(int y) const;
+    /** Where the rows from first to last stand, in all columns, on the viewport. */
+    QRect rowsRect(int first, int last) const;
+    void updateRow(const QModelIndex &index);
+    bool startsWith(int row, int column, const QString &start) const;
+    /** Looks through the next rows for what was typed; the event loop calls for more. */
+    void searchOn();
+    void endSearch();
+    QStyleOptionViewItem rowOption() const;
+    void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
+
+    ListModel *m_model;
+    mutable std::unique_ptr<ColumnWidths> m_widths; ///< null when unknown
+    mutable QFont m_measuredFont;                   ///< of m_widths
+    std::vector<WidthMode> m_modes;
+    std::vector<double> m_shares; ///< unrounded widths of the last scaling
+    ResizeMode m_resizeMode = NoColumn;
+    mutable int m_lineHeight = 0; ///< 0 when unknown
+    int m_mouseHeight = -1;       ///< where the mouse hovers over the rows; -1 when it does not
+    bool m_updating = false;      ///< the scroll bars are being set
+    bool m_shown = false;         ///< rows have been painted since the last reset
+    int m_moved = 0;              ///< rows by which the top row moved since the rows were laid out
+    bool m_toEnd = false;         ///< rows came below the end, which was in sight
+    bool m_menuKeyDown = false;   ///< the menu key's press was answered already
+
+    /** What rows are looked through for. */
+    struct Search {
+        QString start;   ///< of the row's text
+        int column = 0;  ///< that the text stands in
+        int row = 0;     ///< to look at next
+        int rows = 0;    ///< still to look at
+        int matches = 0; ///< until the one that was asked for
+    };
+    QString m_typed;             ///< to find a row
+    QElapsedTimer m_typingClock; ///< since the last key of m_typed
+    Search m_search;
+    QBasicTimer m_searchTimer; ///< runs while rows are looked through
+};

@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include <QLatin1String>
+#include <QString>
+#include <QtGlobal>
+
+class ListView;
+class QFontMetrics;
+
+/**
+ * One row of a ListView.
+ *
+ * A row holds a compact record and makes its texts when they are asked for.
+ * From its insertion on it belongs to the list, and until it leaves it its
+ * numbers may not change, nor its texts without ListView::textsChanged().
+ */
+class QListViewItem
+{
+public:
+    /**
+     * What is known of a text without making it.
+     *
+     * In one column, texts of the same non-zero id are equal, or, with
+     * digitsVary, equal once every digit is replaced by 0. Id 0 says nothing.
+     */
+    struct TextClass {
+        quint64 id = 0;
+        bool digitsVary = false;
+    };
+
+    QListViewItem() = default;
+    QListViewItem(const QListViewItem &) = delete;
+    QListViewItem &operator=(const QListViewItem &) = delete;
+    virtual ~QListViewItem();
+
+    /** The text of a column; empty for a column that the row does not fill. */
+    virtual QString text(int column) const = 0;
+
+    /** What a column sorted by numbers or times goes by; by default the number that the text reads as, else 0. */
+    virtual qint64 number(int column) const;
+
+    /**
+     * The text of a column as the row keeps it, valid as long as the row:
+     * spares the making of a text where rows are sorted and measured. Null,
+     * the default, when the row keeps no such text; else equal to text().
+     */
+    virtual QLatin1String latin1(int column) const;
+
+    /** The class of a column's text, so that it is measured once for many rows; by default none. */
+    virtual TextClass textClass(int column) const;
+
+    /** Pixels that the column needs to show this row's text whole in a font of these metrics. */
+    int width(const QFontMetrics &metrics, const ListView *list, int column) const;
+
+private:
+    friend class ListModel;
+    quint64 m_arrival = 0; ///< how many rows its list had taken before it
+};

@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QFont>
+#include <QHoverEvent>
+#include <clocale>
+#include <langinfo.h>
+
+/**
+ * @file
+ * Interfaces that changed from Qt 5 to Qt 6, for the few places that need them:
+ * nothing else in the sources asks for the version.
+ */
+namespace Toolkit
+{
+/** Sharp texts and pictures on screens of many dots; set before the application is made. */
+inline void useHighDpi()
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
+}
+
+/**
+ * Gives texts that come as bytes the coding that Qt 6 wants, whatever the desktop's language: it would
+ * do the same and say so on standard error. Called before the application is made.
+ */
+inline void useUtf8()
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    const char *found = std::setlocale(LC_CTYPE, "");
+    if (found && qstricmp(nl_langinfo(CODESET), "UTF-8") == 0)
+        return;
+    QByteArray name = QByteArray(found ? found : "C");
+    name = name.left(name.indexOf('.') < 0 ? name.size() : name.indexOf('.')) + ".UTF-8";
+    if (!std::setlocale(LC_CTYPE, name.constData()))
+        name = "C.UTF-8";
+    // Only the coding changes: what one variable said for all is said for each of the others.
+    const QByteArray all = qgetenv("LC_ALL");
+    if (!all.isEmpty()) {
+        for (const char *part : {"LC_NUMERIC", "LC_TIME", "LC_COLLATE", "LC_MONETARY", "LC_MESSAGES", "LC_MEASUREMENT"})
+            qputenv(part, all);
+        qunsetenv("LC_ALL");
+    }
+    qputenv("LC_CTYPE", name);
+#endif
+}
+
+/** Where the mouse is, from the widget's upper left corner. */
+inline QPoint placeOf(const QHoverEvent &event)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    return event.pos();
+#else
+    return event.position().toPoint();
+#endif
+}
+
+/** Whether features of the font are switched on or off by name. */
+inline bool hasFeatures(const QFont &font)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 7, 0)
+    return static_cast<void>(font), false;
+#else
+    return !font.featureTags().isEmpty();
+#endif
+}
+
+/** Reaches what views keep for the classes derived from them. */
+class ViewOptions : private QAbstractItemView
+{
+public:
+    /** How a view draws its items, before any item has its say. */
+    static QStyleOptionViewItem of(const QAbstractItemView &view)
+    {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+        return (view.*&ViewOptions::viewOptions)();
+#else
+        QStyleOptionViewItem option;
+        (view.*&ViewOptions::initViewItemOption)(&option);
+        return option;
+#endif
+    }
+};
+} // namespace Toolkit

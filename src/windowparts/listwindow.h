@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+#include "accelerators.h"
+#include "listmenus.h"
+#include "loadguard.h"
+
+#include <QMenuBar>
+#include <QPointer>
+#include <new>
+
+/**
+ * Creates a list window under `parent` and shows it.
+ *
+ * Its first load may wait in a box in which `parent` dies, and the window with
+ * it: the result is then NULL, and a caller that is the parent must not touch
+ * itself.
+ */
+template <class Window, class... Arguments> Window *openListWindow(QWidget *parent, Arguments... arguments)
+{
+    const QPointer<QObject> alive(parent);
+    auto *window = new Window(parent, arguments...);
+    if (!alive)
+        return nullptr;
+    window->show();
+    return window;
+}
+
+/**
+ * What all list windows do alike on top of their form: they load, they have a
+ * menu bar, and they delete themselves when they are closed.
+ *
+ * Message boxes and menus run event loops of their own, in which timers tick
+ * and the window may be closed: after each, nothing of the window is touched
+ * unless it is still there. While a load of the window waits in such a loop,
+ * every other load of it does nothing.
+ */
+template <class Form> class ListWindow : public Form
+{
+public:
+    /** Closing ends the window: it deletes itself. */
+    void reject() override
+    {
+        // A box of the first load can close the window before its creator has it.
+        if (!m_constructed) {
+            m_rejected = true;
+            return;
+        }
+        this->hide();
+        closing();
+        this->deleteLater();
+    }
+
+protected:
+    ListWindow(QWidget *parent, const char *name)
+        : Form(parent, name, false, Qt::WindowFlags())
+    {
+        keepAccelerators();
+    }
+
+    virtual ListView *list() = 0;
+
+    /** The window is about to delete itself: what could still happen to it must not. */
+    virtual void closing() {}
+
+    /** From here on the window can be closed. */
+    void finishConstruction()
+    {
+        m_constructed = true;
+        if (m_rejected)
+            reject();
+    }
+
+    bool loading() const
+    {
+        return m_loading;
+    }
+
+    /**
+     * Runs `work`, which loads the list, unless another load is waiting. It
+     * gets a pointer that tells whether the window is still there, to be asked
+     * after whatever may have shown a box.
+     */
+    template <class Work> void load(Work work)
+    {
+        if (m_loading)
+            return;
+        try {
+            const QPointer<QObject> self(this);
+            const LoadGuard guard(this, list(), m_loading);
+            loadInto(self, work);
+        } catch (const std::bad_alloc &) {
+            tellShortMemory(this);
+        }
+    }
+
+    QMenuBar *addMenuBar()
+    {
+        m_menuBar = createMenuBar(this);
+        return m_menuBar;
+    }
+
+    void resizeEvent(QResizeEvent *event) override
+    {
+        Form::resizeEvent(event);
+        if (m_menuBar)
+            layMenuBar(m_menuBar);
+    }
+
+private:
+    template <class Work> void loadInto(const QPointer<QObject> &self, Work work)
+    {
+        try {
+            work(self);
+        } catch (const std::bad_alloc &) {
+            // Still within the load: no other one may open a second box.
+            if (self)
+                tellShortMemory(this);
+        }
+    }
+
+    QMenuBar *m_menuBar = nullptr;
+    bool m_loading = false;
+    bool m_constructed = false;
+    bool m_rejected = false; ///< closed while it was built
+};

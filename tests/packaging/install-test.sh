@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The obrim developers
+# SPDX-License-Identifier: GPL-2.0-or-later
+#
+# install-test.sh CMAKE BUILD-FOLDER BINDIR DATADIR LIBDIR: installs into a folder of its own, as a
+# package's build does, looks at what is there, and sets up an installation with it.
+set -euo pipefail
+
+cmake=$1
+build=$2
+bin=$3
+data=$4
+lib=$5
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
+
+fail() {
+    printf 'install-test: %s\n' "$*" >&2
+    exit 1
+}
+
+DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
+
+for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" "$data/icons/hicolor/scalable/apps/obrim.svg" \
+    "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
+    [[ -s $stage$file ]] || fail "$file is not installed"
+done
+
+desktop-file-validate "$stage$data/applications/obrim.desktop" || fail "the desktop entry is not valid"
+
+# What the desktop starts and shows is what was installed.
+field() { sed -n "s/^$1=//p" "$stage$data/applications/obrim.desktop"; }
+[[ -x $stage$bin/$(field Exec) ]] || fail "the desktop entry starts $(field Exec), which is not installed"
+[[ -s $stage$data/icons/hicolor/scalable/apps/$(field Icon).svg ]] || fail "there is no icon $(field Icon)"
+
+# Software centres find the desktop entry by the name that the description gives.
+launched=$(sed -n 's:.*<launchable type="desktop-id">\(.*\)</launchable>.*:\1:p' "$stage$data/metainfo/obrim.metainfo.xml")
+[[ -n $launched && -s $stage$data/applications/$launched ]] || fail "the description for software centres starts '$launched'"
+
+width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
+[[ $width == *'48 x 48'* ]] || fail "the icon of 48 pixels is: $width"
+
+# What is installed must not look for libraries in the build folder.
+for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a"; do
+    readelf -d "$stage$file" >"$stage/dynamic"
+    ! grep -qE 'RPATH|RUNPATH' "$stage/dynamic" || fail "$file carries the build's library path"
+done
+
+XDG_RUNTIME_DIR="$stage" "$stage$bin/obrim" --version >"$stage/version"
+grep -q '^obrim [0-9]' "$stage/version" || fail "the installed program does not tell its version"
+
+# A new installation on what was installed, as docs/sqlite.md tells an operator to set it up.
+plant=$stage/plant
+mkdir -p "$plant/bin" "$plant/Libs" "$plant/Config" "$plant/Pics"
+touch "$plant/Pics/Red.bmp"
+ln -s "$stage$lib/obrim/DBLib.a" "$plant/Libs/DBLib.a"
+"$stage$bin/sensor-sim" --config "$plant/Config" --sensors 6 --fill 500 >"$stage/sim" ||
+    fail "the installed simulator does not fill the installation: $(cat "$stage/sim")"
+"$stage$bin/dblib-check" --only file --only load --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
+    fail "the installed checker does not like the installed library: $(cat "$stage/check")"
