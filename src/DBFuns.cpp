@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "DBFuns.h"
 
-#include "Config.h"
 #include "DBFunsDebug.h"
 #include "LoadDLL.h"
 #include "data.h"
 #include "foreigncall.h"
+#include "installation.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <string>
 #include <unistd.h>
 
 namespace
@@ -232,10 +233,9 @@ void findBaseDirectory()
     const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
     if (directory) {
         CurWD = QFile::decodeName(directory.get());
-        for (const char *up : {"/..", "/../..", "/../../.."}) {
-            BaseWD = CurWD + QLatin1String(up);
-            if (FileExists(QFile::encodeName(BaseWD + QLatin1String("/Pics/Red.bmp")).constData()))
-                return;
+        if (const std::optional<std::string> base = baseDirectoryAbove(directory.get())) {
+            BaseWD = QFile::decodeName(base->c_str());
+            return;
         }
     } else {
         std::perror("The working directory cannot be read");
@@ -254,11 +254,7 @@ void setInformationBox(InformationBox show)
 
 int FileExists(const char *path)
 {
-    FILE *file = openRegularFile(path);
-    if (!file)
-        return 0;
-    std::fclose(file);
-    return 1;
+    return isReadableFile(path) ? 1 : 0;
 }
 
 int InitData()

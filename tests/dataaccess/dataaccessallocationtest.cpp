@@ -220,5 +220,5 @@ TEST_F(DataAccess, LoadingTheLibrarySaysThatMemoryIsShort)
         EXPECT_EQ(told, failed ? "LoadDLL threw an exception: std::bad_alloc\n" : "");
         failures += failed ? 1 : 0;
     }
-    EXPECT_EQ(failures, 10); // the symbols do not fit a small string
+    EXPECT_GE(failures, 10); // the symbols, at least, do not fit a small string
 }

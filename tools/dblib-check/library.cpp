@@ -2,31 +2,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "library.h"
 
-#include "Config.h"
 #include "outcome.h"
 
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <stdexcept>
-
-static_assert(MaxDefLines == 40 && ConfigLineSize == 512, "NameMap holds as much as the reader stores");
-
-NameMap::NameMap(const std::string &config)
-{
-    std::FILE *file = openRegularFile((config + "/Funs.def").c_str());
-    if (file) {
-        m_exists = true;
-        GetDefs(file, m_lines, m_count);
-        std::fclose(file);
-    }
-}
-
-std::string NameMap::configured(const char *key) const
-{
-    std::string value;
-    findConfigValue(m_lines, m_count, key, value);
-    return value;
-}
 
 Library::Library(const std::string &path, const std::string &config)
 {
@@ -48,9 +28,8 @@ void Library::resolve(const NameMap &map)
     void *c[DBFunctionCount] = {};
     for (int i = 0; i < DBFunctionCount; ++i) {
         const DBSymbol &symbol = DBSymbols[i];
-        const std::string configured = map.configured(symbol.key);
-        const std::string cxxName = configured.empty() ? symbol.cxx : configured;
-        const std::string cName = configured.empty() ? symbol.key : configured;
+        const std::string cxxName = map.name(symbol.key, symbol.cxx);
+        const std::string cName = map.name(symbol.key, symbol.key);
         cxx[i] = dlsym(m_handle, cxxName.c_str());
         if (!cxx[i] && m_missingCxx.empty())
             m_missingCxx = cxxName;

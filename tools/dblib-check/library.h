@@ -4,36 +4,9 @@
 
 #include "Messages.h"
 #include "dbsymbols.h"
+#include "namemap.h"
 
 #include <string>
-
-/** The lines of a function-name map. */
-class NameMap
-{
-public:
-    /** Reads CONFIG/Funs.def; without that file there are no lines. */
-    explicit NameMap(const std::string &config);
-
-    /** The name under which a function is looked up, in both passes; empty for the default. */
-    std::string configured(const char *key) const;
-    bool exists() const
-    {
-        return m_exists;
-    }
-    int count() const
-    {
-        return m_count;
-    }
-    const char *line(int i) const
-    {
-        return m_lines[i];
-    }
-
-private:
-    bool m_exists = false;
-    int m_count = 0;
-    char m_lines[40][512] = {};
-};
 
 /** What the console finds in a library. */
 enum class SymbolPass { Cxx, C, Neither };
