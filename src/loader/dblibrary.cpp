@@ -15,6 +15,11 @@ namespace
 /** Loads the library; NULL, and the reason told, when that fails. A library for another machine is named as such. */
 void *open(const std::string &path, LoaderWords &words)
 {
+    const std::string cutOff = cutOffFault(path.c_str());
+    if (!cutOff.empty()) {
+        words.reason(cutOff + "\n");
+        return nullptr;
+    }
     void *handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_GLOBAL);
     if (!handle) {
         const std::string reason = dlerror();

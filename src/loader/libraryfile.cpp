@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <elf.h>
 #include <fcntl.h>
@@ -46,35 +47,85 @@ std::string headerFault(const unsigned char *header)
     return {};
 }
 
-std::string fault(int file)
+std::string notListed(ElfW(Off) at, off_t size)
+{
+    return "is cut off: its segments are listed at byte " + std::to_string(at) + ", the file has " +
+           std::to_string(size) + " bytes";
+}
+
+/** What is missing of the segments that the system's loader would map; empty when nothing is. */
+std::string segmentFault(int file, off_t size)
+{
+    ElfW(Ehdr) header;
+    if (pread(file, &header, sizeof(header), 0) != ssize_t(sizeof(header)))
+        return "is cut off within its header";
+    if (header.e_phentsize != sizeof(ElfW(Phdr)))
+        return {}; // the system's loader refuses it
+    for (unsigned i = 0; i < header.e_phnum; ++i) {
+        ElfW(Phdr) segment;
+        const off_t at = off_t(header.e_phoff + i * sizeof(segment));
+        if (pread(file, &segment, sizeof(segment), at) != ssize_t(sizeof(segment)))
+            return notListed(header.e_phoff, size);
+        // A segment without bytes of the file's is made of zeros.
+        const std::uint64_t bytes = segment.p_type == PT_LOAD ? segment.p_filesz : 0;
+        if (bytes > 0 && (bytes > std::uint64_t(size) || segment.p_offset > size - bytes)) {
+            return "is cut off: a segment has " + std::to_string(bytes) + " bytes at byte " +
+                   std::to_string(segment.p_offset) + ", the file has " + std::to_string(size) + " bytes";
+        }
+    }
+    return {};
+}
+
+/** What is wrong with a file: as a library for this program at all, and whether all of it is there. */
+struct Faults {
+    std::string kind;
+    std::string cutOff;
+};
+
+Faults faultsOf(int file)
 {
     struct stat status;
     if (fstat(file, &status) != 0)
-        return std::strerror(errno);
+        return {std::strerror(errno), {}};
     if (!S_ISREG(status.st_mode))
-        return "is not a regular file";
+        return {"is not a regular file", {}};
     unsigned char header[sizeof(Elf32_Ehdr)] = {};
     const ssize_t got = pread(file, header, sizeof(header), 0);
     if (got < 0)
-        return std::strerror(errno);
+        return {std::strerror(errno), {}};
     if (std::memcmp(header, "!<arch>\n", 8) == 0)
-        return "is a static archive, not a shared library";
+        return {"is a static archive, not a shared library", {}};
     if (std::size_t(got) < sizeof(header) || std::memcmp(header, ELFMAG, SELFMAG) != 0)
-        return "is not an ELF file";
-    return headerFault(header);
+        return {"is not an ELF file", {}};
+    const std::string kind = headerFault(header);
+    return {kind, kind.empty() ? segmentFault(file, status.st_size) : std::string()};
+}
+
+Faults faultsOf(const char *path)
+{
+    const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (file < 0)
+        return {std::strerror(errno), {}};
+    const Faults faults = faultsOf(file);
+    close(file);
+    return faults;
+}
+
+std::string withPath(const char *path, const std::string &reason)
+{
+    if (reason.empty())
+        return {};
+    return std::string(path) + (reason.rfind("is ", 0) == 0 ? " " : ": ") + reason;
 }
 } // namespace
 
 std::string libraryFileFault(const char *path)
 {
-    const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (file < 0) {
-        const std::string reason = std::strerror(errno);
-        return std::string(path) + ": " + reason;
-    }
-    const std::string reason = fault(file);
-    close(file);
-    if (reason.empty())
-        return {};
-    return std::string(path) + (reason.rfind("is ", 0) == 0 ? " " : ": ") + reason;
+    const Faults faults = faultsOf(path);
+    return withPath(path, faults.kind + faults.cutOff);
+}
+
+std::string cutOffFault(const char *path)
+{
+    return withPath(path, faultsOf(path).cutOff);
 }

@@ -50,6 +50,7 @@ private slots:
     void whatIsNoRegularFileCountsAsAbsent();
     void aFileThatIsNoLibraryIsNoErrorAndNamesTheReason();
     void aLibraryOfAnotherWordWidthIsToldSo();
+    void aLibraryThatIsCutOffIsNotTouchedAndNamesWhatIsMissing();
     void aLibraryThatLacksAFunctionIsToldSo();
     void aFunctionThatNobodyHasIsNotMissedBeforeItsCall();
     void symbolsOfTheLibraryAreSeenByAllThatIsLoadedLater();
@@ -145,6 +146,23 @@ void TestLoadDLL::aLibraryOfAnotherWordWidthIsToldSo()
                                  : path + " is a 64-bit library, this program is 32-bit\n";
     QVERIFY2(loaded.err.endsWith(told), loaded.err);
     QCOMPARE(loaded.err.count('\n'), 1);
+}
+
+void TestLoadDLL::aLibraryThatIsCutOffIsNotTouchedAndNamesWhatIsMissing()
+{
+    const QString file = m_folder.filePath("DBLib.a");
+    const QByteArray path = QFile::encodeName(file);
+    const QByteArray whole = read(libraryFolder("cxx") + "/DBLib.a");
+    // The system's loader takes the first of these and dies when it reads the symbols.
+    for (const int length : {4096, 8000, 12288}) {
+        write(file, whole.left(length));
+        const Loaded loaded = load(m_folder.path());
+        QCOMPARE(loaded.result, 0);
+        QCOMPARE(loaded.out, "Can't open library " + path + "\n");
+        QVERIFY2(loaded.err.startsWith(path + " is cut off: a segment has "), loaded.err);
+        QVERIFY2(loaded.err.endsWith(", the file has " + QByteArray::number(length) + " bytes\n"), loaded.err);
+        QCOMPARE(pointersSet(), None);
+    }
 }
 
 void TestLoadDLL::aLibraryThatLacksAFunctionIsToldSo()
