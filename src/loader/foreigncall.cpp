@@ -3,14 +3,56 @@
 #include "foreigncall.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <cxxabi.h>
+#include <dlfcn.h>
 #include <exception>
+#include <pthread.h>
+
+namespace
+{
+thread_local int foreignCalls = 0;
+
+/** Stands in for `pthread_exit`. Where no handler is reached, it is named as the reason why the program ends. */
+struct ThreadEnd : std::exception {
+    const char *what() const noexcept override
+    {
+        return "pthread_exit was called, which would have ended the program";
+    }
+};
+} // namespace
+
+/** The program's own, which a library finds before the C library's. */
+extern "C" __attribute__((visibility("default"))) void pthread_exit(void *result)
+{
+    if (foreignCalls > 0)
+        throw ThreadEnd();
+    reinterpret_cast<decltype(&pthread_exit)>(dlsym(RTLD_NEXT, "pthread_exit"))(result);
+    std::abort(); // GCOVR_EXCL_LINE: it does not return
+}
+
+ForeignCall::ForeignCall()
+{
+    ++foreignCalls;
+}
+
+ForeignCall::~ForeignCall()
+{
+    --foreignCalls;
+}
 
 void tellException(const char *function)
 {
     try {
         throw;
+    } catch (const ThreadEnd &) {
+        std::fprintf(stderr, "%s called pthread_exit\n", function);
     } catch (const std::exception &thrown) {
         std::fprintf(stderr, "%s threw an exception: %s\n", function, thrown.what());
+    } catch (abi::__forced_unwind &) {
+        // The thread was cancelled; the system ends the program when that is stopped, and says nothing of why.
+        std::fprintf(stderr, "%s cancelled the thread that called it: the program ends\n", function);
+        std::abort(); // GCOVR_EXCL_LINE: the counters are lost
     } catch (...) {
         std::fprintf(stderr, "%s threw an exception\n", function);
     }

@@ -8,13 +8,28 @@
 void tellException(const char *function);
 
 /**
+ * As long as one lives, `pthread_exit` called in this thread throws an
+ * exception instead: nothing can stop what it does otherwise, which is to end
+ * the thread and, when that is the first, the program's work with it.
+ */
+class ForeignCall
+{
+public:
+    ForeignCall();
+    ~ForeignCall();
+    ForeignCall(const ForeignCall &) = delete;
+    ForeignCall &operator=(const ForeignCall &) = delete;
+};
+
+/**
  * Runs `call` for the function named and returns its result; nothing when it
- * threw, which is told on standard error. An exception must not unwind
- * through the event loop, which has no place for it.
+ * threw or called `pthread_exit`, which is told on standard error. An exception
+ * must not unwind through the event loop, which has no place for it.
  */
 template <class Call> std::optional<int> attempt(const char *function, Call call)
 {
     try {
+        const ForeignCall guard;
         return call();
     } catch (...) {
         tellException(function);

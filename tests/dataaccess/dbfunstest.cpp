@@ -210,6 +210,7 @@ private slots:
         kinds();
     }
     void anExceptionOfTheSizeQueryIsAWrongAnswer();
+    void noFunctionEndsTheThreadThatCallsIt();
 
     void withoutALibraryOnlyTheCountComesIntoANullArray_data()
     {
@@ -667,6 +668,10 @@ void TestDBFuns::anExceptionEndsAtTheBoundary_data()
         QTest::addRow("release %s", kind)
             << "throws-release" << kind << function + " threw an exception: the store is gone\n";
         QTest::addRow("number %s", kind) << "throws-number" << kind << function + " threw an exception\n";
+        QTest::addRow("thread ended by fetch %s", kind)
+            << "ends-thread-fetch" << kind << function + " called pthread_exit\n";
+        QTest::addRow("thread ended by release %s", kind)
+            << "ends-thread-release" << kind << function + " called pthread_exit\n";
     }
 }
 
@@ -700,6 +705,27 @@ void TestDBFuns::anExceptionOfTheSizeQueryIsAWrongAnswer()
     QVERIFY(boxes[0].text.contains("return incorrect value"));
     QCOMPARE(fetch.output.err, "FDBGet" + kind.toLatin1() + " threw an exception: the store is gone\n");
     QCOMPARE(log(), "FDBGet" + kind.toLatin1() + " query\n");
+}
+
+void TestDBFuns::noFunctionEndsTheThreadThatCallsIt()
+{
+    use("ends-thread-query");
+    Fetch fetch("Events");
+    fetch.call();
+    QCOMPARE(fetch.result, -1);
+    QCOMPARE(fetch.output.err, QByteArray("FDBGetEvents called pthread_exit\n"));
+    captured([] { LoadDLL(libraryFolder("ends-thread-init")); });
+    QCOMPARE(captured([] { InitDBSensors("/"); }).err, QByteArray("FInitDBSensors called pthread_exit\n"));
+    use("ends-thread-put");
+    CMessageCommand command;
+    QCOMPARE(captured([&] { DBPutCommand(command); }).err, QByteArray("FDBPutCommand called pthread_exit\n"));
+    use("ends-thread-delete");
+    QCOMPARE(captured([] { DBDeleteEvent(1); }).err, QByteArray("FDBDeleteEvent called pthread_exit\n"));
+    use("c-ends-thread");
+    Fetch fromC("Events");
+    fromC.call();
+    QCOMPARE(fromC.result, -1);
+    QCOMPARE(fromC.output.err, QByteArray("FDBGetEvents called pthread_exit\n"));
 }
 
 void TestDBFuns::withoutALibraryOnlyTheCountComesIntoANullArray()

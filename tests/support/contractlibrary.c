@@ -5,6 +5,7 @@
  * declared by itself, memory from malloc. MISSING is the place of the function
  * that is left out.
  */
+#include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -180,6 +181,9 @@ int FDBGetEvents(int *n, struct Event **events, struct EventRequest *request)
         return 0;
     }
     logCall("FDBGetEvents", "fetch");
+#ifdef ENDS_THREAD
+    pthread_exit(NULL);
+#endif
     *events = calloc(Events, sizeof(struct Event));
     if (!*events)
         return 1;
