@@ -81,10 +81,10 @@ void createParameters(CMessageEventParam *&par, int count)
 void copyParameters(CMessageEventParam *&par, int &count, const CMessageEventParam *from, int fromCount)
 {
     const int wanted = from && fromCount > 0 ? fromCount : 0;
-    if (count != wanted || !par) {
+    if (count != fromCount || !par || wanted == 0) {
         releaseParameters(par, count);
         createParameters(par, wanted);
-        count = wanted;
+        count = fromCount;
     }
     for (int i = 0; i < wanted; ++i)
         par[i] = from[i];

@@ -24,7 +24,7 @@ void releaseParameters(CMessageEventParam *&par, int &count);
 void createParameters(CMessageEventParam *&par, int count);
 /**
  * Deep copy of a parameter array. The target's array is kept when both counts
- * agree. A count without an array counts as no parameters.
+ * agree. The count is taken over as it stands, also where there is no array.
  */
 void copyParameters(CMessageEventParam *&par, int &count, const CMessageEventParam *from, int fromCount);
 /** Calls AllocateStrings of each parameter; does nothing without an array. */

@@ -256,14 +256,22 @@ TEST(Records, CopyOfARecordWithoutParametersDropsTheTargets)
     EXPECT_EQ(command.ParNum, 0);
 }
 
-TEST(Records, ParNumWithoutParIsCopiedAsNoParameters)
+template <typename Record> void expectParNumAsInTheSource(const Record &full)
 {
-    CMessageEvent source;
-    source.ParNum = 5;
-    CMessageEvent event = makeEvent();
-    event = source;
-    EXPECT_EQ(event.par, nullptr);
-    EXPECT_EQ(event.ParNum, 0);
+    for (const int count : {5, full.ParNum, 0, -1, INT_MAX, INT_MIN}) {
+        Record source;
+        source.ParNum = count;
+        Record target = full;
+        target = source;
+        EXPECT_EQ(target.par, nullptr) << count;
+        EXPECT_EQ(target.ParNum, count);
+    }
+}
+
+TEST(Records, ParNumIsCopiedAsItStandsAlsoWithoutPar)
+{
+    expectParNumAsInTheSource(makeEvent());
+    expectParNumAsInTheSource(makeCommand());
 }
 
 TEST(Records, ParWithoutParNumIsCopiedAsNoParameters)
@@ -274,7 +282,7 @@ TEST(Records, ParWithoutParNumIsCopiedAsNoParameters)
         CMessageEvent event = makeEvent();
         event = source;
         EXPECT_EQ(event.par, nullptr);
-        EXPECT_EQ(event.ParNum, 0);
+        EXPECT_EQ(event.ParNum, count);
     }
 }
 
