@@ -37,7 +37,11 @@ struct CMessageEventParam {
      */
     void AllocateStrings();
 
-    /** The value as text; empty without a value, or when LVal is too short for the type. */
+    /**
+     * The value as text; empty without a value, or when a positive LVal is too
+     * short for the type. With an LVal of 0 or less the value is there whole,
+     * a text up to its NUL.
+     */
     QString toString() const;
     /** The same for a record that may be absent: "(null)" for NULL. */
     static QString toString(const CMessageEventParam *param);

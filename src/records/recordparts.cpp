@@ -11,17 +11,16 @@
 
 namespace
 {
-/** A record's text as a NUL-terminated one: the buffer itself where it is terminated, as nearly always. */
+/** A record's text as a NUL-terminated one: the buffer itself where it is terminated or has no length. */
 class TerminatedText
 {
 public:
     TerminatedText(const char *buffer, int length)
         : m_text(buffer)
     {
-        const std::size_t size = buffer && length > 0 ? std::size_t(length) : 0;
-        if (size > 0 && std::memchr(buffer, '\0', size))
+        if (!buffer || length <= 0 || std::memchr(buffer, '\0', std::size_t(length)))
             return;
-        const std::size_t copied = std::min(size, sizeof(m_copy) - 1);
+        const std::size_t copied = std::min(std::size_t(length), sizeof(m_copy) - 1);
         std::copy_n(buffer, copied, m_copy);
         m_copy[copied] = '\0';
         m_text = m_copy;
@@ -98,7 +97,6 @@ void allocateParameterStrings(CMessageEventParam *par, int count)
 
 bool matches(const char *mask, int maskLength, const char *text, int textLength)
 {
-    return !mask || maskLength <= 0 ||
-           WCompareNoCase(TerminatedText(mask, maskLength), TerminatedText(text, textLength)) != 0;
+    return !mask || WCompareNoCase(TerminatedText(mask, maskLength), TerminatedText(text, textLength)) != 0;
 }
 } // namespace RecordParts

@@ -32,7 +32,8 @@ void allocateParameterStrings(CMessageEventParam *par, int count);
 
 /**
  * Whether a request's mask selects a record's text: WCompareNoCase(mask, text).
- * Neither is read past its length. Without a mask, or with one of no bytes, everything is selected.
+ * Neither is read past its length; with a length of 0 or less it ends at its NUL. A NULL mask selects
+ * everything, a NULL text is empty.
  */
 bool matches(const char *mask, int maskLength, const char *text, int textLength);
 } // namespace RecordParts

@@ -8,20 +8,10 @@
 #include "Messages.h"
 
 #include <charconv>
-#include <cmath>
 #include <cstring>
 
 namespace
 {
-/** Reads a number from a value, whose bytes need not be aligned; false when there are too few. */
-template <typename Number> bool readNumber(const CMessageEventParam &param, Number &number)
-{
-    if (param.LVal < int(sizeof(Number)))
-        return false;
-    std::memcpy(&number, param.Val, sizeof(Number));
-    return true;
-}
-
 // Numbers are not written by the C library, whose decimal point is the
 // desktop's.
 void appendNumber(std::string &text, int number)
@@ -30,26 +20,23 @@ void appendNumber(std::string &text, int number)
     text.append(digits, std::to_chars(digits, digits + sizeof(digits), number).ptr);
 }
 
-/** As QString::asprintf writes a %lg. */
+/** As the C library writes a %lg in the C locale. */
 void appendNumber(std::string &text, double number)
 {
-    if (std::isnan(number)) {
-        text += "nan";
-        return;
-    }
     constexpr int significant = 6;
     char digits[32];
-    const double unsignedZero = number + 0.0;
-    const auto end =
-        std::to_chars(digits, digits + sizeof(digits), unsignedZero, std::chars_format::general, significant);
+    const auto end = std::to_chars(digits, digits + sizeof(digits), number, std::chars_format::general, significant);
     text.append(digits, end.ptr);
 }
 
+/** The value's bytes need not be aligned. A length that is stated must be enough. */
 template <typename Number> void appendNumberOf(std::string &text, const CMessageEventParam &param)
 {
-    Number number = 0;
-    if (readNumber(param, number))
-        appendNumber(text, number);
+    if (param.LVal > 0 && param.LVal < int(sizeof(Number)))
+        return;
+    Number number;
+    std::memcpy(&number, param.Val, sizeof(Number));
+    appendNumber(text, number);
 }
 
 void appendValue(std::string &text, const CMessageEventParam &param)
@@ -86,9 +73,9 @@ QString parameterText(const CMessageEventParam *par, int count)
 
 std::string_view recordBytes(const char *text, int length)
 {
-    if (!text || length <= 0)
+    if (!text)
         return {};
-    return {text, strnlen(text, std::size_t(length))};
+    return {text, length > 0 ? strnlen(text, std::size_t(length)) : std::strlen(text)};
 }
 
 QString recordText(const char *text, int length)

@@ -13,7 +13,8 @@ std::string_view recordBytes(const char *text, int length);
 
 /**
  * A record's text for showing: Latin-1, up to its NUL or to `length` bytes,
- * whichever comes first. Empty for NULL or a length of 0 or less.
+ * whichever comes first; up to its NUL alone when `length` is 0 or less.
+ * Empty for NULL.
  */
 QString recordText(const char *text, int length);
 

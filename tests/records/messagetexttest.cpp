@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <clocale>
+#include <cmath>
 #include <limits>
 
 class TestMessageText : public QObject
@@ -23,6 +24,8 @@ private slots:
     void textIsLatin1();
     void textWithoutANulIsShownUpToItsLength();
     void textEndsAtItsNul();
+    void textWithoutALengthEndsAtItsNul();
+    void numberWithoutALengthIsRead();
     void unknownTypeIsShownAsEmpty();
     void nullValueIsShownAsEmpty();
     void nullRecordIsShownAsNull();
@@ -33,11 +36,13 @@ private slots:
     void twoParametersAreJoinedByASemicolon();
     void parameterWithNullNameShowsNull();
     void parameterOfTypeFourShowsNameAndEqualsSignOnly();
+    void parameterFilledByHandIsShownWhole();
     void nameIsNotReadPastItsLength();
     void parNumWithoutParIsEmpty();
     void parWithoutParNumIsEmpty();
     void commandShowsItsParametersLikeAnEvent();
-    void recordTextOfNullOrNegativeLengthIsEmpty();
+    void recordTextOfNullIsEmpty();
+    void recordTextWithoutALengthEndsAtItsNul();
 };
 
 namespace
@@ -80,11 +85,12 @@ void TestMessageText::doubleIsShownInTheShortestForm_data()
     QTest::newRow("no trailing zeros") << 100000.0 << "100000";
     QTest::newRow("seven digits") << 1000000.0 << "1e+06";
     QTest::newRow("three exponent digits") << 1e-300 << "1e-300";
-    QTest::newRow("negative zero") << -0.0 << "0";
+    QTest::newRow("negative zero") << -0.0 << "-0";
     QTest::newRow("negative infinite") << -std::numeric_limits<double>::infinity() << "-inf";
     QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << "inf";
     QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << "nan";
-    QTest::newRow("negative and not a number") << -std::numeric_limits<double>::quiet_NaN() << "nan";
+    QTest::newRow("negative and not a number")
+        << std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0) << "-nan";
 }
 
 void TestMessageText::doubleIsShownInTheShortestForm()
@@ -134,6 +140,31 @@ void TestMessageText::textEndsAtItsNul()
     QCOMPARE(param.toString(), QString("abc"));
 }
 
+void TestMessageText::textWithoutALengthEndsAtItsNul()
+{
+    CMessageEventParam param;
+    setTextValue(param, "abc");
+    for (const int length : {0, -1, INT_MIN}) {
+        param.LVal = length;
+        QCOMPARE(param.toString(), QString("abc"));
+    }
+}
+
+void TestMessageText::numberWithoutALengthIsRead()
+{
+    CMessageEventParam param;
+    setValue(param, ParameterInteger, -17);
+    for (const int length : {0, -1, INT_MIN}) {
+        param.LVal = length;
+        QCOMPARE(param.toString(), QString("-17"));
+    }
+    setValue(param, ParameterDouble, 0.5);
+    for (const int length : {0, -1, INT_MIN}) {
+        param.LVal = length;
+        QCOMPARE(param.toString(), QString("0.5"));
+    }
+}
+
 void TestMessageText::unknownTypeIsShownAsEmpty()
 {
     CMessageEventParam param;
@@ -167,14 +198,11 @@ void TestMessageText::valueShorterThanItsTypeIsShownAsEmpty_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<int>("length");
-    for (const int length : {3, 1, 0, -1, INT_MIN}) {
+    for (const int length : {3, 1}) {
         QTest::addRow("integer of %d bytes", length) << int(ParameterInteger) << length;
         QTest::addRow("double of %d bytes", length) << int(ParameterDouble) << length;
     }
     QTest::addRow("double of 7 bytes") << int(ParameterDouble) << 7;
-    QTest::addRow("text of 0 bytes") << int(ParameterText) << 0;
-    QTest::addRow("text of -1 bytes") << int(ParameterText) << -1;
-    QTest::addRow("text of INT_MIN bytes") << int(ParameterText) << INT_MIN;
 }
 
 void TestMessageText::valueShorterThanItsTypeIsShownAsEmpty()
@@ -183,7 +211,7 @@ void TestMessageText::valueShorterThanItsTypeIsShownAsEmpty()
     QFETCH(int, length);
     CMessageEventParam param;
     param.Type = type;
-    param.Val = new char[std::size_t(std::max(length, 1))]();
+    param.Val = new char[std::size_t(length)]();
     param.LVal = length;
     QCOMPARE(param.toString(), QString());
 }
@@ -225,6 +253,24 @@ void TestMessageText::parameterOfTypeFourShowsNameAndEqualsSignOnly()
     QCOMPARE(event.AllParameters(), QString("level=;unit=mV"));
 }
 
+void TestMessageText::parameterFilledByHandIsShownWhole()
+{
+    char name[] = "level";
+    int value = 5;
+    CMessageEventParam param;
+    param.Name = name;
+    param.Type = ParameterInteger;
+    param.Val = reinterpret_cast<char *>(&value);
+    CMessageEvent event;
+    event.par = &param;
+    event.ParNum = 1;
+    QCOMPARE(event.AllParameters(), QString("level=5"));
+    // What has no length does not travel: nobody knows how far it may be read.
+    QCOMPARE(CMessageEvent(event).AllParameters(), QString("(NULL)="));
+    event.par = nullptr;
+    param.Name = param.Val = nullptr;
+}
+
 void TestMessageText::nameIsNotReadPastItsLength()
 {
     CMessageEvent event = makeEvent();
@@ -232,7 +278,7 @@ void TestMessageText::nameIsNotReadPastItsLength()
     QCOMPARE(event.AllParameters(), QString("level=5;unit=mV"));
     event.par[0].LName = 3;
     event.par[1].LName = -1;
-    QCOMPARE(event.AllParameters(), QString("lev=5;=mV"));
+    QCOMPARE(event.AllParameters(), QString("lev=5;unit=mV"));
 }
 
 void TestMessageText::parNumWithoutParIsEmpty()
@@ -256,11 +302,16 @@ void TestMessageText::commandShowsItsParametersLikeAnEvent()
     QCOMPARE(makeCommand().AllParameters(), QString("delay=0.5"));
 }
 
-void TestMessageText::recordTextOfNullOrNegativeLengthIsEmpty()
+void TestMessageText::recordTextOfNullIsEmpty()
 {
-    QCOMPARE(recordText(nullptr, 10), QString());
-    QCOMPARE(recordText("abc", 0), QString());
-    QCOMPARE(recordText("abc", INT_MIN), QString());
+    for (const int length : {10, 0, -1, INT_MIN})
+        QCOMPARE(recordText(nullptr, length), QString());
+}
+
+void TestMessageText::recordTextWithoutALengthEndsAtItsNul()
+{
+    QCOMPARE(recordText("abc", 0), QString("abc"));
+    QCOMPARE(recordText("abc", INT_MIN), QString("abc"));
     QCOMPARE(recordText("abc", 4), QString("abc"));
     QCOMPARE(recordText("abc", 2), QString("ab"));
 }

@@ -308,13 +308,29 @@ TEST(EventRequest, NullMaskMatchesEverything)
     EXPECT_EQ(request & makeEvent(), 1);
 }
 
-TEST(EventRequest, MaskOfNoBytesMatchesEverythingAsItsCopyDoes)
+TEST(EventRequest, MaskWithoutALengthIsAMaskAndItsCopyIsNone)
 {
-    CMessageEventRequest request = eventMask("nobody");
+    CMessageEventRequest request = eventMask("SENSOR12");
+    CMessageEventRequest ofNobody = eventMask("nobody");
     for (const int length : {0, -1, INT_MIN}) {
         request.LSensorID = length;
         EXPECT_EQ(request & makeEvent(), 1);
-        EXPECT_EQ(CMessageEventRequest(request) & makeEvent(), 1);
+        ofNobody.LSensorID = length;
+        EXPECT_EQ(ofNobody & makeEvent(), 0);
+        EXPECT_EQ(CMessageEventRequest(ofNobody) & makeEvent(), 1);
+    }
+}
+
+TEST(EventRequest, RecordTextWithoutALengthEndsAtItsNul)
+{
+    CMessageEvent event = eventNamed("sens*", "over+");
+    CMessageEventRequest request = eventMask("sensor12");
+    setText(request.EventName, request.LEventName, "overheat");
+    request.UseEventName = 1;
+    for (const int length : {0, -1, INT_MIN}) {
+        event.LSensorID = event.LEventName = length;
+        EXPECT_EQ(request & event, 1);
+        EXPECT_EQ(eventMask("nobody") & event, 0);
     }
 }
 
@@ -333,8 +349,6 @@ TEST(EventRequest, TextsAreNotReadPastTheirLengths)
     CopyPtr(&event.SensorID, &event.LSensorID, "sensor12", 8);
     EXPECT_EQ(request & event, 1);
     event.LSensorID = 6;
-    EXPECT_EQ(request & event, 0);
-    event.LSensorID = -1;
     EXPECT_EQ(request & event, 0);
 }
 
@@ -470,4 +484,16 @@ TEST(CommandRequest, NullMaskMatchesEverythingAndNullRecordTextCountsAsEmpty)
     EXPECT_EQ(request & makeCommand(), 1);
     EXPECT_EQ(commandMask("sensor12") & CMessageCommand(), 0);
     EXPECT_EQ(commandMask("") & CMessageCommand(), 1);
+}
+
+TEST(CommandRequest, TextsWithoutALengthEndAtTheirNul)
+{
+    CMessageCommand command = commandFor("sens*");
+    CMessageCommandRequest request = commandMask("sensor12");
+    CMessageCommandRequest ofNobody = commandMask("nobody");
+    for (const int length : {0, -1, INT_MIN}) {
+        command.LSensorID = request.LSensorID = ofNobody.LSensorID = length;
+        EXPECT_EQ(request & command, 1);
+        EXPECT_EQ(ofNobody & command, 0);
+    }
 }
