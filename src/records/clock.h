@@ -7,5 +7,5 @@
 /** The current time, seconds since the Unix epoch: the one place that asks for it. */
 std::time_t currentTime();
 
-/** Replaces the source of CurrentTime, so that tests can step it; NULL brings the system's back. */
+/** Replaces the source of currentTime, so that tests can step it; NULL brings the system's back. */
 void setClock(std::time_t (*clock)());

@@ -6,5 +6,5 @@
 
 #include <QString>
 
-/** The value that FindConfigValue finds, its bytes read as Latin-1; empty when no line has the key. */
+/** The value that findConfigValue() finds, its bytes read as Latin-1; empty when no line has the key. */
 QString GetConfigValue(char lines[][ConfigLineSize], int &n, const char *key);

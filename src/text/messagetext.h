@@ -8,7 +8,7 @@
 
 struct CMessageEventParam;
 
-/** As RecordText, the bytes themselves: valid as long as the record. */
+/** As recordText(), the bytes themselves: valid as long as the record. */
 std::string_view recordBytes(const char *text, int length);
 
 /**

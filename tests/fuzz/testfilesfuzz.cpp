@@ -15,11 +15,13 @@ namespace
 // The file that stands for all three, in memory.
 const std::uint8_t *content;
 std::size_t contentSize;
+int opened; ///< since the input came
 } // namespace
 
-/** Takes the place of OpenRegularFile, as the linker is told. Without bytes there is no file. */
-extern "C" std::FILE *__wrap__Z15OpenRegularFilePKc(const char *)
+/** Takes the place of openRegularFile, as the linker is told. Without bytes there is no file. */
+extern "C" std::FILE *__wrap__Z15openRegularFilePKc(const char *)
 {
+    ++opened;
     return openInMemory(content, contentSize);
 }
 
@@ -47,6 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     content = data;
     contentSize = size;
+    opened = 0;
     require(InitDBSensorsDebug(QString()) == 0, "sensors can be initialised");
     fetchAll<DebugSensorCapacity, CSensor>(DBGetSensorsDebug, [](const CSensor &sensor) {
         checkText(sensor.SensorID, sensor.LSensorID);
@@ -66,5 +69,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
             checkText(command.SensorID, command.LSensorID);
             require(command.AllParameters().isEmpty(), "a test command has no parameters");
         });
+    require(opened == 3, "each of the three files was read from memory");
     return 0;
 }
