@@ -3,13 +3,15 @@
 #include "WCompare.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 
 namespace
 {
 constexpr int TextSize = 1024; // the NUL counted
-constexpr int PartCount = 100;
+constexpr int MaxParts = 100;
 constexpr int PartSize = 256; // the NUL counted
 
 /** What ends a literal part. */
@@ -20,22 +22,39 @@ int subjectLength;
 char patternText[TextSize];
 char unchangedSubject[TextSize];
 
-char literals[PartCount][PartSize];
-int literalLengths[PartCount];
-Kind kinds[PartCount];
-int metaCount;
+char literals[MaxParts][PartSize];
+int literalLengths[MaxParts];
+Kind kinds[MaxParts];
+int partCount; ///< of the last split
+int metaCount; ///< whose stretches can be read back: none after a failure
 
 // One more than there are parts: the end of the subject closes the last stretch.
-int positions[PartCount + 1];
-char stretches[PartCount][PartSize];
+int positions[MaxParts + 1];
+char stretches[MaxParts][PartSize];
+
+/** What a part of the search costs step by step. */
+struct Cost {
+    int calls = 0;  ///< of the recursive step; stops at INT_MAX
+    int levels = 0; ///< that the deepest of them lies below the one that asks
+
+    void add(const Cost &other)
+    {
+        calls = other.calls > INT_MAX - calls ? INT_MAX : calls + other.calls;
+        levels = std::max(levels, other.levels);
+    }
+};
 
 /**
  * A part is known to fail at this position and at every later one. A run tries
  * the part behind it at all positions from some point on, so a failed run
- * tells of a whole tail: this one number a part keeps the search from ever
- * trying the same part at the same position twice.
+ * tells of a whole tail: this keeps the search from ever trying the same part
+ * at the same position twice.
  */
-int failsFrom[PartCount];
+int failsFrom[MaxParts];
+/** From failsFrom on: what trying the part at this position and every later one costs. */
+Cost failedTails[MaxParts][TextSize + 1];
+/** What failsFrom holds for: a part's number and the metacharacters remaining there, always the same sum. */
+long long searchedFor;
 
 WCompareCounters counters;
 
@@ -69,14 +88,18 @@ bool splitPattern()
     int part = 0;
     for (const char *start = patternText;; ++part) {
         const std::size_t length = std::strcspn(start, "*?+");
-        if (part == PartCount || length >= PartSize)
+        if (part == MaxParts || length >= PartSize) {
+            kinds[0] = PatternEnd; // no step goes beyond what is left of the split
+            partCount = 1;
             return false;
+        }
         std::memcpy(literals[part], start, length);
         literals[part][length] = '\0';
         literalLengths[part] = int(length);
         kinds[part] = kindOf(start[length]);
         if (kinds[part] == PatternEnd) {
             metaCount = part;
+            partCount = part + 1;
             return true;
         }
         start += length + 1;
@@ -90,27 +113,33 @@ bool literalStandsAt(int part, int position)
            std::memcmp(subjectText + position, literals[part], std::size_t(length)) == 0;
 }
 
-/** Whether a part can match nothing, as it must at the end of the subject. */
-bool matchesNothing(int part, int remaining)
+/**
+ * Nothing has been tried yet but what needs no trying: a run goes on behind the
+ * end of the subject for as many positions as the literal before it is long,
+ * where its part fails as it does at the end.
+ */
+void forgetFailures(long long partAndRemaining)
 {
-    if (literalLengths[part] > 0 || kinds[part] == OneCharacter || kinds[part] == NonEmptyRun)
-        return false;
-    return kinds[part] == PatternEnd || remaining > 1 || literalLengths[part + 1] == 0;
+    searchedFor = partAndRemaining;
+    for (int part = 1; part < partCount; ++part) {
+        failsFrom[part] = subjectLength + 1;
+        failedTails[part][subjectLength + 1] = {literalLengths[part - 1], literalLengths[part - 1] > 0 ? 1 : 0};
+    }
 }
 
-int descend(int part, int position, int remaining)
+bool step(int part, int position, int remaining, Cost &cost);
+
+bool descend(int part, int position, int remaining, Cost &cost)
 {
-    // Spares the step that cannot succeed: each part takes as many steps as the subject has bytes, not one more.
-    if (position == subjectLength && !matchesNothing(part, remaining))
-        return 0;
-    counters.deepest = std::max(counters.deepest, ++counters.depth);
-    const int result = CmpX(part, position, remaining);
-    --counters.depth;
-    return result;
+    Cost below;
+    const bool matches = step(part, position, remaining, below);
+    ++below.levels;
+    cost.add(below);
+    return matches;
 }
 
 /** One metacharacter between two literals: the lengths decide, nothing has to be tried. */
-int settle(int part, int position)
+bool settle(int part, int position)
 {
     const int length0 = literalLengths[part];
     const int length1 = literalLengths[part + 1];
@@ -118,30 +147,64 @@ int settle(int part, int position)
     const Kind kind = kinds[part];
     const int last = subjectLength - length1;
     if (kind == OneCharacter ? covered != 1 : covered < (kind == NonEmptyRun ? 1 : 0))
-        return 0;
+        return false;
     if (!literalStandsAt(part, position) || !literalStandsAt(part + 1, last))
-        return 0;
+        return false;
     positions[part + 1] = last;
     positions[part + 2] = subjectLength;
-    return 1;
+    return true;
 }
 
 /** Tries `part` at `from` and behind it, the nearest place first. */
-int tryRun(int part, int from, int remaining)
+bool tryRun(int part, int from, int remaining, Cost &cost)
 {
-    const int end = std::min(failsFrom[part], subjectLength + 1);
-    for (int position = from; position < end; ++position)
-        if (descend(part, position, remaining))
-            return 1;
-    failsFrom[part] = std::min(failsFrom[part], from);
-    return 0;
+    Cost *const tails = failedTails[part];
+    int &known = failsFrom[part];
+    for (int position = from; position < known; ++position) {
+        tails[position] = {};
+        if (descend(part, position, remaining, tails[position])) {
+            for (int tried = from; tried <= position; ++tried)
+                cost.add(tails[tried]);
+            return true;
+        }
+    }
+    for (; known > from; --known)
+        tails[known - 1].add(tails[known]);
+    cost.add(tails[from]);
+    return false;
 }
 
 /** Accepts at the end of the subject: the stretches that were not reached are empty. */
-int acceptEarly(int part)
+bool acceptEarly(int part)
 {
-    std::fill(positions + part + 1, positions + metaCount + 2, subjectLength);
-    return 1;
+    std::fill(positions + part + 1, std::end(positions), subjectLength);
+    return true;
+}
+
+bool step(int part, int position, int remaining, Cost &cost)
+{
+    cost.calls = 1;
+    positions[part] = position;
+    const Kind kind = kinds[part];
+    if (remaining < 0)
+        return position == subjectLength;
+    if (remaining == 1 && kind != PatternEnd)
+        return settle(part, position);
+    if (!literalStandsAt(part, position))
+        return false;
+    const int next = position + literalLengths[part];
+    if (next == subjectLength)
+        return (kind == AnyRun || kind == PatternEnd) && acceptEarly(part);
+    switch (kind) {
+    case OneCharacter:
+        return descend(part + 1, next + 1, remaining - 1, cost);
+    case AnyRun:
+        return tryRun(part + 1, next, remaining - 1, cost);
+    case NonEmptyRun:
+        return tryRun(part + 1, next + 1, remaining - 1, cost);
+    default:
+        return false;
+    }
 }
 
 int fail()
@@ -161,7 +224,7 @@ int compareStored()
         return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
     if (!splitPattern())
         return fail();
-    std::fill(failsFrom, failsFrom + metaCount + 1, TextSize);
+    forgetFailures(metaCount);
     return CmpX(0, 0, metaCount) ? 1 : fail();
 }
 } // namespace
@@ -175,28 +238,15 @@ void strlwr_win(char *s)
 
 int CmpX(int part, int position, int remaining)
 {
-    ++counters.calls;
-    positions[part] = position;
-    const Kind kind = kinds[part];
-    if (remaining < 0)
-        return position == subjectLength ? 1 : 0;
-    if (remaining == 1 && kind != PatternEnd)
-        return settle(part, position);
-    if (!literalStandsAt(part, position))
-        return 0;
-    const int next = position + literalLengths[part];
-    if (next == subjectLength)
-        return kind == AnyRun || kind == PatternEnd ? acceptEarly(part) : 0;
-    switch (kind) {
-    case OneCharacter:
-        return descend(part + 1, next + 1, remaining - 1);
-    case AnyRun:
-        return tryRun(part + 1, next, remaining - 1);
-    case NonEmptyRun:
-        return tryRun(part + 1, next + 1, remaining - 1);
-    default:
-        return 0;
-    }
+    if (searchedFor != (long long)part + remaining)
+        forgetFailures((long long)part + remaining);
+    Cost cost;
+    const bool matches = step(part, position, remaining, cost);
+    Cost all{counters.calls, 0};
+    all.add(cost);
+    counters.calls = all.calls;
+    counters.deepest = std::max(counters.deepest, counters.depth + cost.levels);
+    return matches ? 1 : 0;
 }
 
 int WCompare(const char *subject, const char *pattern)

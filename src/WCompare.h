@@ -44,10 +44,13 @@ int CmpX(int part, int position, int remaining);
  */
 void WCompare_GetParts(char (*&parts)[100][256], int *&lengths, int &n);
 
-/** What the matcher did, for diagnosis. */
+/**
+ * What comparing costs step by step, for diagnosis. The matcher remembers what
+ * failed and does less than it counts; the counts stop at the largest int.
+ */
 struct WCompareCounters {
-    unsigned long long calls = 0; ///< calls of CmpX since the start of the process
-    int depth = 0;                ///< current depth of CmpX; 1 before and after a comparison
-    int deepest = 0;              ///< deepest depth of the last comparison
+    int calls = 0;   ///< calls of the recursive step since the start of the process
+    int depth = 0;   ///< current depth of the recursion; 1 before and after a comparison
+    int deepest = 0; ///< deepest depth of the last comparison
 };
 const WCompareCounters &WCompare_Counters();

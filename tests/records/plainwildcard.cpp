@@ -68,7 +68,7 @@ int PlainWildcard::compareNoCase(const char *subject, const char *pattern)
     return compare(lowerSubject.c_str(), lowerPattern.c_str());
 }
 
-void PlainWildcard::setLimit(unsigned long long calls)
+void PlainWildcard::setLimit(long long calls)
 {
     m_limit = calls;
 }
@@ -160,7 +160,7 @@ std::vector<int> PlainWildcard::lengths() const
     return std::vector<int>(m_lengths, m_lengths + m_count);
 }
 
-unsigned long long PlainWildcard::calls() const
+long long PlainWildcard::calls() const
 {
     return m_calls;
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,7 @@ public:
     int compareNoCase(const char *subject, const char *pattern);
 
     /** Gives up a comparison that needs more steps; without a limit from the start. */
-    void setLimit(unsigned long long calls);
+    void setLimit(long long calls);
     /** Whether the last comparison was given up: nothing else that it left counts. */
     bool gaveUp() const;
 
@@ -26,7 +27,7 @@ public:
     /** The lengths of the literal parts that have a metacharacter behind them. */
     std::vector<int> lengths() const;
     /** Calls of the recursive step in the last comparison. */
-    unsigned long long calls() const;
+    long long calls() const;
     /** Deepest recursion in the last comparison. */
     int deepest() const;
 
@@ -53,6 +54,6 @@ private:
     int m_reached = 0;
     int m_depth = 0;
     int m_deepest = 0;
-    unsigned long long m_calls = 0;
-    unsigned long long m_limit = ~0ull;
+    long long m_calls = 0;
+    long long m_limit = LLONG_MAX;
 };
