@@ -12,7 +12,7 @@
  */
 #include "benchfolder.h"
 #include "simulation.h"
-#include "store.h"
+#include "sqlitestore.h"
 
 #include <benchmark/benchmark.h>
 
@@ -63,7 +63,7 @@ struct Data {
         return int(share * count);
     }
     int count;
-    Store store;
+    SqliteStore store;
     std::int64_t firstTime = 0;
     std::int64_t lastTime = 0;
 };
@@ -195,7 +195,7 @@ void fill(benchmark::State &state, const std::string &path)
     for (auto _ : state) {
         state.PauseTiming();
         removeDatabase(path);
-        auto store = std::make_unique<Store>(path, Sqlite::Durability::Crash);
+        auto store = std::make_unique<SqliteStore>(path, Sqlite::Durability::Crash);
         Simulation simulation(*store, Sensors, 1, EventsPerSecond, nullptr);
         state.ResumeTiming();
         simulation.fill(ManyRecords, [](int) { return true; });
@@ -230,7 +230,7 @@ void bareInsert(benchmark::State &state, const std::vector<StoredRow> &rows, con
     for (auto _ : state) {
         state.PauseTiming();
         removeDatabase(path);
-        std::make_unique<Store>(path, Sqlite::Durability::Crash).reset();
+        std::make_unique<SqliteStore>(path, Sqlite::Durability::Crash).reset();
         sqlite3 *db = nullptr;
         sqlite3_stmt *insert = nullptr;
         sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);

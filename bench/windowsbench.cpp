@@ -18,7 +18,7 @@
 #include "data.h"
 #include "measuring.h"
 #include "parameters.h"
-#include "store.h"
+#include "sqlitestore.h"
 
 #include <QApplication>
 #include <fstream>
@@ -74,7 +74,7 @@ private:
 class Events
 {
 public:
-    void put(Store &store, int count)
+    void put(SqliteStore &store, int count)
     {
         constexpr int batch = 50000;
         for (int done = 0; done < count; done += batch)
@@ -82,7 +82,7 @@ public:
     }
 
 private:
-    void putSome(Store &store, int count)
+    void putSome(SqliteStore &store, int count)
     {
         std::vector<std::string> parameters;
         for (int i = 0; i < count; ++i)
@@ -142,7 +142,7 @@ void makeDatabase(const std::string &path, int count)
     const pid_t child = ::fork();
     if (child == 0) {
         try {
-            Store store(path, Sqlite::Durability::Crash);
+            SqliteStore store(path, Sqlite::Durability::Crash);
             Events().put(store, count);
             store.connection().run("PRAGMA wal_checkpoint(TRUNCATE)");
         } catch (const std::exception &error) {
@@ -363,7 +363,7 @@ void benchFitting(Goals &goals, Window &many, Window &few)
 
 void benchNewRows(Goals &goals, Window &many, Window &few, const std::string &database)
 {
-    Store store(database, Sqlite::Durability::Crash);
+    SqliteStore store(database, Sqlite::Durability::Crash);
     Events events;
     std::vector<double> ofMany;
     std::vector<double> ofFew;

@@ -312,7 +312,7 @@ Sqlite::Connection &Selector::withFunction(Sqlite::Connection &connection, const
     return connection;
 }
 
-Selector::Selector(Sqlite::Connection &connection, const std::string &table, const SeriesTable &series)
+Selector::Selector(Sqlite::Connection &connection, const std::string &table, const SeriesCatalogue &series)
     : m_path(connection.path())
     , m_seriesTable(series)
     , m_ascending(directed(withFunction(connection, table, *this), table, "ASC"))

@@ -2,36 +2,16 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "recordbuilder.h"
 #include "schema.h"
-#include "seriestable.h"
+#include "selection.h"
 #include "sqlite.h"
 
-#include <climits>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-/** Which rows of a table are wanted, and from which end. All ranges include both ends. */
-struct Selection {
-    int count = 0;      ///< most rows wanted
-    bool first = false; ///< the oldest ones, else the newest
-    std::int64_t idLow = INT_MIN;
-    std::int64_t idHigh = INT_MAX;
-    bool anyTime = true;
-    std::int64_t timeLow = INT_MIN;
-    std::int64_t timeHigh = INT_MAX;
-    SeriesFilter series;
-};
-
-/** One row; `params` is valid while it is being handed over. */
-struct Row {
-    int id;
-    int series;
-    std::int64_t time;
-    std::string_view params;
-};
 
 /**
  * Finds the rows of a selection in one table without reading those that are
@@ -48,13 +28,13 @@ public:
     using Sink = std::function<void(const Row &)>;
 
     /** `table` is "event" or "command"; `series` mirrors its series. */
-    Selector(Sqlite::Connection &connection, const std::string &table, const SeriesTable &series);
+    Selector(Sqlite::Connection &connection, const std::string &table, const SeriesCatalogue &series);
     Selector(const Selector &) = delete;
     Selector &operator=(const Selector &) = delete;
 
     /**
      * Hands the selected rows over, from the wanted end on. To be called inside a
-     * read transaction, with the series refreshed. Throws Sqlite::Error.
+     * read transaction, with the series refreshed. Throws StoreError.
      */
     void select(const Selection &selection, const Sink &sink);
 
@@ -80,7 +60,7 @@ private:
 
     std::string m_path;
     Work *m_current = nullptr; ///< the selection whose rows are being read
-    const SeriesTable &m_seriesTable;
+    const SeriesCatalogue &m_seriesTable;
     Directed m_ascending;
     Directed m_descending;
     Sqlite::Statement m_rowById;

@@ -8,12 +8,13 @@
  * release themselves, and an error that names the file and the reason.
  */
 
+#include "storeerror.h"
+
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <list>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -24,15 +25,7 @@ struct sqlite3_value;
 
 namespace Sqlite
 {
-/** What went wrong with which file, ready to be shown: "PATH: REASON". */
-class Error : public std::runtime_error
-{
-public:
-    Error(const std::string &path, const std::string &reason)
-        : std::runtime_error(path + ": " + reason)
-    {
-    }
-};
+using Error = StoreError;
 
 /** How much a confirmed transaction withstands. */
 enum class Durability {

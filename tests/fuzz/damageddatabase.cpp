@@ -3,7 +3,7 @@
 #include "damageddatabase.h"
 
 #include "memoryfiles.h"
-#include "store.h"
+#include "sqlitestore.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,7 +21,7 @@ const EmptyDatabase &EmptyDatabase::get()
 
 EmptyDatabase::EmptyDatabase()
 {
-    Store(Name, Sqlite::Durability::Crash, 0)
+    SqliteStore(Name, Sqlite::Durability::Crash, 0)
         .connection()
         .run("PRAGMA journal_mode=DELETE; PRAGMA page_size=512; VACUUM; PRAGMA journal_mode=WAL");
     m_content = memoryFiles()[Name].bytes;

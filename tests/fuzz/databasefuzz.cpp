@@ -10,7 +10,7 @@
 #include "Messages.h"
 #include "damageddatabase.h"
 #include "memoryfiles.h"
-#include "store.h"
+#include "sqlitestore.h"
 
 #include <memory>
 #include <new>
@@ -121,7 +121,7 @@ template <class Request, class UseIds, class UseTimes> Request requestOf(int var
     return request;
 }
 
-void askForEvents(Store &store, int variant)
+void askForEvents(SqliteStore &store, int variant)
 {
     const auto request = requestOf<CMessageEventRequest>(
         variant,
@@ -138,7 +138,7 @@ void askForEvents(Store &store, int variant)
     answers([&] { checkAnswer(*store.events(request), request); });
 }
 
-void askForCommands(Store &store, int variant)
+void askForCommands(SqliteStore &store, int variant)
 {
     const auto request = requestOf<CMessageCommandRequest>(
         variant,
@@ -155,7 +155,7 @@ void askForCommands(Store &store, int variant)
     answers([&] { checkAnswer(*store.commands(request), request); });
 }
 
-void askForSensors(Store &store)
+void askForSensors(SqliteStore &store)
 {
     answers([&] {
         const auto sensors = store.sensors(10);
@@ -166,7 +166,7 @@ void askForSensors(Store &store)
     });
 }
 
-void ask(Store &store, int question)
+void ask(SqliteStore &store, int question)
 {
     if (question < Variants)
         askForEvents(store, question);
@@ -176,7 +176,7 @@ void ask(Store &store, int question)
         askForSensors(store);
 }
 
-void putEvent(Store &store)
+void putEvent(SqliteStore &store)
 {
     CMessageEvent event;
     event.MessageType = 1;
@@ -186,7 +186,7 @@ void putEvent(Store &store)
     store.put(event);
 }
 
-void putCommand(Store &store)
+void putCommand(SqliteStore &store)
 {
     CMessageCommand command;
     command.MessageType = 1;
@@ -195,14 +195,14 @@ void putCommand(Store &store)
     store.put(command);
 }
 
-void putEvents(Store &store)
+void putEvents(SqliteStore &store)
 {
     NewMessage message;
     message.series = {1, 1, "sensor3", "events"};
     store.putEvents({40, message});
 }
 
-void change(Store &store, int which)
+void change(SqliteStore &store, int which)
 {
     answers([&] {
         switch (which) {
@@ -228,7 +228,7 @@ void change(Store &store, int which)
     });
 }
 
-void askEverything(Store &store)
+void askEverything(SqliteStore &store)
 {
     for (int question = 0; question < Questions; ++question)
         ask(store, question);
@@ -239,7 +239,7 @@ void askEverything(Store &store)
 }
 
 /** `chosen` begins at QuestionByte. */
-void askWhatIsChosen(Store &store, std::string_view chosen)
+void askWhatIsChosen(SqliteStore &store, std::string_view chosen)
 {
     const auto choice = [&](FreeByte byte) { return int(static_cast<unsigned char>(chosen[byte - QuestionByte])); };
     const int question = (choice(QuestionByte) - 1) % Questions;
@@ -255,7 +255,7 @@ class KeptStore
 {
 public:
     /** The store with these files; none when opening one is the only way. */
-    Store *with(const Files &files)
+    SqliteStore *with(const Files &files)
     {
         if (!EmptyDatabase::get().hasSameDefinitions(files.database))
             return nullptr;
@@ -272,13 +272,13 @@ private:
         m_store.reset();
         memoryFiles().erase(KeptName);
         memoryFiles()[KeptName].bytes = EmptyDatabase::get().bytes();
-        m_store = std::make_unique<Store>(KeptName, Sqlite::Durability::Crash, 0);
+        m_store = std::make_unique<SqliteStore>(KeptName, Sqlite::Durability::Crash, 0);
         // Both tables are made ready, so that what follows does not depend on what was asked before.
         ask(*m_store, 0);
         ask(*m_store, Variants);
     }
 
-    std::unique_ptr<Store> m_store;
+    std::unique_ptr<SqliteStore> m_store;
 };
 
 template <class Ask> void askOpened(const Files &files, Ask askStore)
@@ -289,7 +289,7 @@ template <class Ask> void askOpened(const Files &files, Ask askStore)
     if (!files.log.empty())
         memoryFiles()[std::string(DatabaseName) + "-wal"].bytes = files.log;
     answers([&] {
-        Store store(DatabaseName, Sqlite::Durability::Crash, 0);
+        SqliteStore store(DatabaseName, Sqlite::Durability::Crash, 0);
         askStore(store);
     });
 }
@@ -305,11 +305,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         askOpened(files, askEverything);
         return 0;
     }
-    const auto askChosen = [chosen = files.database.substr(QuestionByte)](Store &store) {
+    const auto askChosen = [chosen = files.database.substr(QuestionByte)](SqliteStore &store) {
         askWhatIsChosen(store, chosen);
     };
     const bool mayBeOpen = files.database[OpenByte] % 2 == 0;
-    if (Store *store = mayBeOpen ? kept.with(files) : nullptr)
+    if (SqliteStore *store = mayBeOpen ? kept.with(files) : nullptr)
         askChosen(*store);
     else
         askOpened(files, askChosen);

@@ -196,7 +196,7 @@ protected:
 
     TemporaryFolder m_folder;
     std::string m_path = m_folder.file("x.db");
-    Store m_store{m_path, Sqlite::Durability::Crash};
+    SqliteStore m_store{m_path, Sqlite::Durability::Crash};
     Simulation m_simulation{m_store, 3, 5, 100, nullptr};
     double m_now = 0;
 };
@@ -351,7 +351,7 @@ TEST_F(SimulationTest, HistoryEndsNowAndIsTheSameForTheSameSeed)
     EXPECT_EQ((*events)[0].EventTime, wallClock() - 2999);
     EXPECT_EQ((*events)[59999].EventTime, wallClock());
 
-    Store second(m_folder.file("second.db"), Sqlite::Durability::Crash);
+    SqliteStore second(m_folder.file("second.db"), Sqlite::Durability::Crash);
     Simulation two(second, 9, 77, 20, nullptr);
     two.fill(60000, [](int) { return true; });
     const auto again = second.events(eventsWanted(60000, true));
@@ -449,7 +449,7 @@ protected:
 TEST_F(ProgramTest, FillsAndEnds)
 {
     EXPECT_EQ(end(start({"--fill", "2500", "--seed", "3"})), 0);
-    Store store(m_database, Sqlite::Durability::Crash);
+    SqliteStore store(m_database, Sqlite::Durability::Crash);
     EXPECT_EQ(store.events(eventsWanted(INT_MAX))->size(), 2500);
     EXPECT_THAT(textOf("out"), HasSubstr("2500 of 2500 events of history written"));
 }
@@ -457,7 +457,7 @@ TEST_F(ProgramTest, FillsAndEnds)
 TEST_F(ProgramTest, EndsAfterItsDurationWithAllEventsInTheDatabaseExactlyOnce)
 {
     EXPECT_EQ(end(start({"--duration", "1", "--rate", "300", "--log", m_folder.file("log")})), 0);
-    Store store(m_database, Sqlite::Durability::Crash);
+    SqliteStore store(m_database, Sqlite::Durability::Crash);
     const auto events = store.events(eventsWanted(INT_MAX, true));
     EXPECT_EQ(events->size(), 300);
     std::istringstream log(textOf("log"));
@@ -486,7 +486,7 @@ TEST_F(ProgramTest, EndsCleanlyOnSignals)
         EXPECT_EQ(end(child), 0) << "signal " << signal;
         EXPECT_THAT(textOf("out"), HasSubstr("events written"));
     }
-    Store store(m_database, Sqlite::Durability::Crash);
+    SqliteStore store(m_database, Sqlite::Durability::Crash);
     EXPECT_EQ(store.connection().number("SELECT count(*) FROM pragma_integrity_check WHERE integrity_check = 'ok'"), 1);
 }
 
@@ -515,7 +515,7 @@ TEST_F(ProgramTest, ObeysTheCommandsOfAnotherProcess)
     const pid_t child = start({"--log", m_folder.file("log")});
     awaitEvents();
     {
-        Store store(m_database, Sqlite::Durability::Crash);
+        SqliteStore store(m_database, Sqlite::Durability::Crash);
         const int id = store.put(makeCommand("receiver03", CommandKill, 0));
         const std::string line = "command " + std::to_string(id) + " receiver03 Kill\n";
         for (int i = 0; i < 1000 && textOf("log").find(line) == std::string::npos; ++i)
@@ -544,7 +544,7 @@ TEST_F(ProgramTest, IsTheOnlyOneToPlayADatabasesSensors)
 
     // The first one goes on, and when it is killed the next one may begin at once.
     {
-        Store store(m_database, Sqlite::Durability::Crash);
+        SqliteStore store(m_database, Sqlite::Durability::Crash);
         const int id = store.put(makeCommand("receiver01", CommandStop, 0));
         const std::string line = "command " + std::to_string(id) + " receiver01 Stop\n";
         for (int i = 0; i < 2000 && textOf("log").find(line) == std::string::npos; ++i)

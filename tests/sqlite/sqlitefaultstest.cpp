@@ -82,7 +82,7 @@ protected:
     }
     void fill(int events)
     {
-        Store store(database(), Sqlite::Durability::Crash);
+        SqliteStore store(database(), Sqlite::Durability::Crash);
         std::vector<NewMessage> many(static_cast<std::size_t>(events));
         store.putEvents(many);
     }
@@ -224,7 +224,7 @@ TEST_F(FaultTest, MediumThatCannotBeWritten)
 TEST_F(FaultTest, ReadOnlyFile)
 {
     // A writer that lives holds the files of write-ahead mode open, as an installation's sensors do.
-    Store store(database(), Sqlite::Durability::Crash);
+    SqliteStore store(database(), Sqlite::Durability::Crash);
     store.put(makeEvent("sensor", "event", 1000));
     for (const char *suffix : {"", "-wal", "-shm"})
         ASSERT_EQ(::chmod((database() + suffix).c_str(), 0444), 0);
@@ -315,7 +315,7 @@ TEST_F(FaultTest, RandomDamageNeverCrashes)
 {
     fill(3000);
     {
-        Store store(database(), Sqlite::Durability::Crash);
+        SqliteStore store(database(), Sqlite::Durability::Crash);
         for (int i = 0; i < 300; ++i) {
             store.put(makeEvent("sensor" + std::to_string(i), "event", i));
             store.put(makeCommand("sensor" + std::to_string(i), 1, i));
@@ -372,7 +372,7 @@ TEST_F(FaultTest, LockedFile)
     ASSERT_EQ(::pipe(done), 0);
     const pid_t other = ::fork();
     if (other == 0) {
-        Store store(database(), Sqlite::Durability::Crash);
+        SqliteStore store(database(), Sqlite::Durability::Crash);
         store.connection().run("BEGIN IMMEDIATE");
         char byte = 0;
         const bool told = ::write(ready[1], &byte, 1) == 1;
@@ -430,7 +430,7 @@ TEST_F(FaultTest, FileLockedForReadersToo)
 TEST_F(FaultTest, NewerVersion)
 {
     {
-        Store store(database(), Sqlite::Durability::Crash);
+        SqliteStore store(database(), Sqlite::Durability::Crash);
         store.connection().run("PRAGMA user_version = 1000");
     }
     expectRefusal("the database has version 1000, this program knows versions up to");

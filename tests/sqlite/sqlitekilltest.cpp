@@ -33,7 +33,7 @@ void tell(int pipe, Told::What what, int id)
 [[noreturn]] void writeUntilKilled(const std::string &path, int pipe)
 {
     try {
-        Store store(path, Sqlite::Durability::PowerLoss);
+        SqliteStore store(path, Sqlite::Durability::PowerLoss);
         const std::vector<NewMessage> many(1500);
         for (int i = 0, id = 0;; ++i) {
             if (i % 50 == 49) {
@@ -114,7 +114,7 @@ void runAndKill(const std::string &path, bool afterFirst, int microseconds, Conf
     EXPECT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
 }
 
-void expectWhatWasConfirmed(Store &store, const Confirmed &confirmed)
+void expectWhatWasConfirmed(SqliteStore &store, const Confirmed &confirmed)
 {
     const auto events = store.events(eventsWanted(INT_MAX));
     std::set<int> stored;
@@ -132,7 +132,7 @@ void expectWhatWasConfirmed(Store &store, const Confirmed &confirmed)
         ASSERT_EQ(storedCommands.count(id), 1U) << "command " << id;
 }
 
-std::string integrity(Store &store)
+std::string integrity(SqliteStore &store)
 {
     Sqlite::Statement check(store.connection(), "PRAGMA integrity_check");
     check.step();
@@ -140,7 +140,7 @@ std::string integrity(Store &store)
 }
 
 /** Rows whose time their zone does not know. */
-std::int64_t rowsOutsideTheirZones(Store &store)
+std::int64_t rowsOutsideTheirZones(SqliteStore &store)
 {
     return store.connection().number(
         "SELECT count(*) FROM event e WHERE EXISTS (SELECT 1 FROM (SELECT 0 AS level, 8 AS shift UNION ALL "
@@ -160,7 +160,7 @@ TEST(Kill, NothingThatWasConfirmedIsLost)
     for (int i = 0; i < Kills; ++i) {
         SCOPED_TRACE("after kill " + std::to_string(i));
         runAndKill(path, i % 4 != 0, int(random() % 20000), confirmed);
-        Store store(path, Sqlite::Durability::PowerLoss);
+        SqliteStore store(path, Sqlite::Durability::PowerLoss);
         ASSERT_EQ(integrity(store), "ok");
         ASSERT_NO_FATAL_FAILURE(expectWhatWasConfirmed(store, confirmed));
         // Keeps the checks short.
@@ -172,7 +172,7 @@ TEST(Kill, NothingThatWasConfirmedIsLost)
         }
     }
     EXPECT_GT(deletes + confirmed.deleted.size(), 0U) << "nothing was deleted";
-    Store store(path, Sqlite::Durability::PowerLoss);
+    SqliteStore store(path, Sqlite::Durability::PowerLoss);
     EXPECT_EQ(rowsOutsideTheirZones(store), 0);
     EXPECT_GT(store.connection().number("SELECT seq FROM sqlite_sequence WHERE name = 'event'"), Kills)
         << "hardly anything was written";

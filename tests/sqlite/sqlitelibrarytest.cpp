@@ -177,7 +177,7 @@ TEST_F(LibraryTest, CommandsTravelThroughTheConsolesDataAccess)
 TEST_F(LibraryTest, SensorsTravelThroughTheConsolesDataAccess)
 {
     initialise();
-    Store store(database(), Sqlite::Durability::Crash);
+    SqliteStore store(database(), Sqlite::Durability::Crash);
     store.registerSensor("analyser01", 1, "First");
     store.registerSensor("receiver01", 3, "Last");
     store.setState("receiver01", SensorState::Killed);

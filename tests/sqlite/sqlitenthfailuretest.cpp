@@ -186,7 +186,7 @@ protected:
         }
         setInformationBox(ignoreBox);
         {
-            const Store made(m_folder.file("Elsewhere/Data/installation.db"), Sqlite::Durability::Crash);
+            const SqliteStore made(m_folder.file("Elsewhere/Data/installation.db"), Sqlite::Durability::Crash);
         }
         leave();
         m_memoryElsewhere = sqlite3_memory_used();
@@ -218,7 +218,7 @@ protected:
     {
         leave();
         {
-            Store store(database(), Sqlite::Durability::Crash);
+            SqliteStore store(database(), Sqlite::Durability::Crash);
             for (int i = 0; i < 12; ++i) {
                 store.put(numbered<CMessageEvent>(++m_last));
                 store.put(numbered<CMessageCommand>(m_last));
@@ -666,7 +666,7 @@ TEST(OwnCallFailure, ALogOnAMediumThatCannotBeWrittenIsNotLeftOut)
     const std::string path = medium + "/x.db";
     std::filesystem::create_directory(medium);
     {
-        Store store(folder.file("x.db"), Sqlite::Durability::Crash);
+        SqliteStore store(folder.file("x.db"), Sqlite::Durability::Crash);
         store.put(numbered<CMessageEvent>(1));
         store.connection().run("PRAGMA wal_checkpoint(TRUNCATE)");
         store.put(numbered<CMessageEvent>(2));
@@ -686,7 +686,7 @@ TEST(OwnCallFailure, ALogOnAMediumThatCannotBeWrittenIsNotLeftOut)
             FailingCalls::refuse(n, false);
             int events = -1;
             try {
-                Store store(path, Sqlite::Durability::Crash, 0);
+                SqliteStore store(path, Sqlite::Durability::Crash, 0);
                 events = store.events(eventsWanted(10))->size();
             } catch (const Sqlite::Error &error) {
                 EXPECT_THAT(error.what(), HasSubstr(path));

@@ -14,7 +14,7 @@ namespace
 {
 using testing::ElementsAre;
 
-std::vector<std::string> planOf(Store &store, const std::string &sql)
+std::vector<std::string> planOf(SqliteStore &store, const std::string &sql)
 {
     std::vector<std::string> steps;
     Sqlite::Statement plan(store.connection(), "EXPLAIN QUERY PLAN " + sql);
@@ -39,7 +39,7 @@ protected:
     }
 
     TemporaryFolder m_folder;
-    Store m_store{m_folder.file("x.db"), Sqlite::Durability::Crash};
+    SqliteStore m_store{m_folder.file("x.db"), Sqlite::Durability::Crash};
     std::string m_table = GetParam();
 };
 
@@ -90,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(Of, Plans, ::testing::Values("event", "command"),
 TEST(AllPlans, NothingIsScannedOrSorted)
 {
     const TemporaryFolder folder;
-    Store store(folder.file("x.db"), Sqlite::Durability::Crash);
+    SqliteStore store(folder.file("x.db"), Sqlite::Durability::Crash);
     const std::vector<std::string> statements = store.statements();
     EXPECT_EQ(statements.size(), 24U);
     for (const std::string &sql : statements)
@@ -102,7 +102,7 @@ TEST(AllPlans, NothingIsScannedOrSorted)
 class StepCount
 {
 public:
-    explicit StepCount(Store &store)
+    explicit StepCount(SqliteStore &store)
         : m_db(store.connection().handle())
     {
         sqlite3_progress_handler(
@@ -128,7 +128,7 @@ private:
 TEST(Visits, AFilterReadsLittleMoreThanItGivesOut)
 {
     const TemporaryFolder folder;
-    Store store(folder.file("x.db"), Sqlite::Durability::Crash);
+    SqliteStore store(folder.file("x.db"), Sqlite::Durability::Crash);
     constexpr int rows = 200000;
     std::vector<NewMessage> events(rows);
     for (int i = 0; i < rows; ++i) {

@@ -45,11 +45,11 @@ protected:
             std::filesystem::remove_all(m_folder.file("Data"));
             std::filesystem::create_directories(m_folder.file("Data"));
             make();
-            std::unique_ptr<Store> other;
+            std::unique_ptr<SqliteStore> other;
             bool visited = false;
             FailingFiles::interrupt(moments, [&] { visited = visit(other); });
             {
-                Store one(m_path, Sqlite::Durability::Crash);
+                SqliteStore one(m_path, Sqlite::Durability::Crash);
                 one.put(makeEvent("one", "e", 1));
                 reached = FailingFiles::grant();
                 visits += visited;
@@ -64,10 +64,10 @@ protected:
         EXPECT_GT(visits, 10) << "the other program hardly ever came through";
     }
     /** The other program: opens the file and puts a record; false when the lock kept it out. */
-    bool visit(std::unique_ptr<Store> &other)
+    bool visit(std::unique_ptr<SqliteStore> &other)
     {
         try {
-            other = std::make_unique<Store>(m_path, Sqlite::Durability::Crash, NoPatience);
+            other = std::make_unique<SqliteStore>(m_path, Sqlite::Durability::Crash, NoPatience);
             other->put(makeEvent("other", "e", 0));
         } catch (const Sqlite::Error &error) {
             EXPECT_THAT(error.what(), HasSubstr("locked by another program"));
@@ -78,7 +78,7 @@ protected:
             other.reset();
         return true;
     }
-    void expectAll(Store &store, int events)
+    void expectAll(SqliteStore &store, int events)
     {
         Sqlite::Statement check(store.connection(), "PRAGMA integrity_check");
         ASSERT_TRUE(check.step());
@@ -116,7 +116,7 @@ TEST_P(Races, BothBringItUpToDate)
 
 TEST_P(Races, BothOpenWhatIsThere)
 {
-    meetEverywhere([this] { Store(m_path, Sqlite::Durability::Crash).put(makeEvent("s", "e", 0)); }, 1, 10);
+    meetEverywhere([this] { SqliteStore(m_path, Sqlite::Durability::Crash).put(makeEvent("s", "e", 0)); }, 1, 10);
 }
 
 /** A file as other tools leave it: without the log of write-ahead mode. */
@@ -124,7 +124,7 @@ TEST_P(Races, BothFindAFileInAnotherJournalMode)
 {
     meetEverywhere(
         [this] {
-            Store store(m_path, Sqlite::Durability::Crash);
+            SqliteStore store(m_path, Sqlite::Durability::Crash);
             store.put(makeEvent("s", "e", 0));
             store.connection().run("PRAGMA journal_mode=DELETE");
         },

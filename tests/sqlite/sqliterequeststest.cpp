@@ -84,7 +84,7 @@ private:
 };
 
 /** Leaves gaps between identifiers, so that few rows stretch over all levels of zones. */
-void skipIdentifiers(Store &store, const char *table, std::int64_t count)
+void skipIdentifiers(SqliteStore &store, const char *table, std::int64_t count)
 {
     const std::string sql = "UPDATE sqlite_sequence SET seq = seq + " + std::to_string(count) + " WHERE name = '" +
                             std::string(table) + "'";
@@ -110,7 +110,7 @@ template <> struct Traits<CMessageEvent> {
     {
         return event.EventTime;
     }
-    static std::unique_ptr<Records<CMessageEvent>> get(Store &store, const Request &request)
+    static std::unique_ptr<Records<CMessageEvent>> get(SqliteStore &store, const Request &request)
     {
         return store.events(request);
     }
@@ -163,7 +163,7 @@ template <> struct Traits<CMessageCommand> {
     {
         return command.CommandTime;
     }
-    static std::unique_ptr<Records<CMessageCommand>> get(Store &store, const Request &request)
+    static std::unique_ptr<Records<CMessageCommand>> get(SqliteStore &store, const Request &request)
     {
         return store.commands(request);
     }
@@ -244,7 +244,7 @@ public:
 
     void run(Course course, int rows, int requests)
     {
-        Store store(m_folder.file("data" + std::to_string(int(course)) + ".db"), Sqlite::Durability::Crash);
+        SqliteStore store(m_folder.file("data" + std::to_string(int(course)) + ".db"), Sqlite::Durability::Crash);
         fill(store, course, rows);
         typename Traits<Record>::Request everything;
         everything.NMax = INT_MAX;
@@ -263,7 +263,7 @@ public:
     }
 
 private:
-    void fill(Store &store, Course kind, int rows)
+    void fill(SqliteStore &store, Course kind, int rows)
     {
         Times course(kind);
         m_ids.clear();
@@ -284,7 +284,7 @@ private:
         batch.commit();
     }
 
-    void compare(Store &store, const Records<Record> &all)
+    void compare(SqliteStore &store, const Records<Record> &all)
     {
         typename Traits<Record>::Request request;
         request.NMax = anyCount(m_random);

@@ -60,12 +60,12 @@ class StoreTest : public ::testing::Test
 protected:
     TemporaryFolder m_folder;
     std::string m_path = m_folder.file("Data/deep/installation.db");
-    std::unique_ptr<Store> m_store = std::make_unique<Store>(m_path, Sqlite::Durability::Crash);
+    std::unique_ptr<SqliteStore> m_store = std::make_unique<SqliteStore>(m_path, Sqlite::Durability::Crash);
 
     void reopen()
     {
         m_store.reset();
-        m_store = std::make_unique<Store>(m_path, Sqlite::Durability::Crash);
+        m_store = std::make_unique<SqliteStore>(m_path, Sqlite::Durability::Crash);
     }
     std::string integrity()
     {
@@ -312,7 +312,7 @@ TEST_F(StoreTest, ABatchIsUndoneUnlessCommitted)
 
 TEST_F(StoreTest, TwoStoresSeeEachOthersRecords)
 {
-    Store other(m_path, Sqlite::Durability::Crash);
+    SqliteStore other(m_path, Sqlite::Durability::Crash);
     m_store->put(makeEvent("a", "e", 0));
     EXPECT_EQ(other.events(eventsWanted(10))->size(), 1);
     other.put(makeEvent("b", "f", 0));
@@ -326,7 +326,7 @@ TEST_F(StoreTest, TwoStoresSeeEachOthersRecords)
 TEST_F(StoreTest, AReaderDoesNotStopAWriter)
 {
     m_store->put(makeEvent("a", "e", 0));
-    Store reader(m_path, Sqlite::Durability::Crash, 0);
+    SqliteStore reader(m_path, Sqlite::Durability::Crash, 0);
     Sqlite::Transaction view(reader.connection(), Sqlite::Transaction::Read);
     EXPECT_EQ(reader.connection().number("SELECT count(*) FROM event"), 1);
     EXPECT_EQ(m_store->put(makeEvent("b", "e", 0)), 2);
@@ -335,7 +335,7 @@ TEST_F(StoreTest, AReaderDoesNotStopAWriter)
 
 TEST_F(StoreTest, AWriterWaitsForAnother)
 {
-    Store other(m_path, Sqlite::Durability::Crash);
+    SqliteStore other(m_path, Sqlite::Durability::Crash);
     auto batch = std::make_unique<Store::Batch>(other);
     std::thread writer([&] { m_store->put(makeEvent("b", "e", 0)); });
     other.put(makeEvent("a", "e", 0));
@@ -518,7 +518,7 @@ TEST_F(StoreTest, AnUpgradeThatFailsChangesNothing)
             "CREATE TABLE command_by_time(x)");
     }
     for (int times = 0; times < 2; ++times) {
-        EXPECT_THROW(Store(m_path, Sqlite::Durability::Crash), Sqlite::Error);
+        EXPECT_THROW(SqliteStore(m_path, Sqlite::Durability::Crash), Sqlite::Error);
         Sqlite::Connection connection(m_path, Sqlite::Durability::Crash, 100);
         EXPECT_EQ(connection.number("PRAGMA user_version"), 1);
         EXPECT_EQ(connection.number("SELECT count(*) FROM sqlite_schema WHERE name LIKE 'event_zone%'"), 0);
@@ -564,7 +564,7 @@ TEST_F(StoreTest, AnotherProgramsDatabaseIsRefused)
         connection.run("CREATE TABLE bookmark(url TEXT)");
     }
     try {
-        Store other(m_folder.file("other.db"), Sqlite::Durability::Crash);
+        SqliteStore other(m_folder.file("other.db"), Sqlite::Durability::Crash);
         FAIL() << "opened";
     } catch (const Sqlite::Error &error) {
         EXPECT_THAT(error.what(), HasSubstr("another program's database"));
@@ -588,9 +588,9 @@ TEST_F(StoreTest, ForeignTriggersAndVirtualTablesAreRefused)
     };
     for (const std::string &addition : additions) {
         const std::string changed = m_folder.file("changed.db");
-        Store(changed, Sqlite::Durability::Crash).connection().run(addition.c_str());
+        SqliteStore(changed, Sqlite::Durability::Crash).connection().run(addition.c_str());
         try {
-            const Store again(changed, Sqlite::Durability::Crash);
+            const SqliteStore again(changed, Sqlite::Durability::Crash);
             ADD_FAILURE() << "opened with " << addition;
         } catch (const Sqlite::Error &error) {
             EXPECT_THAT(error.what(), HasSubstr(changed + ": the database holds a foreign trigger or virtual table"));
@@ -626,7 +626,7 @@ TEST_F(StoreTest, TablesViewsAndIndexesOfOthersAreLeftAlone)
 TEST_F(StoreTest, OddPathsAreTakenAsTheyStand)
 {
     for (const char *name : {"a b.db", "50%25?mode=memory#x.db", "\xE4\xF6.db", "file:x.db"}) {
-        Store other(m_folder.file(name), Sqlite::Durability::Crash);
+        SqliteStore other(m_folder.file(name), Sqlite::Durability::Crash);
         other.put(makeEvent("s", "e", 0));
         EXPECT_TRUE(std::filesystem::exists(m_folder.file(name))) << name;
     }
@@ -650,13 +650,13 @@ TEST_F(StoreTest, ManyProgramsMayMakeTheFileAtOnce)
         std::vector<std::thread> programs;
         for (int i = 0; i < 4; ++i) {
             programs.emplace_back([&, i] {
-                Store one(fresh, Sqlite::Durability::Crash, patience);
+                SqliteStore one(fresh, Sqlite::Durability::Crash, patience);
                 one.put(makeEvent("sensor" + std::to_string(i), "e", 0));
             });
         }
         for (std::thread &program : programs)
             program.join();
-        Store one(fresh, Sqlite::Durability::Crash);
+        SqliteStore one(fresh, Sqlite::Durability::Crash);
         EXPECT_EQ(one.events(eventsWanted(10))->size(), 4);
     }
 }

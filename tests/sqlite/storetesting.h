@@ -5,7 +5,7 @@
 /** @file What the tests of the store share: folders, records and their comparison. */
 
 #include "Messages.h"
-#include "store.h"
+#include "sqlitestore.h"
 
 #include <cstring>
 #include <filesystem>

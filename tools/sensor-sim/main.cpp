@@ -4,6 +4,7 @@
 #include "sensorslock.h"
 #include "settings.h"
 #include "simulation.h"
+#include "sqlitestore.h"
 
 #include <algorithm>
 #include <chrono>
@@ -152,7 +153,7 @@ int play(const Options &options)
         }
     }
     SensorsLock lock; // outlives the store
-    Store store(readSettings(options.configDir).database, Sqlite::Durability::Crash);
+    SqliteStore store(readSettings(options.configDir).database, Sqlite::Durability::Crash);
     if (!options.fill)
         lock.take(store.path());
     const unsigned seed = options.seed ? *options.seed : std::random_device()();

@@ -245,8 +245,7 @@ void Simulation::fill(int count, const std::function<bool(int)> &progress)
 {
     const double historyRate = m_rate > 0 ? m_rate : DefaultHistoryRate;
     const std::int64_t now = currentTime();
-    // Each checkpoint waits for the disk: one for several portions is enough.
-    m_store.connection().run("PRAGMA wal_autocheckpoint=10000");
+    m_store.expectMany();
     // The next portion is drawn while the store is busy with this one.
     const auto startDrawing = [&](int done) {
         return std::async(std::launch::async, [this, done, count, historyRate, now] {

@@ -22,7 +22,7 @@ struct SimulationTotals {
 
 /**
  * Plays the sensors of one installation on its store. Time is told to it, so
- * that a test can step it. Every function throws Sqlite::Error.
+ * that a test can step it. Every function throws StoreError.
  */
 class Simulation
 {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "store.h"
+#include "sqlitestore.h"
 
-#include "clock.h"
+#include "settings.h"
 
 #include <algorithm>
 #include <cstring>
@@ -18,184 +18,6 @@ constexpr std::size_t RowsAtOnce = 32;
 constexpr int FewRows = 1000;
 /** From so many rows on it pays to do without the trigger. */
 constexpr std::size_t ManyRows = 1000;
-
-constexpr const char *StateWords[] = {"running", "stopped", "killed"};
-
-/** The stores' times are signed 32-bit, as the boundary's are. */
-std::int64_t clamped(std::int64_t time)
-{
-    return std::clamp<std::int64_t>(time, INT_MIN, INT_MAX);
-}
-
-std::optional<std::string_view> textOf(const char *text, int length)
-{
-    // No bytes are no text, as in the records' own copies.
-    if (!text || length <= 0)
-        return std::nullopt;
-    return std::string_view(text, ::strnlen(text, std::size_t(length)));
-}
-
-std::optional<std::string> maskOf(int used, const char *mask, int length)
-{
-    // A mask that is switched on but missing lets everything pass.
-    const auto text = used ? textOf(mask, length) : std::nullopt;
-    return text ? std::optional<std::string>(*text) : std::nullopt;
-}
-
-template <class Value> std::optional<int> valueOf(int used, Value value)
-{
-    return used ? std::optional<int>(value) : std::nullopt;
-}
-
-void setTimes(Selection &selection, int use0, std::int64_t time0, int use1, std::int64_t time1)
-{
-    selection.anyTime = !use0 && !use1;
-    selection.timeLow = use0 ? time0 : selection.timeLow;
-    selection.timeHigh = use1 ? time1 : selection.timeHigh;
-}
-
-Selection selectionOf(const CMessageEventRequest &request)
-{
-    Selection selection;
-    selection.count = request.NMax;
-    selection.first = request.TakeFirst1_Last0 != 0;
-    selection.idLow = request.UseMessageID0 ? request.MessageID0 : INT_MIN;
-    selection.idHigh = request.UseMessageID1 ? request.MessageID1 : INT_MAX;
-    setTimes(selection, request.UseEventTime0, request.EventTime0, request.UseEventTime1, request.EventTime1);
-    selection.series.messageType = valueOf(request.UseMessageType, request.MessageType);
-    selection.series.kind = valueOf(request.UseSensorType, request.SensorType);
-    selection.series.sensorMask = maskOf(request.UseSensorID, request.SensorID, request.LSensorID);
-    selection.series.nameMask = maskOf(request.UseEventName, request.EventName, request.LEventName);
-    return selection;
-}
-
-Selection selectionOf(const CMessageCommandRequest &request)
-{
-    Selection selection;
-    selection.count = request.NMax;
-    selection.first = request.TakeFirst1_Last0 != 0;
-    selection.idLow = request.UseCommandID0 ? request.CommandID0 : INT_MIN;
-    selection.idHigh = request.UseCommandID1 ? request.CommandID1 : INT_MAX;
-    setTimes(selection, request.UseCommandTime0, request.CommandTime0, request.UseCommandTime1, request.CommandTime1);
-    selection.series.messageType = valueOf(request.UseMessageType, request.MessageType);
-    selection.series.kind = valueOf(request.UseCommandType, request.CommandType);
-    selection.series.sensorMask = maskOf(request.UseSensorID, request.SensorID, request.LSensorID);
-    return selection;
-}
-
-/** A text in a result's arena with the length that records give with it. */
-struct Text {
-    char *bytes = nullptr;
-    int length = 0;
-};
-
-Text textIn(Arena &arena, std::optional<std::string_view> text)
-{
-    return text ? Text{arena.copy(*text), int(text->size()) + 1} : Text();
-}
-
-/** The texts of a series, once for all records of a result that have it. */
-struct SeriesTexts {
-    SeriesKey key;
-    Text sensor;
-    Text name;
-};
-
-void setSeries(CMessageEvent &event, const SeriesTexts &series)
-{
-    event.MessageType = series.key.messageType;
-    event.SensorType = series.key.kind;
-    event.SensorID = series.sensor.bytes;
-    event.LSensorID = series.sensor.length;
-    event.EventName = series.name.bytes;
-    event.LEventName = series.name.length;
-}
-
-void setSeries(CMessageCommand &command, const SeriesTexts &series)
-{
-    command.MessageType = series.key.messageType;
-    command.CommandType = series.key.kind;
-    command.SensorID = series.sensor.bytes;
-    command.LSensorID = series.sensor.length;
-}
-
-void setIdentity(CMessageEvent &event, const Row &row)
-{
-    event.MessageID = row.id;
-    event.EventTime = std::time_t(clamped(row.time));
-}
-
-void setIdentity(CMessageCommand &command, const Row &row)
-{
-    command.CommandID = row.id;
-    command.CommandTime = std::time_t(clamped(row.time));
-}
-
-/** Turns rows into records. */
-template <class Record> class Builder
-{
-public:
-    Builder(Records<Record> &result, const SeriesTable &table)
-        : m_records(result)
-        , m_seriesTable(table)
-        , m_places(std::size_t(table.end()), None)
-    {
-    }
-
-    void add(const Row &row)
-    {
-        Record &record = m_records.add();
-        setIdentity(record, row);
-        setSeries(record, textsOf(row.series));
-        record.par = m_reader.read(m_records.arena, row.params, record.ParNum);
-    }
-
-private:
-    const SeriesTexts &textsOf(int series)
-    {
-        int &place = m_places[std::size_t(series)];
-        if (place == None) {
-            const SeriesKey key = m_seriesTable.key(series);
-            m_texts.push_back({key, textIn(m_records.arena, key.sensor), textIn(m_records.arena, key.name)});
-            place = int(m_texts.size()) - 1;
-        }
-        return m_texts[std::size_t(place)];
-    }
-
-    Records<Record> &m_records;
-    const SeriesTable &m_seriesTable;
-    static constexpr int None = -1;
-    /** Where a series' texts are. A damaged table may have a huge last number, so the many are kept small. */
-    std::vector<int> m_places;
-    std::vector<SeriesTexts> m_texts;
-    ParameterReader m_reader;
-};
-
-template <class Record> void addParameters(ParameterWriter &writer, const Record &record)
-{
-    writer.discard();
-    for (int i = 0; record.par && i < record.ParNum; ++i)
-        writer.add(record.par[i]);
-}
-
-SensorState stateOf(std::string_view word)
-{
-    for (const SensorState state : {SensorState::Stopped, SensorState::Killed})
-        if (word == StateWords[int(state)])
-            return state;
-    return SensorState::Running;
-}
-
-int livenessOf(const StoredSensor &sensor, std::int64_t now, int deadAfter)
-{
-    if (sensor.state == SensorState::Killed)
-        return SensorDead;
-    if (!sensor.keepAlive)
-        return 0;
-    // A sign of life from the future tells of a clock put back, not of a live sensor.
-    const bool isRecent = *sensor.keepAlive >= now - deadAfter && *sensor.keepAlive <= now + deadAfter;
-    return isRecent ? SensorAlive : SensorDead;
-}
 
 const std::string &withFolder(const std::string &path)
 {
@@ -218,7 +40,7 @@ std::string placeholders(std::size_t rows)
 } // namespace
 
 /** What is the same for events and for commands. */
-struct Store::Table {
+struct SqliteStore::Table {
     Table(Sqlite::Connection &db, const std::string &table)
         : series(db, table)
         , selector(db, table, series)
@@ -244,27 +66,27 @@ struct Store::Table {
     Sqlite::Statement newest;
 };
 
-Store::LazyTable::LazyTable(Sqlite::Connection &connection, const char *tableName)
+SqliteStore::LazyTable::LazyTable(Sqlite::Connection &connection, const char *tableName)
     : m_db(connection)
     , m_name(tableName)
 {
 }
 
-Store::LazyTable::~LazyTable() = default;
+SqliteStore::LazyTable::~LazyTable() = default;
 
-Store::Table &Store::LazyTable::operator*()
+SqliteStore::Table &SqliteStore::LazyTable::operator*()
 {
     if (!m_table)
         m_table = std::make_unique<Table>(m_db, m_name);
     return *m_table;
 }
 
-Store::Table *Store::LazyTable::operator->()
+SqliteStore::Table *SqliteStore::LazyTable::operator->()
 {
     return &**this;
 }
 
-struct Store::Statements {
+struct SqliteStore::Statements {
     /** Where a sensor that is new begins to read commands: older ones were meant for another of its name. */
     inline static const std::string NewestCommand =
         "coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'command'), 0)";
@@ -293,7 +115,7 @@ struct Store::Statements {
     Sqlite::Statement setLastCommand;
 };
 
-Store::Store(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
+SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
     : m_db(withFolder(path), durability, busyMilliseconds)
     , m_eventTable(m_db, "event")
     , m_commandTable(m_db, "command")
@@ -307,25 +129,30 @@ Store::Store(const std::string &path, Sqlite::Durability durability, int busyMil
     }
 }
 
-Store::~Store() = default;
+SqliteStore::~SqliteStore() = default;
 
-const std::string &Store::path() const
+const std::string &SqliteStore::path() const
 {
     return m_db.path();
 }
 
-Sqlite::Connection &Store::connection()
+Sqlite::Connection &SqliteStore::connection()
 {
     return m_db;
 }
 
-bool Store::isInPlace() const
+bool SqliteStore::serves(const Settings &settings) const
+{
+    return path() == settings.database && isInPlace();
+}
+
+bool SqliteStore::isInPlace() const
 {
     struct stat status = {};
     return ::stat(path().c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
 }
 
-std::vector<std::string> Store::statements() const
+std::vector<std::string> SqliteStore::statements() const
 {
     std::vector<std::string> result = m_eventTable->selector.statements();
     const std::vector<std::string> commandStatements = m_commandTable->selector.statements();
@@ -333,37 +160,27 @@ std::vector<std::string> Store::statements() const
     return result;
 }
 
-Store::Batch::Batch(Store &changed)
-    : m_store(changed)
+void SqliteStore::begin()
 {
-    if (!m_store.m_inBatch) {
-        m_transaction = std::make_unique<Sqlite::Transaction>(m_store.m_db, Sqlite::Transaction::Write);
-        m_store.m_inBatch = true;
-    }
+    m_transaction.emplace(m_db, Sqlite::Transaction::Write);
 }
 
-Store::Batch::~Batch()
+void SqliteStore::commit()
 {
-    if (!m_transaction)
-        return;
-    m_store.m_inBatch = false;
-    if (!m_committed) {
-        for (LazyTable *table : {&m_store.m_eventTable, &m_store.m_commandTable})
-            if (table->isReady())
-                (*table)->series.forget();
-    }
+    m_transaction->commit();
+    m_transaction.reset();
 }
 
-void Store::Batch::commit()
+void SqliteStore::rollBack() noexcept
 {
-    if (m_transaction) {
-        m_transaction->commit();
-        m_committed = true;
-    }
+    for (LazyTable *table : {&m_eventTable, &m_commandTable})
+        if (table->isReady())
+            (*table)->series.forget();
+    m_transaction.reset();
 }
 
 /** Without a filter the number of rows is known well enough to make room for all of them at once. */
-template <class Record> void Store::reserveFor(Table &table, const Selection &selection, Records<Record> &result)
+template <class Record> void SqliteStore::reserveFor(Table &table, const Selection &selection, Records<Record> &result)
 {
     if (selection.count > FewRows && selection.anyTime && selection.series.passesAll()) {
         const std::int64_t last = std::min<std::int64_t>(selection.idHigh, newestIdentifier(table));
@@ -373,7 +190,7 @@ template <class Record> void Store::reserveFor(Table &table, const Selection &se
 }
 
 template <class Record>
-std::unique_ptr<Records<Record>> Store::read(Table &table, const Selection &selection, bool rising)
+std::unique_ptr<Records<Record>> SqliteStore::read(Table &table, const Selection &selection, bool rising)
 {
     auto result = std::make_unique<Records<Record>>();
     Sqlite::Transaction view(m_db, Sqlite::Transaction::Read);
@@ -387,36 +204,17 @@ std::unique_ptr<Records<Record>> Store::read(Table &table, const Selection &sele
     return result;
 }
 
-std::unique_ptr<Records<CMessageEvent>> Store::events(const CMessageEventRequest &request)
+std::unique_ptr<Records<CMessageEvent>> SqliteStore::events(const CMessageEventRequest &request)
 {
     return read<CMessageEvent>(*m_eventTable, selectionOf(request), request.UseMessageID0 != 0);
 }
 
-std::unique_ptr<Records<CMessageCommand>> Store::commands(const CMessageCommandRequest &request)
+std::unique_ptr<Records<CMessageCommand>> SqliteStore::commands(const CMessageCommandRequest &request)
 {
     return read<CMessageCommand>(*m_commandTable, selectionOf(request), request.UseCommandID0 != 0);
 }
 
-std::unique_ptr<Records<CSensor>> Store::sensors(int deadAfter)
-{
-    auto result = std::make_unique<Records<CSensor>>();
-    const std::int64_t now = currentTime();
-    for (const StoredSensor &stored : storedSensors()) {
-        CSensor &sensor = result->add();
-        const Text name = textIn(result->arena, stored.name);
-        const Text description = textIn(result->arena, stored.description);
-        sensor.SensorType = stored.type;
-        sensor.SensorID = name.bytes;
-        sensor.LSensorID = name.length;
-        sensor.Description = description.bytes;
-        sensor.LDescription = description.length;
-        sensor.MessageType = livenessOf(stored, now, deadAfter);
-        sensor.EventTime = std::time_t(clamped(stored.lastMessage));
-    }
-    return result;
-}
-
-std::vector<StoredSensor> Store::storedSensors()
+std::vector<StoredSensor> SqliteStore::storedSensors()
 {
     std::vector<StoredSensor> result;
     Sqlite::Statement &rows = m_prepared->sensors;
@@ -437,32 +235,7 @@ std::vector<StoredSensor> Store::storedSensors()
     return result;
 }
 
-int Store::put(const CMessageEvent &event)
-{
-    addParameters(m_writer, event);
-    NewMessage message;
-    message.series = {event.MessageType, event.SensorType, textOf(event.SensorID, event.LSensorID),
-                      textOf(event.EventName, event.LEventName)};
-    message.time = event.EventTime;
-    message.params = m_writer.finish();
-    return putEvent(message);
-}
-
-int Store::put(const CMessageCommand &command)
-{
-    addParameters(m_writer, command);
-    NewMessage message;
-    message.series = {command.MessageType, command.CommandType, textOf(command.SensorID, command.LSensorID),
-                      std::nullopt};
-    message.time = command.CommandTime;
-    message.params = m_writer.finish();
-    Batch batch(*this);
-    const int id = insert(*m_commandTable, message);
-    batch.commit();
-    return id;
-}
-
-int Store::putEvent(const NewMessage &event)
+int SqliteStore::putEvent(const NewMessage &event)
 {
     Batch batch(*this);
     const int id = insert(*m_eventTable, event);
@@ -471,22 +244,33 @@ int Store::putEvent(const NewMessage &event)
     return id;
 }
 
-int Store::insert(Table &table, const NewMessage &message)
+int SqliteStore::putCommand(const NewMessage &command)
+{
+    Batch batch(*this);
+    const int id = insert(*m_commandTable, command);
+    batch.commit();
+    return id;
+}
+
+int SqliteStore::insert(Table &table, const NewMessage &message)
 {
     table.series.refresh();
     Sqlite::Statement &statement = table.insert;
-    statement.bind(1, table.series.find(message.series)).bind(2, clamped(message.time)).bind(3, message.params).run();
+    statement.bind(1, table.series.findOrAdd(message.series))
+        .bind(2, clamped(message.time))
+        .bind(3, message.params)
+        .run();
     return checkedIdentifier(m_db.lastIdentifier());
 }
 
-int Store::checkedIdentifier(std::int64_t id) const
+int SqliteStore::checkedIdentifier(std::int64_t id) const
 {
     if (id > INT_MAX)
         throw Sqlite::Error(path(), "all identifiers are used up");
     return int(id);
 }
 
-void Store::noteMessage(const NewMessage &event)
+void SqliteStore::noteMessage(const NewMessage &event)
 {
     if (event.series.sensor && !event.series.sensor->empty()) {
         Sqlite::Statement &statement = m_prepared->noteMessage;
@@ -494,13 +278,13 @@ void Store::noteMessage(const NewMessage &event)
     }
 }
 
-int Store::newestIdentifier(Table &table)
+int SqliteStore::newestIdentifier(Table &table)
 {
     const Sqlite::Resetter reset(table.newest);
     return table.newest.step() ? checkedIdentifier(std::max<std::int64_t>(0, table.newest.number(0))) : 0;
 }
 
-int Store::putEvents(const std::vector<NewMessage> &events)
+int SqliteStore::putEvents(const std::vector<NewMessage> &events)
 {
     Batch batch(*this);
     Table &table = *m_eventTable;
@@ -525,17 +309,17 @@ int Store::putEvents(const std::vector<NewMessage> &events)
     return firstId;
 }
 
-std::vector<int> Store::findSeries(Table &table, const std::vector<NewMessage> &messages)
+std::vector<int> SqliteStore::findSeries(Table &table, const std::vector<NewMessage> &messages)
 {
     std::vector<int> series;
     series.reserve(messages.size());
     for (const NewMessage &message : messages)
-        series.push_back(table.series.find(message.series));
+        series.push_back(table.series.findOrAdd(message.series));
     return series;
 }
 
-void Store::insertRows(Sqlite::Statement &statement, const NewMessage *messages, const int *series, std::size_t count,
-                       int firstId)
+void SqliteStore::insertRows(Sqlite::Statement &statement, const NewMessage *messages, const int *series,
+                             std::size_t count, int firstId)
 {
     for (std::size_t i = 0; i < count; ++i) {
         const int place = int(i) * 4;
@@ -548,7 +332,7 @@ void Store::insertRows(Sqlite::Statement &statement, const NewMessage *messages,
 }
 
 /** Says beforehand what the triggers would find out row by row. */
-void Store::widenZones(Table &table, const std::vector<NewMessage> &messages, int firstId)
+void SqliteStore::widenZones(Table &table, const std::vector<NewMessage> &messages, int firstId)
 {
     for (std::size_t start = 0; start < messages.size();) {
         const int zone = (firstId + int(start)) >> Schema::ZoneShifts[0];
@@ -566,7 +350,7 @@ void Store::widenZones(Table &table, const std::vector<NewMessage> &messages, in
 }
 
 /** The latest of each series is looked for first: series are few, and their numbers need no hashing of names. */
-void Store::noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series)
+void SqliteStore::noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series)
 {
     std::vector<const NewMessage *> latestOfSeries(std::size_t(m_eventTable->series.end()));
     for (std::size_t i = 0; i < events.size(); ++i) {
@@ -584,7 +368,7 @@ void Store::noteMessages(const std::vector<NewMessage> &events, const std::vecto
         noteMessage(*event);
 }
 
-bool Store::remove(Table &table, int id)
+bool SqliteStore::remove(Table &table, int id)
 {
     Batch batch(*this);
     table.remove.bind(1, id).run();
@@ -593,38 +377,44 @@ bool Store::remove(Table &table, int id)
     return removed;
 }
 
-bool Store::deleteEvent(int id)
+void SqliteStore::expectMany()
+{
+    // Each checkpoint waits for the disk: one for several transactions is enough.
+    m_db.run("PRAGMA wal_autocheckpoint=10000");
+}
+
+bool SqliteStore::deleteEvent(int id)
 {
     return remove(*m_eventTable, id);
 }
 
-bool Store::deleteCommand(int id)
+bool SqliteStore::deleteCommand(int id)
 {
     return remove(*m_commandTable, id);
 }
 
-void Store::registerSensor(const std::string &name, int type, const std::string &description)
+void SqliteStore::registerSensor(const std::string &name, int type, const std::string &description)
 {
     Batch batch(*this);
     m_prepared->registerSensor.bind(1, name).bind(2, type).bind(3, description).run();
     batch.commit();
 }
 
-void Store::keepAlive(const std::string &name, std::int64_t time)
+void SqliteStore::keepAlive(const std::string &name, std::int64_t time)
 {
     Batch batch(*this);
     m_prepared->keepAlive.bind(1, name).bind(2, clamped(time)).run();
     batch.commit();
 }
 
-void Store::setState(const std::string &name, SensorState state)
+void SqliteStore::setState(const std::string &name, SensorState state)
 {
     Batch batch(*this);
-    m_prepared->setState.bind(1, name).bind(2, StateWords[int(state)]).run();
+    m_prepared->setState.bind(1, name).bind(2, wordOf(state)).run();
     batch.commit();
 }
 
-void Store::setLastCommand(const std::string &name, int commandId)
+void SqliteStore::setLastCommand(const std::string &name, int commandId)
 {
     Batch batch(*this);
     m_prepared->setLastCommand.bind(1, name).bind(2, commandId).run();

@@ -12,7 +12,7 @@ struct Settings {
 
 /**
  * Reads `configDir`/DBLib.def; what it does not say, and a missing file, means
- * the default. Throws Sqlite::Error when there is a file that cannot be read,
+ * the default. Throws StoreError when there is a file that cannot be read,
  * and std::bad_alloc.
  */
 Settings readSettings(const std::string &configDir);

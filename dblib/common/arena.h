@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "sqlitememory.h"
+#include "memoryblock.h"
 
 #include <cstddef>
 #include <string_view>

@@ -3,7 +3,7 @@
 #include "settings.h"
 
 #include "Config.h"
-#include "sqlite.h"
+#include "storeerror.h"
 
 #include <cerrno>
 #include <charconv>
@@ -46,7 +46,7 @@ bool isMissing(const std::string &path)
 
 [[noreturn]] void fail(const std::string &path, const char *reason)
 {
-    throw Sqlite::Error(path, std::string("the settings cannot be read (") + reason + ")");
+    throw StoreError(path, std::string("the settings cannot be read (") + reason + ")");
 }
 
 /** NULL when there is no file. What is there but cannot be read may name another database than the default one. */
