@@ -22,6 +22,8 @@ std::string NameMap::configured(const char *key) const
 
 std::string NameMap::name(const char *key, const char *usual) const
 {
-    const std::string other = configured(key);
-    return other.empty() ? usual : other;
+    std::string value = configured(key);
+    if (value.empty())
+        value = usual;
+    return value;
 }

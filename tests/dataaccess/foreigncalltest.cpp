@@ -9,6 +9,7 @@
 
 #include <pthread.h>
 #include <stdexcept>
+#include <string>
 
 namespace
 {
@@ -51,6 +52,19 @@ TEST(ForeignCall, TheThreadGoesOnAfterPthreadExit)
 {
     EXPECT_EQ(said([]() -> int { endThread(nullptr); }), "Function called pthread_exit\n");
     EXPECT_EQ(said([]() -> int { endThread(nullptr); }), "Function called pthread_exit\n") << "again";
+}
+
+TEST(ForeignCall, ALibraryThatCatchesWhatIsThrownInsteadGoesOnItself)
+{
+    EXPECT_EQ(attempt("Function",
+                      []() -> int {
+                          try {
+                              endThread(nullptr);
+                          } catch (const std::exception &thrown) {
+                              return std::string(thrown.what()).rfind("pthread_exit was called", 0) == 0;
+                          }
+                      }),
+              1);
 }
 
 TEST(ForeignCall, AThreadOfTheLibrarysOwnEndsAsEver)
