@@ -647,13 +647,13 @@ void TestDBFuns::oddRecordsAreCopiedAsFarAsTheyGo()
     QCOMPARE(events.events[0].LSensorID, 0);
     QVERIFY(!events.events[0].EventName); // a text with length 0
     QVERIFY(!events.events[0].par);       // a number of parameters without an array
-    QCOMPARE(events.events[0].ParNum, 0);
+    QCOMPARE(events.events[0].ParNum, 2);
     Fetch commands("Commands");
     commands.call();
     QCOMPARE(commands.n, ContractCommands);
     QVERIFY(!commands.commands[0].SensorID);
     QVERIFY(!commands.commands[0].par); // an array with a negative number of parameters
-    QCOMPARE(commands.commands[0].ParNum, 0);
+    QCOMPARE(commands.commands[0].ParNum, -1);
 }
 
 void TestDBFuns::anExceptionEndsAtTheBoundary_data()
