@@ -162,6 +162,8 @@ private slots:
     void aWidgetOfThePanelStandsAsInTheTable();
     void childrenStandInTheOrderOfCreation_data();
     void childrenStandInTheOrderOfCreation();
+    void noButtonIsAutomaticDefault_data();
+    void noButtonIsAutomaticDefault();
     void radioButtonsAreNumberedInOrder_data();
     void radioButtonsAreNumberedInOrder();
     void controlsHaveNoInitialValues_data();
@@ -349,6 +351,18 @@ EACH_FORM(childrenStandInTheOrderOfCreation)
                 expected.append(widget.name);
         QVERIFY(!expected.isEmpty());
         QCOMPARE(childNames(form->findChild<QWidget *>(parent)), expected);
+    }
+}
+
+EACH_FORM(noButtonIsAutomaticDefault)
+{
+    QFETCH(const FormTable *, table);
+    const auto form = make(table);
+    const auto buttons = form->findChildren<QPushButton *>();
+    QCOMPARE(buttons.size(), 2);
+    for (const QPushButton *button : buttons) {
+        QVERIFY(!button->autoDefault());
+        QVERIFY(!button->isDefault());
     }
 }
 

@@ -61,6 +61,7 @@ private slots:
     void noAutoUpdateStopsTheTimer();
     void selectingTheSameIntervalTwiceRestartsIt();
     void tickFetchesOnlyWhatIsNew();
+    void returnKeyReloadsNothing();
 
     void rightClickOpensTheMenuAtThePointer();
     void menuKeyOpensTheMenuForTheCurrentRow();
@@ -706,6 +707,22 @@ void RecordWindowsTest::rightClickOpensTheMenuAtThePointer()
     eachKind([](auto kind) {
         const auto window = openWith(kind, 1, 3);
         QVERIFY(showAndWait(window.get()));
+void RecordWindowsTest::returnKeyReloadsNothing()
+{
+    eachKind([](auto kind) {
+        const auto window = openWith(kind, 1, 3);
+        QVERIFY(showAndWait(window.get()));
+        for (QWidget *widget : {static_cast<QWidget *>(window->NMax), static_cast<QWidget *>(kind.list(window.get())),
+                                static_cast<QWidget *>(window.get())}) {
+            widget->setFocus();
+            for (Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
+                QTest::keyClick(widget, key);
+        }
+        QCOMPARE(kind.source().fetches(), kind.LoadsWhileBuilt);
+        QVERIFY(window->isVisible());
+    });
+}
+
         QCursor::setPos(40, 50);
         QStringList entries;
         QPoint place;
