@@ -270,6 +270,7 @@ template <class Traits> void RecordListWindow<Traits>::chooseAutoUpdate(int inde
         return;
     timer = new QTimer(this);
     QObject::connect(timer, &QTimer::timeout, this, Traits::GetNew);
+    timer->setTimerType(Qt::PreciseTimer);
     timer->start(interval);
 }
 

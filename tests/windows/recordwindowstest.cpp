@@ -655,6 +655,7 @@ void RecordWindowsTest::autoUpdateIntervals()
         }
         window->setAutoUpdate(17);
         QCOMPARE(window->timer->interval(), 1000);
+            QCOMPARE(window->timer->timerType(), Qt::PreciseTimer);
         window->setAutoUpdate(-1);
         QVERIFY(!window->timer);
     });
