@@ -5,8 +5,6 @@
 #include "Messages.h"
 #include "timepresets.h"
 
-#include <climits>
-
 namespace
 {
 // What both requests have under the same names.
@@ -19,15 +17,6 @@ template <class Request> void fillCommon(Request &request, const FilterControls 
     const QByteArray latin1 = mask.toLatin1();
     CopyPtr(&request.SensorID, &request.LSensorID, latin1.constData(), int(latin1.size()) + 1);
     request.UseSensorID = 1;
-}
-
-void askAbove(int idLast, int &lowest, int &useLowest, int &highest, int &useHighest)
-{
-    const bool more = idLast < INT_MAX;
-    lowest = more ? idLast + 1 : INT_MAX;
-    useLowest = 1;
-    highest = 0;
-    useHighest = more ? 0 : 1;
 }
 } // namespace
 
@@ -46,8 +35,10 @@ void fillRequest(CMessageEventRequest &request, const FilterControls &controls, 
     request.UseEventTime0 = controls.timeFromUsed ? 1 : 0;
     request.EventTime1 = toRecordTime(controls.timeTo);
     request.UseEventTime1 = controls.timeToUsed ? 1 : 0;
-    if (idLast)
-        askAbove(*idLast, request.MessageID0, request.UseMessageID0, request.MessageID1, request.UseMessageID1);
+    if (!idLast)
+        return;
+    request.MessageID0 = *idLast + 1;
+    request.UseMessageID0 = 1;
 }
 
 void fillRequest(CMessageCommandRequest &request, const FilterControls &controls, const QString &mask,
@@ -60,6 +51,8 @@ void fillRequest(CMessageCommandRequest &request, const FilterControls &controls
     request.UseCommandTime0 = controls.timeFromUsed ? 1 : 0;
     request.CommandTime1 = toRecordTime(controls.timeTo);
     request.UseCommandTime1 = controls.timeToUsed ? 1 : 0;
-    if (idLast)
-        askAbove(*idLast, request.CommandID0, request.UseCommandID0, request.CommandID1, request.UseCommandID1);
+    if (!idLast)
+        return;
+    request.CommandID0 = *idLast + 1;
+    request.UseCommandID0 = 1;
 }

@@ -27,8 +27,8 @@ int recordLimit(const QString &text);
  * Fills a default-constructed request from the controls.
  *
  * `mask` selects the sensor's name, empty: any; it is handed on as Latin-1.
- * With `idLast` only records above that identifier are asked for. Above the
- * largest identifier there is none: the range is then empty.
+ * With `idLast` only records above that identifier are asked for; it must not
+ * be the largest there is.
  *
  * The kind goes into MessageType. Without a checked kind there is no such
  * filter. Throws std::bad_alloc.

@@ -16,6 +16,7 @@
 
 #include <KLocalizedString>
 #include <QTimer>
+#include <climits>
 #include <memory>
 #include <string>
 
@@ -321,6 +322,9 @@ template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QOb
 
 template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QObject> &self)
 {
+    // There is no identifier above the largest one to ask for.
+    if (IDLast == INT_MAX)
+        return;
     Request request;
     fillRequest(request, filterControls(), SensorNameMask, IDLast);
     Answer answer = fetch(request, self);

@@ -42,7 +42,7 @@ private slots:
     void arrayOfAFailedFetchIsReleased();
     void identifiersSurviveAReloadWithoutRecords();
     void rowNumbersStopAtTheLargestNumber();
-    void nothingIsAskedForAboveTheLargestIdentifier();
+    void nothingIsAddedAboveTheLargestIdentifier();
     void nullArrayWithACountGivesNoRowsAndNoSecondFetch();
     void firstColumnIs30WideAfterEveryLoad();
     void loadsWithoutRecordsLeaveTheFirstColumn();
@@ -436,7 +436,7 @@ void RecordWindowsTest::rowNumbersStopAtTheLargestNumber()
     });
 }
 
-void RecordWindowsTest::nothingIsAskedForAboveTheLargestIdentifier()
+void RecordWindowsTest::nothingIsAddedAboveTheLargestIdentifier()
 {
     eachKind([](auto kind) {
         kind.source().answer = {kind.record(INT_MIN), kind.record(INT_MAX)};
@@ -445,10 +445,14 @@ void RecordWindowsTest::nothingIsAskedForAboveTheLargestIdentifier()
         QCOMPARE(window->IDFirst, INT_MIN);
         QCOMPARE(window->IDLast, INT_MAX);
         kind.getNew(window.get());
-        const auto &request = kind.source().requests.back();
-        QCOMPARE(kind.lowestID(request), INT_MAX);
-        // An upper bound below the lower one: no record is in between.
-        QVERIFY(!kind.endless(request));
+        QTest::mouseClick(window->pushButton2, Qt::LeftButton);
+        QCOMPARE(kind.list(window.get())->childCount(), 2);
+        QCOMPARE(window->iLast, 1);
+        // A full load goes on as before.
+        kind.source().answer = {kind.record(3)};
+        window->onUpdateList();
+        kind.getNew(window.get());
+        QCOMPARE(kind.lowestID(kind.source().requests.back()), 4);
     });
 }
 
