@@ -6,13 +6,15 @@
 
 #include <KLocalizedString>
 #include <QDialog>
+#include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
 
 namespace
 {
 
-/** Runs a message box that may be destroyed with its parent meanwhile; the button pressed, NoButton then. */
-QMessageBox::StandardButton runBox(QMessageBox *box, const char *name)
+/** Runs a message box, which may be destroyed with its parent meanwhile; whether that button of it was pressed. */
+bool runBox(QMessageBox *box, const char *name, const QAbstractButton *button)
 {
     box->setObjectName(QString::fromLatin1(name));
     // These texts carry what a database or a file holds: a "<" in them is no markup.
@@ -20,10 +22,8 @@ QMessageBox::StandardButton runBox(QMessageBox *box, const char *name)
     const QPointer<QMessageBox> alive(box);
     const WaitCursor::Pause pause;
     box->exec();
-    if (!alive)
-        return QMessageBox::NoButton;
-    const QMessageBox::StandardButton pressed = box->standardButton(box->clickedButton());
-    delete box;
+    const bool pressed = alive && box->clickedButton() == button;
+    delete alive;
     return pressed;
 }
 
@@ -36,7 +36,8 @@ QString translated(const QString &text)
 
 void showInformationBox(QWidget *parent, const QString &caption, const QString &text)
 {
-    runBox(new QMessageBox(QMessageBox::Information, caption, text, QMessageBox::Ok, parent), "information");
+    auto *box = new QMessageBox(QMessageBox::Information, caption, text, QMessageBox::Ok, parent);
+    runBox(box, "information", nullptr);
 }
 
 void showInformationBox(QDialog *parent, const QString &caption, const QString &text)
@@ -44,10 +45,18 @@ void showInformationBox(QDialog *parent, const QString &caption, const QString &
     showInformationBox(static_cast<QWidget *>(parent), translated(caption), translated(text));
 }
 
-bool askQuestion(QWidget *parent, const QString &caption, const QString &text,
-                 QMessageBox::StandardButton defaultButton)
+bool askQuestion(QWidget *parent, const QString &caption, const QString &text)
 {
     auto *box = new QMessageBox(QMessageBox::Question, caption, text, QMessageBox::Yes | QMessageBox::No, parent);
-    box->setDefaultButton(defaultButton);
-    return runBox(box, "question") == QMessageBox::Yes;
+    return runBox(box, "question", box->button(QMessageBox::Yes));
+}
+
+bool confirm(QWidget *parent, const QString &caption, const QString &text)
+{
+    auto *box = new QMessageBox(QMessageBox::Question, caption, text, QMessageBox::NoButton, parent);
+    // Both in one role, which keeps their order: a button in that of a No would answer to Escape.
+    QPushButton *yes = box->addButton(tr2i18n("Yes"), QMessageBox::YesRole);
+    box->addButton(tr2i18n("No"), QMessageBox::YesRole);
+    box->setDefaultButton(yes);
+    return runBox(box, "question", yes);
 }

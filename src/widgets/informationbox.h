@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include <QMessageBox>
+#include <QString>
 
 class QDialog;
+class QWidget;
 
 /**
  * Shows a plain text with an OK button and waits until it is dismissed.
@@ -21,12 +22,16 @@ void showInformationBox(QWidget *parent, const QString &caption, const QString &
 void showInformationBox(QDialog *parent, const QString &caption, const QString &text);
 
 /**
- * Asks a plain-text question with the buttons Yes and No; true when Yes was chosen.
+ * Asks a plain-text question with the toolkit's buttons for Yes and No; true when Yes was chosen.
  *
- * Escape and closing the box mean No. `defaultButton` is the one that Enter
- * presses; NoButton leaves that to the focus. When `parent` dies while the
- * question is open the box closes with it and the answer is false: a caller
- * that is the parent must not touch itself then. The box is named "question".
+ * Escape and closing the box mean No. When `parent` dies while the question is
+ * open the box closes with it and the answer is false: a caller that is the
+ * parent must not touch itself then. The box is named "question".
  */
-bool askQuestion(QWidget *parent, const QString &caption, const QString &text,
-                 QMessageBox::StandardButton defaultButton = QMessageBox::NoButton);
+bool askQuestion(QWidget *parent, const QString &caption, const QString &text);
+
+/**
+ * The same for what cannot be undone: Enter means Yes, and nothing but the two
+ * buttons answers. They have no accelerators.
+ */
+bool confirm(QWidget *parent, const QString &caption, const QString &text);

@@ -270,8 +270,8 @@ template <class Traits> void RecordListWindow<Traits>::chooseAutoUpdate(int inde
     if (interval == 0)
         return;
     timer = new QTimer(this);
-    QObject::connect(timer, &QTimer::timeout, this, Traits::GetNew);
     timer->setTimerType(Qt::PreciseTimer);
+    QObject::connect(timer, &QTimer::timeout, this, Traits::GetNew);
     timer->start(interval);
 }
 
@@ -430,8 +430,7 @@ template <class Traits> void RecordListWindow<Traits>::deleteSelectedRecord()
         return;
     const QString id = item->text(IdentifierColumn);
     const QPointer<QObject> self(this);
-    const bool yes =
-        askQuestion(this, tr2i18n("???"), Traits::deleteQuestion() + id + QLatin1Char('?'), QMessageBox::Yes);
+    const bool yes = confirm(this, tr2i18n("???"), Traits::deleteQuestion() + id + QLatin1Char('?'));
     if (!self || !yes)
         return;
     Traits::remove(id.toInt());

@@ -443,7 +443,7 @@ void ExistingLibraryTest::rowsGoAndOrdersCome()
     captured([] {
         CWD_EventsList events(nullptr, "Events list", nullptr);
         events.itemSelected = events.listMessages->itemAt(1);
-        answerBox(QMessageBox::Yes);
+        pressInBox("Yes");
         events.onDeleteItem();
         QCOMPARE(heard(), QByteArray("delete event 3"));
 

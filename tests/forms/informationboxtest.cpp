@@ -4,9 +4,11 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -40,8 +42,10 @@ private slots:
     void theQuestionHasYesAndNo();
     void noEscapeAndCloseMeanNo_data();
     void noEscapeAndCloseMeanNo();
-    void enterPressesTheDefaultButton();
-    void withoutADefaultThereIsNone();
+    void theQuestionHasNoDefaultButton();
+    void theConfirmationHasYesAndNoWithoutAccelerators();
+    void onlyItsButtonsAnswerTheConfirmation();
+    void enterAnswersTheConfirmationYes();
     void aQuestionWhoseParentDiesIsAnsweredNo();
 };
 
@@ -124,19 +128,10 @@ void TestInformationBox::noEscapeAndCloseMeanNo()
         else
             box->close();
     });
-    QVERIFY(!askQuestion(nullptr, "???", "Close program?", QMessageBox::Yes));
+    QVERIFY(!askQuestion(nullptr, "???", "Close program?"));
 }
 
-void TestInformationBox::enterPressesTheDefaultButton()
-{
-    const auto pressEnter = [](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Return); };
-    whenABoxIsOpen(this, pressEnter);
-    QVERIFY(askQuestion(nullptr, "???", "Sure?", QMessageBox::Yes));
-    whenABoxIsOpen(this, pressEnter);
-    QVERIFY(!askQuestion(nullptr, "???", "Sure?", QMessageBox::No));
-}
-
-void TestInformationBox::withoutADefaultThereIsNone()
+void TestInformationBox::theQuestionHasNoDefaultButton()
 {
     const QPushButton *defaultButton = nullptr;
     whenABoxIsOpen(this, [&defaultButton](QMessageBox *box) {
@@ -147,11 +142,65 @@ void TestInformationBox::withoutADefaultThereIsNone()
     QVERIFY(!defaultButton);
 }
 
+/** The texts of a box's buttons, from left to right. */
+static QStringList buttonTexts(const QMessageBox *box)
+{
+    auto buttons = box->buttons();
+    std::sort(buttons.begin(), buttons.end(), [](auto *a, auto *b) { return a->x() < b->x(); });
+    QStringList texts;
+    for (const QAbstractButton *button : buttons)
+        texts << button->text();
+    return texts;
+}
+
+void TestInformationBox::theConfirmationHasYesAndNoWithoutAccelerators()
+{
+    QWidget parent;
+    bool seen = false;
+    whenABoxIsOpen(this, [&seen, &parent](QMessageBox *box) {
+        seen = true;
+        QTimer::singleShot(0, box->defaultButton(), &QAbstractButton::click);
+        QCOMPARE(box->objectName(), QString("question"));
+        QCOMPARE(box->windowTitle(), QString("???"));
+        QCOMPARE(box->text(), QString("Delete <event>?"));
+        QCOMPARE(box->textFormat(), Qt::PlainText);
+        QCOMPARE(box->icon(), QMessageBox::Question);
+        QCOMPARE(box->parentWidget(), &parent);
+        QCOMPARE(buttonTexts(box), QStringList({"Yes", "No"}));
+        QCOMPARE(box->defaultButton()->text(), QString("Yes"));
+        for (const QAbstractButton *button : box->buttons())
+            QVERIFY(button->shortcut().isEmpty());
+    });
+    QVERIFY(confirm(&parent, "???", "Delete <event>?"));
+    QVERIFY(seen);
+}
+
+void TestInformationBox::onlyItsButtonsAnswerTheConfirmation()
+{
+    bool open = false;
+    whenABoxIsOpen(this, [&open](QMessageBox *box) {
+        QTest::keyClick(box, Qt::Key_Escape);
+        box->close();
+        open = box->isVisible();
+        for (QAbstractButton *button : box->buttons())
+            if (button->text() == "No")
+                button->click();
+    });
+    QVERIFY(!confirm(nullptr, "???", "Delete?"));
+    QVERIFY(open);
+}
+
+void TestInformationBox::enterAnswersTheConfirmationYes()
+{
+    whenABoxIsOpen(this, [](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Return); });
+    QVERIFY(confirm(nullptr, "???", "Delete?"));
+}
+
 void TestInformationBox::aQuestionWhoseParentDiesIsAnsweredNo()
 {
     auto parent = std::make_unique<QWidget>();
     whenABoxIsOpen(this, [&parent](QMessageBox *) { parent.reset(); });
-    QVERIFY(!askQuestion(parent.get(), "???", "Delete?", QMessageBox::Yes));
+    QVERIFY(!askQuestion(parent.get(), "???", "Close program?"));
     QVERIFY(!parent);
 }
 

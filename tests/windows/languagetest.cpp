@@ -184,16 +184,19 @@ void LanguageTest::menusAndQuestionsSpeakTheLanguage()
     speak("de");
     QString caption;
     QString question;
+    QString defaultButton;
     when([] { return openBox() != nullptr; },
          [&] {
              caption = openBox()->windowTitle();
              question = openBox()->text();
-             openBox()->reject();
+             defaultButton = openBox()->defaultButton()->text();
+             QTest::mouseClick(buttonOf(openBox(), QString::fromUtf8("Doch nicht")), Qt::LeftButton);
          });
     chooseFromMenu(QString::fromUtf8("Ereignis löschen"));
     rightClick(window.listMessages, 0);
     QCOMPARE(caption, QStringLiteral("Frage"));
     QCOMPARE(question, QStringLiteral("Soll weg: Ereignis 5?"));
+    QCOMPARE(defaultButton, QStringLiteral("Ja, weg"));
 }
 
 void LanguageTest::messagesOfTheDataLayerSpeakTheLanguage()

@@ -105,6 +105,20 @@ void answerBox(QMessageBox::StandardButton button, QString *text)
          });
 }
 
+QPushButton *buttonOf(const QMessageBox *box, const QString &text)
+{
+    for (auto *button : box->findChildren<QPushButton *>())
+        if (button->text() == text)
+            return button;
+    return nullptr;
+}
+
+void pressInBox(const QString &button)
+{
+    when([] { return openBox() != nullptr; },
+         [button] { QTest::mouseClick(buttonOf(openBox(), button), Qt::LeftButton); });
+}
+
 void onMenu(const std::function<void(QMenu *)> &act)
 {
     when([] { return openMenu() != nullptr; }, [act] { act(openMenu()); });

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
 #include <QStringList>
 #include <QTimer>
 #include <functional>
@@ -48,6 +49,10 @@ int openBoxes();
 
 /** As soon as a message box is open: notes its text and presses a button of it. */
 void answerBox(QMessageBox::StandardButton button, QString *text = nullptr);
+/** The box's button with this text, NULL when there is none. */
+QPushButton *buttonOf(const QMessageBox *box, const QString &text);
+/** As soon as a message box is open: presses its button with this text. */
+void pressInBox(const QString &button);
 /** Dismisses every box and notes caption and text. */
 class BoxNotes
 {
