@@ -294,6 +294,21 @@ int InitDBCommands(QString dir)
     return result;
 }
 
+int roomForSensors()
+{
+    return FDBGetSensors ? 0 : DebugSensorCapacity;
+}
+
+int roomForEvents()
+{
+    return FDBGetEvents ? 0 : DebugEventCapacity;
+}
+
+int roomForCommands()
+{
+    return FDBGetCommands ? 0 : DebugCommandCapacity;
+}
+
 int DBGetSensors(int *n, CSensor **sensors, QDialog *parent)
 {
     return fetch(SensorTexts, FDBGetSensors, DBGetSensorsDebug, n, sensors, parent);

@@ -47,6 +47,16 @@ int InitDBEvents(QString dir);
 int InitDBCommands(QString dir);
 
 /**
+ * Records that the array handed to DBGetSensors must have room for: the test
+ * data source fills it in place. 0 while a DB library brings an array of its own.
+ */
+int roomForSensors();
+/** As roomForSensors(), for DBGetEvents. */
+int roomForEvents();
+/** As roomForSensors(), for DBGetCommands. */
+int roomForCommands();
+
+/**
  * Fetches all sensors.
  *
  * `*sensors` is NULL or an array that was made with array new. With a DB
@@ -55,8 +65,7 @@ int InitDBCommands(QString dir);
  * with array delete. With no record the array stays and `*n` becomes 0.
  *
  * Without the library's function, `*n` becomes the test data source's count,
- * and an array that is not NULL is filled in place: it must then have room
- * for DebugSensorCapacity records.
+ * and an array that is not NULL is filled in place: see roomForSensors().
  *
  * Returns the library's own result. After a failed size check, a NULL
  * `sensors`, too little memory (each shown with `parent` under the box), for a

@@ -3,16 +3,15 @@
 #include "cwd_commandslist.h"
 
 #include "DBFuns.h"
-#include "LoadDLL.h"
 
 ListView *CommandListTraits::list(const DCommandsList &form)
 {
     return form.listCommands;
 }
 
-bool CommandListTraits::onTestData()
+int CommandListTraits::room()
 {
-    return !FDBGetCommands;
+    return roomForCommands();
 }
 
 int CommandListTraits::get(int *count, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "CommandsList.h"
-#include "DBFunsDebug.h"
 #include "Messages.h"
 #include "commanditem.h"
 #include "recordlistwindow.h"
@@ -16,14 +15,13 @@ struct CommandListTraits {
     using Item = CommandItem;
 
     static constexpr int NumericColumns[] = {NumberColumn, IdentifierColumn, KindColumn, DateColumn};
-    static constexpr int TestDataCapacity = DebugCommandCapacity;
     static constexpr int FirstColumnWidthWhileLoading = 10;
     static constexpr bool EmptyAnswerResetsDigits = false;
     static constexpr bool RepaintsAfterSizing = false;
     static constexpr auto GetNew = &DCommandsList::noGetNewCommands;
 
     static ListView *list(const DCommandsList &form);
-    static bool onTestData();
+    static int room();
     static int get(int *count, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent);
     static void remove(int id);
     static int id(const CMessageCommand &command);

@@ -3,16 +3,15 @@
 #include "cwd_eventslist.h"
 
 #include "DBFuns.h"
-#include "LoadDLL.h"
 
 ListView *EventListTraits::list(const DEventList &form)
 {
     return form.listMessages;
 }
 
-bool EventListTraits::onTestData()
+int EventListTraits::room()
 {
-    return !FDBGetEvents;
+    return roomForEvents();
 }
 
 int EventListTraits::get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "DBFunsDebug.h"
 #include "EventsList.h"
 #include "Messages.h"
 #include "eventitem.h"
@@ -17,8 +16,6 @@ struct EventListTraits {
 
     /** Columns that sort by numbers, dates among them. */
     static constexpr int NumericColumns[] = {NumberColumn, IdentifierColumn, DateColumn};
-    /** Records that the test data source may write into an array. */
-    static constexpr int TestDataCapacity = DebugEventCapacity;
     static constexpr int FirstColumnWidthWhileLoading = 30;
     /** Whether a full load without records brings the row numbers back to their fewest digits. */
     static constexpr bool EmptyAnswerResetsDigits = true;
@@ -27,8 +24,8 @@ struct EventListTraits {
     static constexpr auto GetNew = &DEventList::onGetNewEvents;
 
     static ListView *list(const DEventList &form);
-    /** Whether the records come from the test data source. */
-    static bool onTestData();
+    /** Records that the array handed to get() must have room for; 0: none is handed. */
+    static int room();
     static int get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent);
     static void remove(int id);
     static int id(const CMessageEvent &event);

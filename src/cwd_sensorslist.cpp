@@ -3,8 +3,6 @@
 #include "cwd_sensorslist.h"
 
 #include "DBFuns.h"
-#include "DBFunsDebug.h"
-#include "LoadDLL.h"
 #include "Messages.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
@@ -100,18 +98,11 @@ void CWD_SensorsList::reload(const QPointer<QObject> &self)
     releaseSensors();
     // Not into the members: the window may die while a box is open.
     int count = 0;
-    CSensor *sensors = nullptr;
+    const int room = roomForSensors();
+    CSensor *sensors = room > 0 ? new CSensor[std::size_t(room)] : nullptr;
     DBGetSensors(&count, &sensors, this);
     std::unique_ptr<CSensor[]> owned(sensors);
-    if (!self)
-        return;
-    // The test data source copies into what it is given and allocates nothing.
-    if (count > 0 && !sensors && !FDBGetSensors) {
-        owned = std::make_unique<CSensor[]>(DebugSensorCapacity);
-        sensors = owned.get();
-        DBGetSensors(&count, &sensors, this);
-    }
-    if (!owned || count <= 0)
+    if (!self || !owned || count <= 0)
         return;
     ListView::Rows rows;
     rows.reserve(std::size_t(count));

@@ -105,7 +105,7 @@ private:
     FilterControls filterControls();
     void reload(const QPointer<QObject> &self);
     void loadNew(const QPointer<QObject> &self);
-    Answer fetch(Request &request, const QPointer<QObject> &self);
+    Answer fetch(Request &request);
     static void returnSpareMemory(int rows);
     void followTimeZone();
     template <class NumberOf> void addRows(Answer &answer, bool first, bool startOver, NumberOf numberOf);
@@ -306,7 +306,7 @@ template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QOb
     iFirst = iLast = 0;
     Request request;
     fillRequest(request, filterControls(), SensorNameMask);
-    Answer answer = fetch(request, self);
+    Answer answer = fetch(request);
     if (!self || answer.result != 0)
         return;
     const int count = answer.count;
@@ -327,7 +327,7 @@ template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QO
         return;
     Request request;
     fillRequest(request, filterControls(), SensorNameMask, IDLast);
-    Answer answer = fetch(request, self);
+    Answer answer = fetch(request);
     if (!self || answer.result != 0 || answer.count <= 0)
         return;
     const int last = iLast;
@@ -356,20 +356,13 @@ template <class Traits> void RecordListWindow<Traits>::followTimeZone()
     list()->textsChanged();
 }
 
-template <class Traits> auto RecordListWindow<Traits>::fetch(Request &request, const QPointer<QObject> &self) -> Answer
+template <class Traits> auto RecordListWindow<Traits>::fetch(Request &request) -> Answer
 {
     Answer answer;
-    Record *records = nullptr;
+    const int room = Traits::room();
+    Record *records = room > 0 ? new Record[std::size_t(room)] : nullptr;
     answer.result = Traits::get(&answer.count, &records, &request, this);
     answer.records.reset(records);
-    if (!self)
-        return answer;
-    // The test data source copies into what it is given and allocates nothing.
-    if (answer.result == 0 && answer.count > 0 && !records && Traits::onTestData()) {
-        answer.records.reset(new Record[Traits::TestDataCapacity]);
-        records = answer.records.get();
-        answer.result = Traits::get(&answer.count, &records, &request, this);
-    }
     if (!answer.records)
         answer.count = 0;
     return answer;

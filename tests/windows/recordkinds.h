@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "DBFunsDebug.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
 #include "fakesource.h"
@@ -17,6 +18,7 @@ struct EventsKind {
     static constexpr const char *TestFile = "DebugInitEvents.txt";
     static constexpr const char *TestBlock = "{\nSENSOR_ID=pump%1\nEVENT_NAME=started\nEVENT_TIME=1795000000\n}\n";
     static constexpr int TestCapacity = DebugEventCapacity;
+    static constexpr const char *LoadTrace = "DBGetEvents<\nDBGetEvents> \n";
 
     static FakeSource<Record, Request> &source()
     {
@@ -91,6 +93,7 @@ struct CommandsKind {
     static constexpr const char *TestFile = "DebugInitCommands.txt";
     static constexpr const char *TestBlock = "{\nSENSOR_ID=pump%1\nCOMMAND_TYPE=1\nCOMMAND_TIME=1795000000\n}\n";
     static constexpr int TestCapacity = DebugCommandCapacity;
+    static constexpr const char *LoadTrace = "DBGetCommands<\nDBGetCommands> \n";
 
     static FakeSource<Record, Request> &source()
     {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // What the windows of events and of commands do alike. Every test runs for both.
+#include "capturedoutput.h"
 #include "columnfitting.h"
 #include "recordkinds.h"
 #include "timezone.h"
@@ -97,7 +98,8 @@ private slots:
     void damagedRecordsAreShownAsFarAsTheyGo();
 
     void testDataShowsItsRows();
-    void testDataThatGrowsBetweenTheFetchesIsNotOverrun();
+    void testDataIsFetchedOnceALoad();
+    void moreTestDataThanTheSourceHoldsIsNotOverrun();
     void emptyTestDataShowsNothing();
 
     void nothingIsPaintedWhenNothingIsNew();
@@ -1325,9 +1327,29 @@ void RecordWindowsTest::testDataShowsItsRows()
     });
 }
 
-void RecordWindowsTest::testDataThatGrowsBetweenTheFetchesIsNotOverrun()
+void RecordWindowsTest::testDataIsFetchedOnceALoad()
 {
-    // 5,000 blocks: more than the source holds, more than the first count.
+    eachKind([](auto kind) {
+        unsetLibrary();
+        const QTemporaryDir directory;
+        writeBlocks(directory.filePath(kind.TestFile), kind.TestBlock, 5);
+        kind.initTestData(directory.path());
+        const std::string load = kind.LoadTrace;
+        std::string expected;
+        for (int i = 0; i < kind.LoadsWhileBuilt; ++i)
+            expected += load;
+        const CapturedOutput output(stdout);
+        const auto window = open(kind);
+        QCOMPARE(output.text(), expected);
+        window->onUpdateList();
+        QCOMPARE(output.text(), expected + load);
+        kind.getNew(window.get());
+        QCOMPARE(output.text(), expected + load + load);
+    });
+}
+
+void RecordWindowsTest::moreTestDataThanTheSourceHoldsIsNotOverrun()
+{
     eachKind([](auto kind) {
         unsetLibrary();
         const QTemporaryDir directory;

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "capturedoutput.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
 #include "cwd_sensorslist.h"
@@ -25,6 +26,7 @@ private slots:
     void failedHandshakeShowsABoxAndNoRows();
     void nullArrayWithACountGivesNoRowsAndNoSecondFetch();
     void testDataShowsItsRows();
+    void testDataIsFetchedOnceALoad();
     void testDataStopsAtItsCapacity();
 
     void updateDataReadsTheSourceAnewAndKeepsTheWidths();
@@ -170,6 +172,21 @@ void SensorsWindowTest::testDataShowsItsRows()
     QCOMPARE(window.SensorsList->childCount(), 3);
     window.FUpdateData();
     QCOMPARE(window.SensorsList->childCount(), 5);
+}
+
+void SensorsWindowTest::testDataIsFetchedOnceALoad()
+{
+    unsetLibrary();
+    const QTemporaryDir directory;
+    ConfigWD = directory.path();
+    writeSensors(directory, 3);
+    InitDBSensors(ConfigWD);
+    const std::string load = "DBGetSensors<\nDBGetSensors> (rtn=0; N=3)\n";
+    const CapturedOutput output(stdout);
+    CWD_SensorsList window(nullptr, "Sensors list");
+    QCOMPARE(output.text(), load);
+    window.ResetData();
+    QCOMPARE(output.text(), load + load);
 }
 
 void SensorsWindowTest::testDataStopsAtItsCapacity()
