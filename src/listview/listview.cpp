@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listview.h"
 
+#include "celldelegate.h"
 #include "listaccess.h"
 
 #include "toolkit.h"
@@ -57,6 +58,7 @@ ListView::ListView(QWidget *parent)
     setSelectionMode(SingleSelection);
     setSelectionBehavior(SelectRows);
     setEditTriggers(NoEditTriggers);
+    setItemDelegate(new CellDelegate(this));
     setHorizontalScrollMode(ScrollPerPixel);
     setIndentation(0);
     header()->setStretchLastSection(false);
@@ -97,8 +99,17 @@ int ListView::columns() const
 
 void ListView::setColumnWidth(int column, int width)
 {
-    if (column >= 0 && column < columns())
-        header()->resizeSection(column, qBound(NarrowestColumn, width, header()->maximumSectionSize()));
+    if (column < 0 || column >= columns())
+        return;
+    // A hidden list hears of its own resize only when it is shown: what was set after that stands.
+    if (m_ownWidth >= 0)
+        m_ownWidth = this->width();
+    resizeColumn(column, width);
+}
+
+void ListView::resizeColumn(int column, int width)
+{
+    header()->resizeSection(column, qBound(NarrowestColumn, width, header()->maximumSectionSize()));
 }
 
 void ListView::setColumnWidthMode(int column, WidthMode mode)
@@ -174,27 +185,18 @@ QListViewItem *ListView::insertItem(std::unique_ptr<QListViewItem> item)
 void ListView::insertItems(Rows &&items)
 {
     items.erase(std::remove(items.begin(), items.end(), nullptr), items.end());
-    const bool some = !items.empty();
-    std::vector<int> widest(size_t(columns()), 0);
     try {
-        measure(items, widest);
+        ColumnWidths &known = widths();
+        const int count = columns();
+        for (const auto &item : items)
+            for (int column = 0; column < count; ++column)
+                known.add(column, *item);
         m_model->insert(std::move(items));
     } catch (...) {
         // What was counted has not all come in.
         m_widths.reset();
         throw;
     }
-    if (some)
-        growColumns(widest);
-}
-
-void ListView::measure(const Rows &items, std::vector<int> &widest)
-{
-    ColumnWidths &known = widths();
-    const int count = columns();
-    for (const auto &item : items)
-        for (int column = 0; column < count; ++column)
-            widest[size_t(column)] = qMax(widest[size_t(column)], known.add(column, *item));
 }
 
 ColumnWidths &ListView::widths() const
@@ -207,16 +209,6 @@ ColumnWidths &ListView::widths() const
         for (int column = 0; column < columns(); ++column)
             m_widths->add(column, *itemAt(row));
     return *m_widths;
-}
-
-void ListView::growColumns(const std::vector<int> &textWidths)
-{
-    const int margins = 2 * textMargin();
-    for (int column = 0; column < columns(); ++column) {
-        const int width = textWidths[size_t(column)] + margins;
-        if (m_modes[size_t(column)] == Maximum && width > columnWidth(column))
-            setColumnWidth(column, width);
-    }
 }
 
 void ListView::removeItem(QListViewItem *item)
@@ -255,12 +247,7 @@ QListViewItem *ListView::currentItem() const
 int ListView::maximumTextWidth(int column) const
 {
     const bool none = childCount() == 0 || column < 0 || column >= columns();
-    return none ? 0 : widths().widest(column) + 2 * textMargin();
-}
-
-int ListView::textMargin() const
-{
-    return style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1;
+    return none ? 0 : widths().widest(column) + 2 * QListViewItem::TextMargin;
 }
 
 void ListView::mouseReleaseEvent(QMouseEvent *event)
@@ -328,7 +315,8 @@ void ListView::emitForCurrentRow()
 void ListView::resizeEvent(QResizeEvent *event)
 {
     QTreeView::resizeEvent(event);
-    if (m_resizeMode == AllColumns)
+    // Also told when a scroll bar comes or goes.
+    if (std::exchange(m_ownWidth, width()) != width() && m_resizeMode == AllColumns)
         scaleColumns();
 }
 
@@ -357,7 +345,7 @@ void ListView::scaleColumns()
         m_shares[column] *= room / total;
         edge += m_shares[column];
         const int right = int(std::lround(edge));
-        setColumnWidth(column, right - left);
+        resizeColumn(column, right - left);
         left += columnWidth(column);
     }
 }

@@ -24,14 +24,10 @@ class ListView : public QTreeView
 {
     Q_OBJECT
 public:
-    /**
-     * Manual columns change their width only by setColumnWidth() or by hand.
-     * Maximum columns start at their heading's width, grow to their widest
-     * text as rows come, and never shrink by themselves.
-     */
+    /** Kept for each column and told; no width follows from it. */
     enum WidthMode { Manual, Maximum };
     Q_ENUM(WidthMode)
-    /** Whether a resize of the list leaves the columns alone or scales them to fill it. */
+    /** Whether a change of the list's own width leaves the columns alone or scales them to fill it. */
     enum ResizeMode { NoColumn, AllColumns };
     Q_ENUM(ResizeMode)
     using SortKey = ListModel::SortKey;
@@ -40,12 +36,18 @@ public:
     explicit ListView(QWidget *parent = nullptr);
     ~ListView() override;
 
-    /** Adds a column at the right and returns its number. Without a width (a negative one) its mode is Maximum. */
+    /**
+     * Adds a column at the right and returns its number. Without a width (a
+     * negative one) it is as wide as its heading, and its mode is Maximum.
+     */
     int addColumn(const QString &label, int width = -1);
     void setColumnText(int column, const QString &label);
     QString columnText(int column) const;
     int columns() const;
-    /** Sets a width in pixels, in either mode; less than 2 counts as 2. */
+    /**
+     * Sets a width in pixels; less than 2 counts as 2. Beside this only the
+     * user and the scaling change a width: rows that come or go do not.
+     */
     void setColumnWidth(int column, int width);
     void setColumnWidthMode(int column, WidthMode mode);
     WidthMode columnWidthMode(int column) const;
@@ -80,8 +82,6 @@ public:
 
     /** The widest QListViewItem::width() of a column over all rows, in the list's font; 0 without rows. */
     int maximumTextWidth(int column) const;
-    /** Pixels that the style keeps free at each side of a text. */
-    int textMargin() const;
 
     QRect visualRect(const QModelIndex &index) const override;
     void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
@@ -146,10 +146,7 @@ protected slots:
 private:
     /** The widths of all rows' texts, counted anew if what was known no longer holds. */
     ColumnWidths &widths() const;
-    /** Counts rows that are about to come in; `widest` becomes the width of their widest text in each column. */
-    void measure(const Rows &items, std::vector<int> &widest);
-    /** Widens Maximum columns to texts of these widths. */
-    void growColumns(const std::vector<int> &textWidths);
+    void resizeColumn(int column, int width);
     void scaleColumns();
     void emitForCurrentRow();
     /** Shows in the heading what the rows are sorted by. */
@@ -186,6 +183,7 @@ private:
     std::vector<WidthMode> m_modes;
     std::vector<double> m_shares; ///< unrounded widths of the last scaling
     ResizeMode m_resizeMode = NoColumn;
+    int m_ownWidth = -1;          ///< the list's, as the columns were last scaled or set to; -1 before its first resize
     mutable int m_lineHeight = 0; ///< 0 when unknown
     int m_mouseHeight = -1;       ///< where the mouse hovers over the rows; -1 when it does not
     bool m_updating = false;      ///< the scroll bars are being set

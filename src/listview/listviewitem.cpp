@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listviewitem.h"
 
-#include "listview.h"
-
 #include <QFontMetricsF>
 #include <QtMath>
 
@@ -24,9 +22,9 @@ QListViewItem::TextClass QListViewItem::textClass(int) const
     return {};
 }
 
-int QListViewItem::width(const QFontMetrics &metrics, const ListView *list, int column) const
+int QListViewItem::width(const QFontMetrics &metrics, const ListView *, int column) const
 {
-    // Rounded up: the delegate elides a text that is a fraction of a pixel too wide.
+    // Rounded up: a text that is a fraction of a pixel too wide is cut.
     const int width = qCeil(QFontMetricsF(metrics).horizontalAdvance(text(column)));
-    return qMax(0, width) + 2 * list->textMargin();
+    return qMax(0, width) + 2 * TextMargin;
 }

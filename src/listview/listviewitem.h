@@ -30,6 +30,12 @@ public:
         bool digitsVary = false;
     };
 
+    /**
+     * Pixels kept free at each side of a text. The styles keep 3 and more; here
+     * three digits are to be readable in the 30 pixels of a column of numbers.
+     */
+    static constexpr int TextMargin = 1;
+
     QListViewItem() = default;
     QListViewItem(const QListViewItem &) = delete;
     QListViewItem &operator=(const QListViewItem &) = delete;

@@ -6,6 +6,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QContextMenuEvent>
+#include <QFontInfo>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QPainter>
@@ -13,6 +14,7 @@
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
 #include <QToolTip>
+#include <QtMath>
 
 namespace
 {
@@ -40,6 +42,14 @@ QStringList shown(const ListView &list, int column = 0)
     for (int row = 0; row < list.childCount(); ++row)
         texts << list.itemAt(row)->text(column);
     return texts;
+}
+
+QList<int> widthsOf(const ListView &list)
+{
+    QList<int> widths;
+    for (int column = 0; column < list.columns(); ++column)
+        widths << list.columnWidth(column);
+    return widths;
 }
 
 /** A list of numbers on the screen. */
@@ -190,13 +200,15 @@ private slots:
     void cleanup();
 
     void columnsAreAddedWithTheirModes();
-    void maximumColumnStartsAtItsHeadingsWidth();
-    void maximumColumnGrowsAndNeverShrinks();
-    void manualColumnKeepsItsWidth();
+    void columnWithoutAWidthStartsAtItsHeadings();
+    void rowsThatComeOrGoChangeNoWidth();
     void everyColumnCanBeSetToTwoPixels();
     void headingsCanBeSetAgain();
     void noColumnLeavesTheWidthsAlone();
     void allColumnsFillTheList();
+    void allColumnsStayWhenAScrollBarComesOrGoes();
+    void allColumnsStayWhenAHeadingIsDragged();
+    void whatIsSetAfterAResizeStands();
     void allColumnsKeepTheirProportionsThroughASlowDrag();
     void lastColumnIsNotStretched();
 
@@ -242,6 +254,8 @@ private slots:
     void rowsAreWhereTheyArePainted();
     void textFitsItsWidthWithoutElision_data();
     void textFitsItsWidthWithoutElision();
+    void threeDigitsAreReadInThirtyPixels_data();
+    void threeDigitsAreReadInThirtyPixels();
     void rightToLeft();
 
     void standingAtTheTopItFollowsRowsThatLandThere();
@@ -287,44 +301,44 @@ void ListViewTest::columnsAreAddedWithTheirModes()
     QCOMPARE(list.columnWidth(1), 33);
 }
 
-void ListViewTest::maximumColumnStartsAtItsHeadingsWidth()
+void ListViewTest::columnWithoutAWidthStartsAtItsHeadings()
 {
     ListView list;
     list.addColumn("A rather long heading for so little");
     list.addColumn("B");
     QCOMPARE(list.columnWidth(0), list.header()->sectionSizeHint(0));
     QCOMPARE(list.columnWidth(1), list.header()->sectionSizeHint(1));
-    list.insertItem(std::make_unique<TextItem>(QStringList{"x", "y"}));
-    QCOMPARE(list.columnWidth(0), list.header()->sectionSizeHint(0));
 }
 
-void ListViewTest::maximumColumnGrowsAndNeverShrinks()
+void ListViewTest::rowsThatComeOrGoChangeNoWidth()
 {
     ListView list;
     list.addColumn("A");
-    QListViewItem *wide = list.insertItem(std::make_unique<TextItem>(QStringList{"a much wider text than that"}));
-    const int width = wide->width(list.fontMetrics(), &list, 0);
-    QVERIFY(width > list.header()->sectionSizeHint(0));
-    QCOMPARE(list.columnWidth(0), width);
-    list.removeItem(wide);
-    QCOMPARE(list.columnWidth(0), width);
-    list.clear();
-    list.insertItem(std::make_unique<TextItem>(QStringList{"x"}));
-    QCOMPARE(list.columnWidth(0), width);
-    list.setColumnWidth(0, 50);
-    QCOMPARE(list.columnWidth(0), 50);
-    list.insertItem(std::make_unique<TextItem>(QStringList{"x"}));
-    QCOMPARE(list.columnWidth(0), 50);
-    list.insertItems(rowsOf({"x", "a much wider text than that", "y"}));
-    QCOMPARE(list.columnWidth(0), width);
-}
-
-void ListViewTest::manualColumnKeepsItsWidth()
-{
-    ListView list;
-    list.addColumn("A", 40);
-    list.insertItems(rowsOf({"a much wider text than forty pixels"}));
-    QCOMPARE(list.columnWidth(0), 40);
+    list.addColumn("B", 40);
+    list.addColumn("hidden");
+    list.setColumnWidth(2, 2);
+    const QList<int> widths = widthsOf(list);
+    const QString wide("a much wider text than any of the columns");
+    const auto rows = [&wide] {
+        ListView::Rows made;
+        for (int i = 0; i < 50; ++i)
+            made.push_back(std::make_unique<TextItem>(QStringList{wide, wide, wide}));
+        return made;
+    };
+    for (const bool shown : {false, true}) {
+        list.setVisible(shown);
+        list.insertItem(std::move(rows().front()));
+        list.insertItems(rows());
+        QCoreApplication::processEvents();
+        QCOMPARE(widthsOf(list), widths);
+        list.removeItem(list.firstChild());
+        list.textsChanged();
+        list.clear();
+        QCoreApplication::processEvents();
+        QCOMPARE(widthsOf(list), widths);
+    }
+    for (int column : {0, 1, 2})
+        QCOMPARE(list.columnWidthMode(column), column == 1 ? ListView::Manual : ListView::Maximum);
 }
 
 void ListViewTest::everyColumnCanBeSetToTwoPixels()
@@ -379,11 +393,69 @@ void ListViewTest::allColumnsFillTheList()
         QVERIFY(qAbs(list.columnWidth(0) * 60 - list.columnWidth(1) * 80) <= 80);
         QVERIFY(qAbs(list.columnWidth(1) - list.columnWidth(2)) <= 1);
     }
-    // Rows that bring the scroll bar take room.
-    list.insertItems(rowsOf(numbers(0, 200)));
-    QTRY_VERIFY(list.verticalScrollBar()->isVisible());
-    QCOMPARE(filled(), list.viewport()->width());
-    QVERIFY(!list.horizontalScrollBar()->isVisible());
+}
+
+void ListViewTest::allColumnsStayWhenAScrollBarComesOrGoes()
+{
+    NumberList list(3);
+    list.setResizeMode(ListView::AllColumns);
+    list.showAndWait();
+    const QList<int> widths = widthsOf(list);
+    const int room = list.viewport()->width();
+    list.insertItems(rowsOf(numbers(3, 200)));
+    QTRY_VERIFY(list.verticalScrollBar()->isVisible() && list.viewport()->width() < room);
+    QCOMPARE(widthsOf(list), widths);
+    QTRY_VERIFY(list.horizontalScrollBar()->isVisible());
+    list.clear();
+    QTRY_COMPARE(list.viewport()->width(), room);
+    QCOMPARE(widthsOf(list), widths);
+    list.resize(list.width(), 300);
+    QCOMPARE(widthsOf(list), widths);
+}
+
+void ListViewTest::allColumnsStayWhenAHeadingIsDragged()
+{
+    NumberList list(200);
+    list.setResizeMode(ListView::AllColumns);
+    list.showAndWait();
+    const QList<int> widths = widthsOf(list);
+    const QPoint edge(list.header()->sectionViewportPosition(1) - 1, list.header()->height() / 2);
+    QWidget *headings = list.header()->viewport();
+    QTest::mousePress(headings, Qt::LeftButton, {}, edge);
+    for (int way : {10, 60, 25}) {
+        // The test library's own moves come without the button.
+        const QPoint place = edge + QPoint(way, 0);
+        QMouseEvent move(QEvent::MouseMove, place, headings->mapToGlobal(place), Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(headings, &move);
+        QCoreApplication::processEvents();
+        QCOMPARE(widthsOf(list), QList<int>({widths[0] + way, widths[1]}));
+    }
+    QTest::mouseRelease(headings, Qt::LeftButton, {}, edge + QPoint(25, 0));
+    QCOMPARE(widthsOf(list), QList<int>({widths[0] + 25, widths[1]}));
+}
+
+void ListViewTest::whatIsSetAfterAResizeStands()
+{
+    NumberList list(200);
+    list.setResizeMode(ListView::AllColumns);
+    list.showAndWait();
+    const auto set = [&list](int first, int second) {
+        list.setColumnWidth(0, first);
+        list.setColumnWidth(1, second);
+    };
+    list.resize(500, 200);
+    set(30, 900);
+    QCoreApplication::processEvents();
+    QCOMPARE(widthsOf(list), QList<int>({30, 900}));
+    // The event of a resize while it is hidden comes when it is shown.
+    list.hide();
+    list.resize(400, 200);
+    set(40, 100);
+    list.showAndWait();
+    QCoreApplication::processEvents();
+    QCOMPARE(widthsOf(list), QList<int>({40, 100}));
+    list.resize(800, 200);
+    QCOMPARE(list.header()->length(), list.viewport()->width());
 }
 
 void ListViewTest::allColumnsKeepTheirProportionsThroughASlowDrag()
@@ -1033,10 +1105,38 @@ void ListViewTest::textFitsItsWidthWithoutElision()
                 return list.viewport()->grab(QRect(0, 0, shown, list.rowsHeight())).toImage();
             };
             // Cut to what both show: with enough room the picture is the same.
-            const int seen = width - list.textMargin();
+            QCOMPARE(width, qMax(0, qCeil(QFontMetricsF(list.font()).horizontalAdvance(row->text(0)))) + 2);
+            const int seen = width - 1;
             QCOMPARE(picture(width, seen), picture(width + 40, seen));
             QVERIFY(picture(width - 3, seen - 3) != picture(width + 40, seen - 3));
         }
+    }
+}
+
+void ListViewTest::threeDigitsAreReadInThirtyPixels_data()
+{
+    QTest::addColumn<QString>("family");
+    for (const char *family : {"DejaVu Sans", "Noto Sans"})
+        QTest::addRow("%s", family) << family;
+}
+
+void ListViewTest::threeDigitsAreReadInThirtyPixels()
+{
+    QFETCH(QString, family);
+    const QFont font(family, 10);
+    if (QFontInfo(font).family() != family)
+        QSKIP("the font is not installed");
+    NumberList list;
+    list.setFont(font);
+    list.showAndWait();
+    for (const char *number : {"099", "000", "888", "417"}) {
+        list.clear();
+        list.insertItem(std::make_unique<TextItem>(QStringList{number}));
+        list.setColumnWidth(0, 30);
+        const QRect seen(0, 0, 29, list.rowsHeight());
+        const QImage narrow = list.viewport()->grab(seen).toImage();
+        list.setColumnWidth(0, 80);
+        QCOMPARE(narrow, list.viewport()->grab(seen).toImage());
     }
 }
 
