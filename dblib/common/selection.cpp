@@ -3,15 +3,17 @@
 #include "selection.h"
 
 #include "Messages.h"
-#include "boundarytext.h"
+
+#include <cstring>
 
 namespace
 {
 std::optional<std::string> maskOf(int used, const char *mask, int length)
 {
-    // A mask that is switched on but missing lets everything pass.
-    const auto text = used ? textOf(mask, length) : std::nullopt;
-    return text ? std::optional<std::string>(*text) : std::nullopt;
+    // A mask that is switched on but missing lets everything pass; one without a length ends at its NUL.
+    if (!used || !mask)
+        return std::nullopt;
+    return length > 0 ? std::string(mask, ::strnlen(mask, std::size_t(length))) : std::string(mask);
 }
 
 template <class Value> std::optional<int> valueOf(int used, Value value)

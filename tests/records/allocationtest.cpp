@@ -203,7 +203,9 @@ TEST(FailingAllocation, AllocatingStringsAndParameters)
                       event.AllocateParameters();
                   });
                   FailingAllocation::grant();
-                  EXPECT_EQ(CMessageEvent(event).ParNum, event.par ? 2 : 0);
+                  const CMessageEvent copy(event);
+                  EXPECT_EQ(copy.ParNum, 2);
+                  EXPECT_EQ(copy.par != nullptr, event.par != nullptr);
                   return allocated;
               }),
               8);

@@ -147,7 +147,7 @@ TEST_F(StoreTest, ATextOfNoBytesIsMissingAsInItsCopy)
     EXPECT_EQ((*events)[0].SensorID, nullptr);
 }
 
-TEST_F(StoreTest, AMaskOfNoBytesLetsAllPass)
+TEST_F(StoreTest, AMaskWithoutALengthEndsAtItsNul)
 {
     m_store->put(makeEvent("sensor", "name", 0));
     CMessageEventRequest request = eventsWanted(1);
@@ -158,6 +158,11 @@ TEST_F(StoreTest, AMaskOfNoBytesLetsAllPass)
     EXPECT_EQ(m_store->events(request)->size(), 0);
     request.LSensorID = 0;
     request.LEventName = -1;
+    EXPECT_EQ(m_store->events(request)->size(), 0);
+    setText(request.SensorID, request.LSensorID, "Sensor");
+    setText(request.EventName, request.LEventName, "Name");
+    request.LSensorID = -1;
+    request.LEventName = 0;
     EXPECT_EQ(request & makeEvent("sensor", "name", 0), 1);
     EXPECT_EQ(m_store->events(request)->size(), 1);
 }
