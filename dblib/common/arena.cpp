@@ -8,7 +8,9 @@
 namespace
 {
 constexpr std::size_t LargestBlock = 4 << 20;
-}
+/** Readers may look at whole vectors of this many bytes, beyond a text's end. */
+constexpr std::size_t VectorSize = 16;
+} // namespace
 
 char *Arena::copy(std::string_view text)
 {
@@ -20,7 +22,7 @@ char *Arena::copy(std::string_view text)
 
 void *Arena::allocateInNewBlock(std::size_t size)
 {
-    m_blocks.emplace_back(std::max(size, m_blockSize));
+    m_blocks.emplace_back(std::max((size + VectorSize - 1) / VectorSize * VectorSize, m_blockSize));
     m_blockSize = std::min(m_blockSize * 2, LargestBlock);
     m_next = m_blocks.back().data();
     m_end = m_next + m_blocks.back().size();

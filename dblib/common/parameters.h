@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include <string>
+#include <memory>
 #include <string_view>
-#include <vector>
 
 class Arena;
 struct CMessageEventParam;
@@ -28,6 +27,8 @@ struct CMessageEventParam;
 class ParameterWriter
 {
 public:
+    ParameterWriter();
+    ~ParameterWriter();
     ParameterWriter &addInteger(std::string_view name, int value);
     ParameterWriter &addDouble(std::string_view name, double value);
     ParameterWriter &addText(std::string_view name, std::string_view value);
@@ -38,19 +39,16 @@ public:
     std::string_view finish();
 
 private:
-    void startEntry();
-    void startEntry(std::string_view name);
-    void appendDouble(const char *bytes);
-    void appendOpaque(int type, const char *bytes, int length);
-
-    std::string m_json;
-    bool m_finished = false;
+    class Json;
+    std::unique_ptr<Json> m_json;
 };
 
 /** Reads the stored form into records. */
 class ParameterReader
 {
 public:
+    ParameterReader();
+    ~ParameterReader();
     /**
      * Makes the parameters in `arena` and returns their array, NULL when there
      * are none. A stored form that cannot be read comes as one text parameter
@@ -59,25 +57,6 @@ public:
     CMessageEventParam *read(Arena &arena, std::string_view stored, int &count);
 
 private:
-    /** Parameters of one record, until their number is known; never destroyed as parameters. */
-    struct Entry {
-        int type = 0;
-        char *name = nullptr;
-        int nameLength = 0;
-        char *value = nullptr;
-        int valueLength = 0;
-    };
-    bool parse(Arena &arena);
-    bool parseEntry(Arena &arena);
-    bool parseValue(Arena &arena, Entry &entry);
-    bool parseNumber(Arena &arena, Entry &entry);
-    bool parseOpaque(Entry &entry);
-    bool parseString(char *&start, int &length);
-    bool parseEscapedString(char *&start, int &length);
-    bool accept(char c);
-
-    char *m_next = nullptr; ///< what is still to be read, in the arena, with a NUL at `end`
-    char *m_end = nullptr;
-    bool m_escapes = false; ///< there is a backslash somewhere
-    std::vector<Entry> m_entries;
+    class Json;
+    std::unique_ptr<Json> m_json;
 };
