@@ -7,6 +7,7 @@
 #include "parameters.h"
 #include "records.h"
 #include "sensors.h"
+#include "storeerror.h"
 
 #include <memory>
 #include <string>

@@ -5,6 +5,7 @@
 #include "options.h"
 #include "sensorslock.h"
 #include "simulation.h"
+#include "sqlitestore.h"
 #include "storetesting.h"
 
 #include <gmock/gmock.h>

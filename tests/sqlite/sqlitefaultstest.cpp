@@ -11,6 +11,7 @@
 #include "LoadDLL.h"
 #include "capturedoutput.h"
 #include "data.h"
+#include "sqlitestore.h"
 #include "storetesting.h"
 
 #include <gmock/gmock.h>

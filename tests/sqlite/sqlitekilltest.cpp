@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 /** @file A writer that is killed at any moment loses nothing that it was told to be stored. */
+#include "sqlitestore.h"
 #include "storetesting.h"
 
 #include <gtest/gtest.h>

@@ -16,6 +16,7 @@
 #include "failingallocation.h"
 #include "failingcalls.h"
 #include "failingsqlite.h"
+#include "sqlitestore.h"
 #include "storetesting.h"
 
 #include <gmock/gmock.h>

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 /** @file Which index serves each of the store's queries: none may read a whole table where an index stands. */
+#include "sqlitestore.h"
 #include "storetesting.h"
 
 #include <gmock/gmock.h>

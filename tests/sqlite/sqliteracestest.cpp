@@ -9,6 +9,7 @@
  */
 #include "failingsqlite.h"
 #include "schema.h"
+#include "sqlitestore.h"
 #include "storetesting.h"
 
 #include <gmock/gmock.h>

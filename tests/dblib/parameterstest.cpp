@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "arena.h"
 #include "parameters.h"
+#include "arena.h"
 #include "storetesting.h"
 
 #include <gtest/gtest.h>

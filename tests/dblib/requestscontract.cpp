@@ -3,9 +3,11 @@
 
 /**
  * @file
- * Random requests over random contents: each answer of the store is compared
+ * Random requests over random contents: each answer of the library is compared
  * with what the requests' own matching operators select from everything.
  */
+#include "databaseundertest.h"
+#include "libraryinstallation.h"
 #include "storetesting.h"
 
 #include <gtest/gtest.h>
@@ -83,14 +85,7 @@ private:
     std::int64_t m_now = 1700000000;
 };
 
-/** Leaves gaps between identifiers, so that few rows stretch over all levels of zones. */
-void skipIdentifiers(SqliteStore &store, const char *table, std::int64_t count)
-{
-    const std::string sql = "UPDATE sqlite_sequence SET seq = seq + " + std::to_string(count) + " WHERE name = '" +
-                            std::string(table) + "'";
-    store.connection().run(sql.c_str());
-}
-
+/** Leaves gaps between identifiers, so that few rows stretch over all levels of an index of zones. */
 std::int64_t gap(Random &random)
 {
     const int kind = below(random, 40);
@@ -110,9 +105,13 @@ template <> struct Traits<CMessageEvent> {
     {
         return event.EventTime;
     }
-    static std::unique_ptr<Records<CMessageEvent>> get(SqliteStore &store, const Request &request)
+    static Answer<CMessageEvent> get(Request &request)
     {
-        return store.events(request);
+        return Answer<CMessageEvent>(request);
+    }
+    static void remove(Store &store, int id)
+    {
+        store.deleteEvent(id);
     }
     static CMessageEvent make(Random &random, Times &times)
     {
@@ -163,9 +162,13 @@ template <> struct Traits<CMessageCommand> {
     {
         return command.CommandTime;
     }
-    static std::unique_ptr<Records<CMessageCommand>> get(SqliteStore &store, const Request &request)
+    static Answer<CMessageCommand> get(Request &request)
     {
-        return store.commands(request);
+        return Answer<CMessageCommand>(request);
+    }
+    static void remove(Store &store, int id)
+    {
+        store.deleteCommand(id);
     }
     static CMessageCommand make(Random &random, Times &times)
     {
@@ -220,7 +223,7 @@ int anyCount(Random &random)
 
 /** What the matching operators select, in the documented order. */
 template <class Record>
-std::vector<const Record *> expected(const Records<Record> &all, const typename Traits<Record>::Request &request)
+std::vector<const Record *> expected(const Answer<Record> &all, const typename Traits<Record>::Request &request)
 {
     std::vector<const Record *> result;
     const bool first = request.TakeFirst1_Last0 != 0;
@@ -244,47 +247,40 @@ public:
 
     void run(Course course, int rows, int requests)
     {
-        SqliteStore store(m_folder.file("data" + std::to_string(int(course)) + ".db"), Sqlite::Durability::Crash);
-        fill(store, course, rows);
+        m_installation.load();
+        m_installation.initialise();
+        fill(course, rows);
         typename Traits<Record>::Request everything;
         everything.NMax = INT_MAX;
         everything.TakeFirst1_Last0 = 1;
-        const auto all = Traits<Record>::get(store, everything);
-        ASSERT_EQ(all->size(), m_kept);
-        for (int i = 0; i < all->size(); ++i) {
-            m_ids.push_back(Traits<Record>::id((*all)[i]));
-            m_times.push_back(Traits<Record>::time((*all)[i]));
+        const auto all = Traits<Record>::get(everything);
+        ASSERT_EQ(all.size(), m_kept);
+        for (int i = 0; i < all.size(); ++i) {
+            m_ids.push_back(Traits<Record>::id(all[i]));
+            m_times.push_back(Traits<Record>::time(all[i]));
         }
-        for (int i = 0; i < requests; ++i) {
-            compare(store, *all);
-            if (::testing::Test::HasFatalFailure())
-                return;
-        }
+        for (int i = 0; i < requests && !::testing::Test::HasFatalFailure(); ++i)
+            compare(all);
     }
 
 private:
-    void fill(SqliteStore &store, Course kind, int rows)
+    void fill(Course kind, int rows)
     {
         Times course(kind);
-        m_ids.clear();
-        m_times.clear();
-        m_kept = 0;
-        Store::Batch batch(store);
+        const std::unique_ptr<Store> store = databaseUnderTest().open(m_installation.configDir());
+        Store::Batch batch(*store);
         for (int i = 0; i < rows; ++i) {
-            const int id = store.put(Traits<Record>::make(m_random, course));
-            skipIdentifiers(store, Traits<Record>::Table, gap(m_random));
+            const int id = store->put(Traits<Record>::make(m_random, course));
+            databaseUnderTest().skipIdentifiers(*store, Traits<Record>::Table, gap(m_random));
             const bool removed = below(m_random, 10) == 0;
-            if (removed) {
-                store.connection().run(
-                    ("DELETE FROM " + std::string(Traits<Record>::Table) + " WHERE id = " + std::to_string(id))
-                        .c_str());
-            }
+            if (removed)
+                Traits<Record>::remove(*store, id);
             m_kept += removed ? 0 : 1;
         }
         batch.commit();
     }
 
-    void compare(SqliteStore &store, const Records<Record> &all)
+    void compare(const Answer<Record> &all)
     {
         typename Traits<Record>::Request request;
         request.NMax = anyCount(m_random);
@@ -297,18 +293,17 @@ private:
         }
         Traits<Record>::setFilters(m_random, request, used, int(near(m_random, m_ids)), int(near(m_random, m_ids)),
                                    near(m_random, m_times), near(m_random, m_times));
-        const auto answer = Traits<Record>::get(store, request);
+        const auto answer = Traits<Record>::get(request);
         const auto wanted = expected(all, request);
-        ASSERT_EQ(answer->size(), int(wanted.size())) << "filters " << (used & 255);
-        for (int i = 0; i < answer->size(); ++i) {
-            const Record &got = (*answer)[i];
+        ASSERT_EQ(answer.size(), int(wanted.size())) << "filters " << (used & 255);
+        for (int i = 0; i < answer.size(); ++i) {
             const Record &want = *wanted[std::size_t(i)];
-            ASSERT_EQ(Traits<Record>::id(got), Traits<Record>::id(want)) << "filters " << (used & 255);
-            ASSERT_TRUE(same(got, want));
+            ASSERT_EQ(Traits<Record>::id(answer[i]), Traits<Record>::id(want)) << "filters " << (used & 255);
+            ASSERT_TRUE(same(answer[i], want));
         }
     }
 
-    TemporaryFolder m_folder;
+    LibraryInstallation m_installation;
     Random m_random;
     std::vector<int> m_ids;
     std::vector<std::int64_t> m_times;

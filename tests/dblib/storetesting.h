@@ -5,13 +5,13 @@
 /** @file What the tests of the store share: folders, records and their comparison. */
 
 #include "Messages.h"
-#include "sqlitestore.h"
 
 #include <cstring>
 #include <filesystem>
 #include <string>
 #include <string_view>
 #include <unistd.h>
+#include <vector>
 
 /** A folder of its own, gone at the end. */
 class TemporaryFolder
@@ -19,7 +19,7 @@ class TemporaryFolder
 public:
     TemporaryFolder()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "obrim-sqlite-XXXXXX").string();
+        std::string pattern = (std::filesystem::temp_directory_path() / "obrim-store-XXXXXX").string();
         m_folder = ::mkdtemp(pattern.data());
     }
     TemporaryFolder(const TemporaryFolder &) = delete;
@@ -147,4 +147,23 @@ inline CMessageCommandRequest commandsWanted(int count, bool first = false)
     request.NMax = count;
     request.TakeFirst1_Last0 = first ? 1 : 0;
     return request;
+}
+
+inline int identifierOf(const CMessageEvent &event)
+{
+    return event.MessageID;
+}
+
+inline int identifierOf(const CMessageCommand &command)
+{
+    return command.CommandID;
+}
+
+/** The identifiers of an answer, in its order. */
+template <class Answer> std::vector<int> ids(const Answer &answer)
+{
+    std::vector<int> result;
+    for (int i = 0; i < answer.size(); ++i)
+        result.push_back(identifierOf(answer[i]));
+    return result;
 }
