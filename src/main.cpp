@@ -19,9 +19,10 @@
 #include <QDir>
 #include <QFile>
 #include <QIcon>
-#include <QLoggingCategory>
 #include <QPointer>
+#include <QRegularExpression>
 #include <cstdio>
+#include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -48,6 +49,37 @@ KAboutData aboutData()
     return about;
 }
 
+/**
+ * A box that closes under the pointer makes the toolkit ask the display which
+ * windows lie there, and complain when the window manager has just destroyed
+ * one of them.
+ */
+bool isOfAVanishedWindow(const QMessageLogContext &context, const QString &text)
+{
+    static const QRegularExpression complaint(
+        QStringLiteral("^QXcbConnection: XCB error: 3 \\(BadWindow\\), sequence: \\d+, resource id: \\d+, "
+                       "major code: 40 \\(TranslateCoords\\), minor code: 0$"));
+    return qstrcmp(context.category, "qt.qpa.xcb") == 0 && complaint.match(text).hasMatch();
+}
+
+void ignoreVanishedWindows()
+{
+    static QtMessageHandler tell =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &text) {
+            if (!isOfAVanishedWindow(context, text))
+                tell(type, context, text);
+        });
+}
+
+/**
+ * From now on the captions stand as they are, without the program's name behind
+ * them. Not before a KMainWindow is built: it compares the name with the about data.
+ */
+void useBareCaptions()
+{
+    QGuiApplication::setApplicationDisplayName(QString());
+}
+
 /** Tells the application who it is. The description waits until now: there are no translations before. */
 void setUpApplication(KAboutData &about)
 {
@@ -58,33 +90,17 @@ void setUpApplication(KAboutData &about)
     setInformationBox(showInformationBox);
 }
 
-/**
- * A box that closes under the pointer makes the toolkit ask the display which
- * windows lie there, and complain when the window manager has just destroyed
- * one of them. Before the application stands such warnings are worth reading:
- * then they say that there is no display.
- */
-void ignoreVanishedWindows()
-{
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.xcb.warning=false"));
-}
-
-/** The program takes no options of its own. */
-void parseCommandLine(KAboutData &about)
+/** The program takes no options of its own; false when there are words that it takes for nothing. */
+bool parseCommandLine(KAboutData &about)
 {
     QCommandLineParser parser;
     about.setupCommandLine(&parser);
     parser.process(*qApp);
     about.processCommandLine(&parser);
-}
-
-/**
- * From now on the captions stand as they are, without the program's name behind
- * them. Not before a KMainWindow is built: it compares the name with the about data.
- */
-void useBareCaptions()
-{
-    QGuiApplication::setApplicationDisplayName(QString());
+    const QStringList unknown = parser.positionalArguments();
+    if (!unknown.isEmpty())
+        std::fprintf(stderr, "obrim: unexpected argument: %s\n", qPrintable(unknown.join(QStringLiteral(", "))));
+    return unknown.isEmpty();
 }
 
 bool savedNumberOfWindows()
@@ -131,7 +147,8 @@ int runApplication(int &argc, char **argv, KAboutData &about)
     const QApplication application(argc, argv);
     ignoreVanishedWindows();
     setUpApplication(about);
-    parseCommandLine(about);
+    if (!parseCommandLine(about))
+        return EXIT_FAILURE;
     return application.isSessionRestored() ? runRestored() : runPanel();
 }
 

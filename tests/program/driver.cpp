@@ -14,6 +14,7 @@
  *   windows=N     waits until N windows are visible and tells their titles
  *   panels        tells how many panels there are
  *   warn=CATEGORY warns in a category of the toolkit's
+ *   xerror=CODE   warns of a window that is gone, as the toolkit does of a request with that code
  *   close         closes the panel's window, or the window that has lost its panel
  *   delete        destroys the panel
  *   exit=CODE     ends the event loop with that code
@@ -40,10 +41,16 @@ void tell(const QString &line)
     std::fprintf(stderr, "%s\n", line.toUtf8().constData());
 }
 
-void warnIn(const QByteArray &name)
+void warnIn(const QByteArray &name, const char *text = "a warning")
 {
     const QLoggingCategory category(name.constData());
-    qCWarning(category, "a warning");
+    qCWarning(category, "%s", text);
+}
+
+QByteArray goneWindow(const QByteArray &code)
+{
+    return "QXcbConnection: XCB error: 3 (BadWindow), sequence: 1784, resource id: 2103065, major code: " + code +
+           " (" + (code == "40" ? "TranslateCoords" : "GetProperty") + "), minor code: 0";
 }
 
 QList<obrimWidget *> panels()
@@ -129,6 +136,8 @@ private:
             tell(QString("panels: %1").arg(panels().size()));
         else if (name == "warn")
             warnIn(value.toLatin1());
+        else if (name == "xerror")
+            warnIn("qt.qpa.xcb", goneWindow(value.toLatin1()));
         else if (name == "close")
             windowToClose()->close();
         else if (name == "delete")

@@ -44,7 +44,7 @@ private slots:
     void theExitStatusIsThatOfTheEventLoop_data();
     void theExitStatusIsThatOfTheEventLoop();
     void theSensorsTreeIsNotImplemented();
-    void whatTheDisplaySaysOfWindowsThatAreGoneIsNoNews();
+    void onlyTheHarmlessWordOfTheDisplayIsSilenced();
     void everyPressOpensAnotherWindow();
     void aRestoredWindowInitialisesTwice();
     void exitInARestoredSessionDeletesThePanelOnly();
@@ -53,6 +53,7 @@ private slots:
     void versionAndHelp();
     void authorAndLicence();
     void anUnknownOptionIsRefused();
+    void argumentsThatBelongToNothingAreNamed();
 
 private:
     QString base() const
@@ -261,10 +262,14 @@ void TestProgram::theSensorsTreeIsNotImplemented()
     QCOMPARE(run.status, 0);
 }
 
-void TestProgram::whatTheDisplaySaysOfWindowsThatAreGoneIsNoNews()
+void TestProgram::onlyTheHarmlessWordOfTheDisplayIsSilenced()
 {
-    const Run run = drive("warn=qt.qpa.xcb warn=qt.qpa.other close");
-    QCOMPARE(run.err, "qt.qpa.other: a warning\n" + GoodEnd);
+    const Run run = drive("warn=qt.qpa.xcb xerror=40 xerror=20 warn=qt.qpa.other close");
+    QCOMPARE(run.err, "qt.qpa.xcb: a warning\n"
+                      "qt.qpa.xcb: QXcbConnection: XCB error: 3 (BadWindow), sequence: 1784, resource id: 2103065, "
+                      "major code: 20 (GetProperty), minor code: 0\n"
+                      "qt.qpa.other: a warning\n" +
+                          GoodEnd);
     QCOMPARE(run.status, 0);
 }
 
@@ -345,6 +350,17 @@ void TestProgram::anUnknownOptionIsRefused()
     const Run run = drive("", {"--no-such-option"}, OBRIM_PROGRAM);
     QVERIFY(run.err.contains("no-such-option"));
     QCOMPARE(run.status, 1);
+}
+
+void TestProgram::argumentsThatBelongToNothingAreNamed()
+{
+    const Run run = drive("close", {"foo", "/some where"});
+    QVERIFY2(run.err.startsWith("obrim: unexpected argument: foo, /some where\n"), qPrintable(run.err));
+    QCOMPARE(run.out, QString());
+    QCOMPARE(run.status, 1);
+    const Run restored = drive("close", {"-session", "ID_KEY", "bar"});
+    QVERIFY2(restored.err.startsWith("obrim: unexpected argument: bar\n"), qPrintable(restored.err));
+    QCOMPARE(restored.status, 1);
 }
 
 QTEST_GUILESS_MAIN(TestProgram)
