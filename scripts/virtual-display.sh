@@ -43,9 +43,10 @@ start_window_manager() {
 # when the window manager has just taken the box's frame away.
 park_pointer() { xdotool mousemove 1599 999; }
 
+# start_console [ARGUMENT...]
 start_console() {
     cd "$(installation)/bin"
-    beside "$(console_program)" >"$pictures/console.log" 2>"$pictures/console.err"
+    beside "$(console_program)" "$@" >"$pictures/console.log" 2>"$pictures/console.err"
     console=${children[-1]}
 }
 

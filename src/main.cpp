@@ -80,6 +80,13 @@ void useBareCaptions()
     QGuiApplication::setApplicationDisplayName(QString());
 }
 
+/** The first window of a restored session shows such a box while it is built; no other one follows it then. */
+void showBox(QDialog *parent, const QString &caption, const QString &text)
+{
+    useBareCaptions();
+    showInformationBox(parent, caption, text);
+}
+
 /** Tells the application who it is. The description waits until now: there are no translations before. */
 void setUpApplication(KAboutData &about)
 {
@@ -87,7 +94,7 @@ void setUpApplication(KAboutData &about)
     about.setShortDescription(i18n("A KDE KPart Application"));
     KAboutData::setApplicationData(about);
     QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("obrim")));
-    setInformationBox(showInformationBox);
+    setInformationBox(showBox);
 }
 
 /** The program takes no options of its own; false when there are words that it takes for nothing. */

@@ -8,6 +8,11 @@
 #include <QHoverEvent>
 #include <clocale>
 #include <langinfo.h>
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+#include <QX11Info>
+#endif
+
+struct xcb_connection_t;
 
 /**
  * @file
@@ -47,6 +52,17 @@ inline void useUtf8()
         qunsetenv("LC_ALL");
     }
     qputenv("LC_CTYPE", name);
+#endif
+}
+
+/** The application's connection to the X server; NULL on any other display. */
+inline xcb_connection_t *xcbConnection()
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    return QX11Info::isPlatformX11() ? QX11Info::connection() : nullptr;
+#else
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
 #endif
 }
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "informationbox.h"
 
+#include "emptytitle.h"
 #include "waitcursor.h"
 
 #include <KLocalizedString>
@@ -19,6 +20,8 @@ bool runBox(QMessageBox *box, const char *name, const QAbstractButton *button)
     box->setObjectName(QString::fromLatin1(name));
     // These texts carry what a database or a file holds: a "<" in them is no markup.
     box->setTextFormat(Qt::PlainText);
+    if (box->windowTitle().isEmpty())
+        setEmptyTitle(box);
     const QPointer<QMessageBox> alive(box);
     const WaitCursor::Pause pause;
     box->exec();

@@ -77,6 +77,7 @@ menu_window() {
     return 1
 }
 no_menu() { ! menu_window; }
+gone() { ! xprop -id "$1" _NET_WM_NAME >/dev/null 2>&1; }
 
 # open_menu_on_first_row WINDOW: a right click below the list's heading.
 open_menu_on_first_row() {
@@ -181,6 +182,34 @@ only_given_accelerators_work() {
     return 0
 }
 
+# title_of WINDOW: what the window manager is told, with its quotes.
+title_of() { xprop -id "$1" _NET_WM_NAME | sed -n 's/^[^=]*= //p'; }
+
+# box_is_active OTHER TITLE: set `window` to the window with the focus, if it is not OTHER and has that
+# title, in its quotes (an empty one has none).
+box_is_active() {
+    window=$(xdotool getactivewindow 2>/dev/null) && [[ $window != "$1" && $(title_of "$window") == "$2" ]]
+}
+
+box_without_a_caption() {
+    press "$panel" alt+t
+    wait_for 'a box without a title' box_is_active "$panel" ''
+    xdotool key Return
+    wait_for 'the box goes away' gone "$window"
+}
+
+no_base_directory_in_a_restored_session() {
+    local status=0
+    mv "$(installation)/Pics/Red.bmp" "$(installation)/Red.bmp"
+    start_console -session ID_KEY
+    wait_for 'the box that ends the console' box_is_active '' "\"Can't find base dir\""
+    xdotool key Return
+    timeout "$time_limit" tail --pid="$console" -f /dev/null || die 'the console does not end without a base directory'
+    wait "$console" || status=$?
+    ((status == 255)) || die "without a base directory the status is $status"
+    mv "$(installation)/Red.bmp" "$(installation)/Pics/Red.bmp"
+}
+
 stay_after_no() {
     press "$panel" alt+x
     window_of '[?]{3}'
@@ -226,6 +255,7 @@ open_events_of_a_sensor_by_keys
 hide_and_show_a_column_by_keys
 update_by_keys
 only_given_accelerators_work
+box_without_a_caption
 stay_after_no
 leave_console
 check_errors 2
@@ -235,4 +265,8 @@ start_console
 window_of Tool
 panel=$window
 close_without_a_question
+check_errors 0
+
+say 'no base directory'
+no_base_directory_in_a_restored_session
 check_errors 0
