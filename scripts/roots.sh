@@ -6,7 +6,6 @@
 # packages that the commands need, so inside it ./dev is a native run.
 
 readonly roots="$build_root/roots"
-readonly mirror=${OBRIM_MIRROR:-http://deb.debian.org/debian}
 
 root_suite() {
     case "$target_name" in
@@ -22,25 +21,55 @@ root_stamp() {
     { printf '%s\n' "$(root_suite)" "$target_name" && root_packages; } | sha256sum | cut -d' ' -f1
 }
 
+# configured_sources [OPTION...]: this machine's package sources as apt-get knows them, one a line:
+# the suite's codename, the suite as it is configured, its archive, a component of it.
+configured_sources() {
+    # The names between $() are apt-get's.
+    # shellcheck disable=SC2016
+    apt-get indextargets "$@" --format '$(CODENAME) $(RELEASE) $(REPO_URI) $(COMPONENT)' 'Created-By: Packages'
+}
+
+# The sources of the target's root: Debian's own among this machine's, for the target's suite in
+# place of the machine's. Without index files nothing but the configured suite is known of a source.
+root_sources() {
+    local own codename suite archive component
+    own=$(os_field VERSION_CODENAME)
+    { configured_sources | grep . || configured_sources --no-release-info; } |
+        while read -r codename suite archive component; do
+            [[ $codename == "$own"* ]] || codename=$suite
+            case "$codename" in
+            "$own" | "$own-updates" | "$own-security")
+                printf 'deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] %s %s %s\n' \
+                    "$archive" "$(root_suite)${codename#"$own"}" "$component"
+                ;;
+            esac
+        done | sort -u
+}
+
+# How this machine reaches them: proxies, and what it makes of dates. The rest of its settings stays out.
+root_fetch_settings() { apt-config dump | grep -E '^Acquire::(https?|Check|Retries)'; }
+
 need_root_tools() {
     ((EUID == 0)) || die "the root of $target_name needs root rights (it is entered with chroot).
 Run as root: ./dev $*   (for example: sudo ./dev $*)"
-    if ! { have mmdebstrap && have arch-test && have rsync; }; then
-        have apt-get || die "mmdebstrap, arch-test and rsync are needed to make the root of $target_name:
-install them with this system's package manager, then run this command again."
-        need_packages roots
-    fi
+    need_packages roots
 }
 
 # Fails with the reason, and leaves nothing half-made behind that would be taken for a root.
 make_root() {
-    local root="$roots/$target_name" log="$roots/$target_name.log" stamp=$1
+    local root="$roots/$target_name" log="$roots/$target_name.log" stamp=$1 sources
+    sources=$(root_sources)
+    [[ -n $sources ]] || die "the root of $target_name cannot be made: the package sources of this machine
+(apt-get indextargets) name no archive of Debian's own suites"
     say "making the root of $target_name in build/roots (some minutes, 1.5 GB)"
     rm -rf --one-file-system "$root" "$root.new" "$root.stamp"
+    root_fetch_settings >"$roots/$target_name.apt" || true
     mmdebstrap --variant=minbase --architectures="${target_name##*-}" \
         --dpkgopt=force-unsafe-io --dpkgopt='path-exclude=/usr/share/doc/*' --dpkgopt='path-exclude=/usr/share/man/*' \
-        --include="$(root_packages | paste -sd,)" "$(root_suite)" "$root.new" "$mirror" >"$log" 2>&1 ||
-        die "the root of $target_name cannot be made from $mirror:
+        --aptopt="$roots/$target_name.apt" \
+        --include="$(root_packages | paste -sd,)" "$(root_suite)" "$root.new" - <<<"$sources" >"$log" 2>&1 ||
+        die "the root of $target_name cannot be made from
+$sources
 $(last_errors "$log")
 mmdebstrap's whole output is in $log"
     mv "$root.new" "$root"
