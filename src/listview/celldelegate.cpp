@@ -2,17 +2,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "celldelegate.h"
 
-#include "listviewitem.h"
+#include "celltext.h"
+#include "listview.h"
 
 #include <QPainter>
-#include <QStyle>
-#include <QStyleOptionViewItem>
-#include <QWidget>
 
 namespace
 {
-
-constexpr int Margin = QListViewItem::TextMargin;
 
 QColor textColour(const QStyleOptionViewItem &option)
 {
@@ -23,26 +19,40 @@ QColor textColour(const QStyleOptionViewItem &option)
     return option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text);
 }
 
-} // namespace
-
-void CellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+void drawText(QPainter *painter, const QStyleOptionViewItem &option, const QString &text, int width)
 {
-    const QStyle *style = option.widget->style();
-    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);
-    const QRect room = option.rect.adjusted(Margin, 0, -Margin, 0);
-    QString text = index.data().toString();
-    if (QFontMetricsF(option.fontMetrics).horizontalAdvance(text) > room.width())
-        text = option.fontMetrics.elidedText(text, Qt::ElideRight, room.width());
+    const QRect &cell = option.rect;
+    const bool right = option.direction == Qt::RightToLeft;
+    const int left =
+        right ? cell.x() + cell.width() - QListViewItem::TextMargin - width : cell.x() + QListViewItem::TextMargin;
+    const int above = (cell.height() - option.fontMetrics.height()) / 2;
     painter->save();
-    painter->setClipRect(option.rect);
+    // Letters may reach over the edge.
+    painter->setClipRect(cell);
     painter->setFont(option.font);
     painter->setPen(textColour(option));
-    const Qt::Alignment alignment = QStyle::visualAlignment(option.direction, option.displayAlignment);
-    painter->drawText(room, int(alignment) | Qt::TextSingleLine | Qt::TextDontClip, text);
+    painter->drawText(QPoint(left, cell.y() + above + option.fontMetrics.ascent()), text);
     painter->restore();
 }
 
-QSize CellDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
+} // namespace
+
+CellDelegate::CellDelegate(const ListView *list)
+    : m_list(list)
 {
-    return {option.fontMetrics.horizontalAdvance(index.data().toString()) + 2 * Margin, option.fontMetrics.height()};
+}
+
+void CellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    m_list->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, m_list);
+    const QListViewItem *row = m_list->itemAt(index.row());
+    const QString text = cellText(*row, index.column(), m_list->measure(), option.rect.width()).text;
+    if (!text.isEmpty())
+        drawText(painter, option, text, m_list->measure().width(text));
+}
+
+QSize CellDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const
+{
+    // The list goes by its rows' own widths and by one height for all.
+    return {};
 }

@@ -19,44 +19,49 @@ constexpr int UsualWidths = 1 << 16;
 
 } // namespace
 
-ColumnWidths::ColumnWidths(int columns, const QFont &font, const QFontMetricsF &metrics)
-    : m_measure(font, metrics)
+ColumnWidths::ColumnWidths(int columns, const TextMeasure &measure)
+    : m_measure(measure)
     , m_columns(size_t(columns))
 {
 }
 
-int ColumnWidths::add(int column, const QListViewItem &row)
+void ColumnWidths::add(const QListViewItem &row)
 {
-    Column &c = m_columns[size_t(column)];
-    const int width = widthOf(c, column, row);
-    if (width >= UsualWidths) {
-        ++c.unusualCounts[width];
-        return width;
-    }
-    if (size_t(width) >= c.counts.size())
-        c.counts.resize(size_t(width) + 1);
-    ++c.counts[size_t(width)];
-    c.widest = std::max(c.widest, width);
-    return width;
+    for (size_t i = 0; i < m_columns.size(); ++i)
+        add(m_columns[i], int(i), row);
 }
 
-bool ColumnWidths::remove(int column, const QListViewItem &row)
+void ColumnWidths::add(Column &column, int number, const QListViewItem &row)
 {
-    Column &c = m_columns[size_t(column)];
-    const int width = widthOf(c, column, row);
+    const int width = widthOf(column, number, row);
     if (width >= UsualWidths) {
-        const auto found = c.unusualCounts.find(width);
-        if (found == c.unusualCounts.end())
-            return false;
-        if (--found->second == 0)
-            c.unusualCounts.erase(found);
-        return true;
+        column.wide[&row] = width;
+        return;
     }
-    if (size_t(width) >= c.counts.size() || c.counts[size_t(width)] == 0)
+    if (size_t(width) >= column.counts.size())
+        column.counts.resize(size_t(width) + 1);
+    ++column.counts[size_t(width)];
+    column.widest = std::max(column.widest, width);
+}
+
+bool ColumnWidths::remove(const QListViewItem &row)
+{
+    bool known = true;
+    for (size_t i = 0; i < m_columns.size(); ++i)
+        known = remove(m_columns[i], int(i), row) && known;
+    return known;
+}
+
+bool ColumnWidths::remove(Column &column, int number, const QListViewItem &row)
+{
+    if (!column.wide.empty() && column.wide.erase(&row) > 0)
+        return true;
+    const auto width = size_t(widthOf(column, number, row));
+    if (width >= column.counts.size() || column.counts[width] == 0)
         return false;
-    --c.counts[size_t(width)];
-    while (c.widest > 0 && c.counts[size_t(c.widest)] == 0)
-        --c.widest;
+    --column.counts[width];
+    while (column.widest > 0 && column.counts[size_t(column.widest)] == 0)
+        --column.widest;
     return true;
 }
 
@@ -68,35 +73,27 @@ void ColumnWidths::clear()
 int ColumnWidths::widest(int column) const
 {
     const Column &c = m_columns[size_t(column)];
-    return c.unusualCounts.empty() ? c.widest : c.unusualCounts.rbegin()->first;
+    int widest = c.widest;
+    for (const auto &[row, width] : c.wide)
+        widest = std::max(widest, width);
+    return widest;
 }
 
 int ColumnWidths::widthOf(Column &column, int number, const QListViewItem &row)
 {
     const QListViewItem::TextClass textClass = row.textClass(number);
-    if (textClass.id == 0)
+    if (textClass.id == 0 || textClass.id >= SmallIds)
         return measure(row, number);
-    int &width = widthOfClass(column, textClass.id);
-    if (width == Unknown) {
-        const QString text = row.text(number);
-        const bool one = !textClass.digitsVary || m_measure.digitsAlike(text);
-        width = one ? std::max(0, m_measure.width(text)) : Differing;
-    }
+    if (textClass.id >= column.byClass.size())
+        column.byClass.resize(size_t(textClass.id) + 1, Unknown);
+    int &width = column.byClass[size_t(textClass.id)];
+    if (width == Unknown)
+        width = textClass.digitsVary && !m_measure.digitsAlike() ? Differing : measure(row, number);
     return width != Differing ? width : measure(row, number);
 }
 
-int &ColumnWidths::widthOfClass(Column &column, quint64 id)
-{
-    if (id >= SmallIds)
-        return column.byUnusualClass.emplace(id, Unknown).first->second;
-    if (id >= column.byClass.size())
-        column.byClass.resize(size_t(id) + 1, Unknown);
-    return column.byClass[size_t(id)];
-}
-
-int ColumnWidths::measure(const QListViewItem &row, int number)
+int ColumnWidths::measure(const QListViewItem &row, int number) const
 {
     const QLatin1String text = row.latin1(number);
-    const int width = text.isNull() ? m_measure.width(row.text(number)) : m_measure.width(text);
-    return std::max(0, width); // fonts with a negative letter spacing can go below
+    return text.isNull() ? m_measure.width(row.text(number)) : m_measure.width(text);
 }

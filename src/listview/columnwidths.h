@@ -5,7 +5,6 @@
 #include "textmeasure.h"
 
 #include <QtGlobal>
-#include <map>
 #include <unordered_map>
 #include <vector>
 
@@ -20,15 +19,15 @@ class ColumnWidths
 {
 public:
     /** Starts with no rows. */
-    ColumnWidths(int columns, const QFont &font, const QFontMetricsF &metrics);
+    ColumnWidths(int columns, const TextMeasure &measure);
 
-    /** Counts a row in a column and returns its text's width. */
-    int add(int column, const QListViewItem &row);
+    /** Counts a row in all columns. */
+    void add(const QListViewItem &row);
     /**
-     * Takes a row that was counted out of a column's count. False when its
-     * text cannot be the one that was counted; then all must be counted anew.
+     * Takes a row that was added out of the counts. False when one of its texts
+     * cannot be the one that was counted; then all must be counted anew.
      */
-    bool remove(int column, const QListViewItem &row);
+    bool remove(const QListViewItem &row);
     /** Forgets all rows and what was known of their texts' classes. */
     void clear();
 
@@ -37,16 +36,17 @@ public:
 
 private:
     struct Column {
-        std::vector<int> byClass;                        ///< width by a class's id, for small ids
-        std::unordered_map<quint64, int> byUnusualClass; ///< the same for all others
-        std::vector<quint32> counts;                     ///< rows by their text's width, for usual widths
-        std::map<int, quint32> unusualCounts;            ///< the same for all others
-        int widest = 0;                                  ///< of counts
+        std::vector<int> byClass;    ///< width by a class's id, for small ids
+        std::vector<quint32> counts; ///< rows by their text's width
+        int widest = 0;              ///< of counts
+        /** Texts that are too wide for counts: few, but long, so they are measured only once. */
+        std::unordered_map<const QListViewItem *, int> wide;
     };
 
+    void add(Column &column, int number, const QListViewItem &row);
+    bool remove(Column &column, int number, const QListViewItem &row);
     int widthOf(Column &column, int number, const QListViewItem &row);
-    int &widthOfClass(Column &column, quint64 id);
-    int measure(const QListViewItem &row, int number);
+    int measure(const QListViewItem &row, int number) const;
 
     TextMeasure m_measure;
     std::vector<Column> m_columns;

@@ -29,9 +29,18 @@ namespace
 {
 // A hidden column stays this wide, so that its edge can still be pulled out by hand.
 constexpr int NarrowestColumn = 2;
+// No screen is wider, and what a row costs to paint follows its columns' widths.
+constexpr int WidestColumn = 16383;
 // Rows looked through at a time for what was typed. The slowest texts take some microseconds each:
 // together they take a part of the time between two frames.
 constexpr int RowsPerTurn = 500;
+
+/** The font in which a text is as wide as its characters. */
+QFont unshaped(QFont font)
+{
+    font.setStyleStrategy(QFont::StyleStrategy(font.styleStrategy() | QFont::PreferNoShaping));
+    return font;
+}
 
 /** Tells a screen reader, if there is one, what happened to a row. */
 void tell(ListView *list, QAccessible::Event what, const QModelIndex &index)
@@ -47,6 +56,7 @@ void tell(ListView *list, QAccessible::Event what, const QModelIndex &index)
 ListView::ListView(QWidget *parent)
     : QTreeView(parent)
     , m_model(new ListModel(this))
+    , m_delegate(this)
 {
     static const bool accessible = (ListAccess::install(), true);
     Q_UNUSED(accessible)
@@ -58,11 +68,14 @@ ListView::ListView(QWidget *parent)
     setSelectionMode(SingleSelection);
     setSelectionBehavior(SelectRows);
     setEditTriggers(NoEditTriggers);
-    setItemDelegate(new CellDelegate(this));
+    setItemDelegate(&m_delegate);
+    // All else of the font stays the desktop's.
+    setFont(unshaped(QFont()));
     setHorizontalScrollMode(ScrollPerPixel);
     setIndentation(0);
     header()->setStretchLastSection(false);
     header()->setMinimumSectionSize(NarrowestColumn);
+    header()->setMaximumSectionSize(WidestColumn);
     header()->setSortIndicator(0, Qt::AscendingOrder);
     setSortingEnabled(true);
     connect(m_model, &QAbstractItemModel::layoutChanged, this, &ListView::endSearch);
@@ -109,7 +122,7 @@ void ListView::setColumnWidth(int column, int width)
 
 void ListView::resizeColumn(int column, int width)
 {
-    header()->resizeSection(column, qBound(NarrowestColumn, width, header()->maximumSectionSize()));
+    header()->resizeSection(column, qBound(NarrowestColumn, width, WidestColumn));
 }
 
 void ListView::setColumnWidthMode(int column, WidthMode mode)
@@ -187,10 +200,8 @@ void ListView::insertItems(Rows &&items)
     items.erase(std::remove(items.begin(), items.end(), nullptr), items.end());
     try {
         ColumnWidths &known = widths();
-        const int count = columns();
         for (const auto &item : items)
-            for (int column = 0; column < count; ++column)
-                known.add(column, *item);
+            known.add(*item);
         m_model->insert(std::move(items));
     } catch (...) {
         // What was counted has not all come in.
@@ -199,15 +210,20 @@ void ListView::insertItems(Rows &&items)
     }
 }
 
+const TextMeasure &ListView::measure() const
+{
+    if (!m_measure)
+        m_measure.emplace(font(), QFontMetricsF(fontMetrics()));
+    return *m_measure;
+}
+
 ColumnWidths &ListView::widths() const
 {
-    if (m_widths && m_measuredFont == font())
-        return *m_widths;
-    m_measuredFont = font();
-    m_widths = std::make_unique<ColumnWidths>(columns(), font(), QFontMetricsF(fontMetrics()));
-    for (int row = 0; row < childCount(); ++row)
-        for (int column = 0; column < columns(); ++column)
-            m_widths->add(column, *itemAt(row));
+    if (!m_widths) {
+        m_widths.emplace(columns(), measure());
+        for (int row = 0; row < childCount(); ++row)
+            m_widths->add(*itemAt(row));
+    }
     return *m_widths;
 }
 
@@ -216,11 +232,9 @@ void ListView::removeItem(QListViewItem *item)
     if (m_model->rowOf(item) < 0)
         return;
     emit itemRemoved(item);
-    for (int column = 0; m_widths && column < columns(); ++column) {
-        // A clock or a language that changed since can have changed the text.
-        if (!m_widths->remove(column, *item))
-            m_widths.reset();
-    }
+    // A clock or a language that changed since can have changed the text.
+    if (m_widths && !m_widths->remove(*item))
+        m_widths.reset();
     m_model->remove(item);
 }
 
@@ -367,7 +381,10 @@ void ListView::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
         m_lineHeight = 0;
+        m_measure.reset();
         m_widths.reset();
+        if (!(font().styleStrategy() & QFont::PreferNoShaping))
+            setFont(unshaped(font()));
     }
     QTreeView::changeEvent(event);
 }

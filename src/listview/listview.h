@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "celldelegate.h"
 #include "columnwidths.h"
 #include "listmodel.h"
 #include "listviewitem.h"
@@ -10,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QTreeView>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /**
@@ -82,6 +84,8 @@ public:
 
     /** The widest QListViewItem::width() of a column over all rows, in the list's font; 0 without rows. */
     int maximumTextWidth(int column) const;
+    /** Measures texts in the list's font. */
+    const TextMeasure &measure() const;
 
     QRect visualRect(const QModelIndex &index) const override;
     void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
@@ -178,8 +182,9 @@ private:
     void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
 
     ListModel *m_model;
-    mutable std::unique_ptr<ColumnWidths> m_widths; ///< null when unknown
-    mutable QFont m_measuredFont;                   ///< of m_widths
+    CellDelegate m_delegate;
+    mutable std::optional<TextMeasure> m_measure; ///< none when unknown, as all that hangs on the font
+    mutable std::optional<ColumnWidths> m_widths;
     std::vector<WidthMode> m_modes;
     std::vector<double> m_shares; ///< unrounded widths of the last scaling
     ResizeMode m_resizeMode = NoColumn;

@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listviewitem.h"
 
-#include <QFontMetricsF>
-#include <QtMath>
+#include "textmeasure.h"
 
 QListViewItem::~QListViewItem() = default;
 
@@ -12,7 +11,7 @@ qint64 QListViewItem::number(int column) const
     return text(column).toLongLong();
 }
 
-QLatin1String QListViewItem::latin1(int) const
+QLatin1String QListViewItem::latin1(int, int) const
 {
     return {};
 }
@@ -24,7 +23,5 @@ QListViewItem::TextClass QListViewItem::textClass(int) const
 
 int QListViewItem::width(const QFontMetrics &metrics, const ListView *, int column) const
 {
-    // Rounded up: a text that is a fraction of a pixel too wide is cut.
-    const int width = qCeil(QFontMetricsF(metrics).horizontalAdvance(text(column)));
-    return qMax(0, width) + 2 * TextMargin;
+    return TextMeasure::measuredWidth(QFontMetricsF(metrics), text(column)) + 2 * TextMargin;
 }

@@ -5,6 +5,7 @@
 #include <QLatin1String>
 #include <QString>
 #include <QtGlobal>
+#include <climits>
 
 class ListView;
 class QFontMetrics;
@@ -49,10 +50,11 @@ public:
 
     /**
      * The text of a column as the row keeps it, valid as long as the row:
-     * spares the making of a text where rows are sorted and measured. Null,
-     * the default, when the row keeps no such text; else equal to text().
+     * spares the making of a text where rows are sorted, measured and shown.
+     * Null, the default, when the row keeps no such text; else equal to text(),
+     * of which a row need not give more characters than are asked for.
      */
-    virtual QLatin1String latin1(int column) const;
+    virtual QLatin1String latin1(int column, int most = INT_MAX) const;
 
     /** The class of a column's text, so that it is measured once for many rows; by default none. */
     virtual TextClass textClass(int column) const;

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -104,7 +105,7 @@ public:
         }
     }
 
-    QLatin1String latin1(int column) const override
+    QLatin1String latin1(int column, int most = INT_MAX) const override
     {
         switch (column) {
         case SensorColumn:
@@ -112,7 +113,7 @@ public:
         case KindColumn:
             return m_kind.latin1();
         case ParametersColumn:
-            return QLatin1String(behind());
+            return QLatin1String(behind(), int(strnlen(behind(), std::size_t(most))));
         default:
             return {};
         }

@@ -6,6 +6,7 @@
 #include "messagetext.h"
 
 #include <KLocalizedString>
+#include <algorithm>
 
 static QString aliveText(int liveness)
 {
@@ -26,14 +27,15 @@ SensorItem::SensorItem(const CSensor &sensor)
 
 QString SensorItem::text(int column) const
 {
-    switch (column) {
-    case SensorIDColumn:
-        return recordText(m_sensor.SensorID, m_sensor.LSensorID);
-    case DescriptionColumn:
-        return recordText(m_sensor.Description, m_sensor.LDescription);
-    case AliveColumn:
-        return aliveText(m_sensor.MessageType);
-    default:
-        return QString();
-    }
+    return column == AliveColumn ? aliveText(m_sensor.MessageType) : latin1(column);
+}
+
+QLatin1String SensorItem::latin1(int column, int most) const
+{
+    std::string_view text;
+    if (column == SensorIDColumn)
+        text = recordBytes(m_sensor.SensorID, std::min(most, m_sensor.LSensorID));
+    else if (column == DescriptionColumn)
+        text = recordBytes(m_sensor.Description, std::min(most, m_sensor.LDescription));
+    return QLatin1String(text.data(), int(text.size()));
 }

@@ -16,6 +16,7 @@ public:
     explicit SensorItem(const CSensor &sensor);
 
     QString text(int column) const override;
+    QLatin1String latin1(int column, int most = INT_MAX) const override;
 
 private:
     const CSensor &m_sensor;

@@ -4,7 +4,6 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QFont>
 #include <QHoverEvent>
 #include <clocale>
 #include <langinfo.h>
@@ -73,16 +72,6 @@ inline QPoint placeOf(const QHoverEvent &event)
     return event.pos();
 #else
     return event.position().toPoint();
-#endif
-}
-
-/** Whether features of the font are switched on or off by name. */
-inline bool hasFeatures(const QFont &font)
-{
-#if QT_VERSION < QT_VERSION_CHECK(6, 7, 0)
-    return static_cast<void>(font), false;
-#else
-    return !font.featureTags().isEmpty();
 #endif
 }
 

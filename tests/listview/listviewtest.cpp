@@ -256,6 +256,8 @@ private slots:
     void textFitsItsWidthWithoutElision();
     void threeDigitsAreReadInThirtyPixels_data();
     void threeDigitsAreReadInThirtyPixels();
+    void longTextIsDrawnAsItsBeginning_data();
+    void longTextIsDrawnAsItsBeginning();
     void rightToLeft();
 
     void standingAtTheTopItFollowsRowsThatLandThere();
@@ -1137,6 +1139,33 @@ void ListViewTest::threeDigitsAreReadInThirtyPixels()
         const QImage narrow = list.viewport()->grab(seen).toImage();
         list.setColumnWidth(0, 80);
         QCOMPARE(narrow, list.viewport()->grab(seen).toImage());
+    }
+}
+
+void ListViewTest::longTextIsDrawnAsItsBeginning_data()
+{
+    QTest::addColumn<bool>("rightToLeft");
+    QTest::newRow("left to right") << false;
+    QTest::newRow("right to left") << true;
+}
+
+void ListViewTest::longTextIsDrawnAsItsBeginning()
+{
+    QFETCH(bool, rightToLeft);
+    const QByteArray huge = QByteArray("T=23.4;flow=1;\tP=\xe9t\xe9\n").repeated(1600000);
+    NumberList list;
+    list.setLayoutDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    list.showAndWait();
+    const auto picture = [&list](const QByteArray &text) {
+        list.clear();
+        list.insertItem(std::make_unique<ByteItem>(std::vector<QByteArray>{text}));
+        return list.viewport()->grab(QRect(0, 0, list.viewport()->width(), list.rowsHeight())).toImage();
+    };
+    for (int width : {2, 12, 30, 81, 250, 2000}) {
+        list.setColumnWidth(0, width);
+        const QImage shown = picture(huge);
+        QCOMPARE(shown, picture(huge.left(1000)));
+        QVERIFY(width < 30 || shown != picture("T"));
     }
 }
 

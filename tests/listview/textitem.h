@@ -48,10 +48,12 @@ public:
         return QString(latin1(column));
     }
 
-    QLatin1String latin1(int column) const override
+    QLatin1String latin1(int column, int most = INT_MAX) const override
     {
-        return column < int(m_texts.size()) ? QLatin1String(m_texts[column].constData(), m_texts[column].size())
-                                            : QLatin1String("");
+        if (column >= int(m_texts.size()))
+            return QLatin1String("");
+        // Whoever asks for the beginning must not rely on getting more.
+        return QLatin1String(m_texts[column].constData(), qMin(most, int(m_texts[column].size())));
     }
 
 private:
