@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "foreigncall.h"
 
+#include "visibletext.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cxxabi.h>
@@ -49,7 +51,7 @@ __attribute__((no_sanitize("null"))) void tellException(const char *function)
     } catch (const ThreadEnd &) { // GCOVR_EXCL_BR_LINE: one branch ends the program
         std::fprintf(stderr, "%s called pthread_exit\n", function);
     } catch (const std::exception &thrown) {
-        std::fprintf(stderr, "%s threw an exception: %s\n", function, thrown.what());
+        std::fprintf(stderr, "%s threw an exception: %s\n", function, visibleText(thrown.what()).c_str());
     } catch (abi::__forced_unwind &) { // GCOVR_EXCL_START: the counters are lost
         // The thread was cancelled; the system ends the program when that is stopped, and says nothing of why.
         std::fprintf(stderr, "%s cancelled the thread that called it: the program ends\n", function);

@@ -668,6 +668,8 @@ void TestDBFuns::anExceptionEndsAtTheBoundary_data()
         QTest::addRow("release %s", kind)
             << "throws-release" << kind << function + " threw an exception: the store is gone\n";
         QTest::addRow("number %s", kind) << "throws-number" << kind << function + " threw an exception\n";
+        QTest::addRow("what a terminal obeys %s", kind)
+            << "throws-escapes" << kind << function + " threw an exception: \\x1b[2Jgone\\x0aDBGet \\xe4\n";
         QTest::addRow("thread ended by fetch %s", kind)
             << "ends-thread-fetch" << kind << function + " called pthread_exit\n";
         QTest::addRow("thread ended by release %s", kind)
