@@ -183,7 +183,7 @@ only_given_accelerators_work() {
 }
 
 # title_of WINDOW: what the window manager is told, with its quotes.
-title_of() { xprop -id "$1" _NET_WM_NAME | sed -n 's/^[^=]*= //p'; }
+title_of() { xprop -id "$1" _NET_WM_NAME 2>/dev/null | sed -n 's/^[^=]*= //p'; }
 
 # box_is_active OTHER TITLE: set `window` to the window with the focus, if it is not OTHER and has that
 # title, in its quotes (an empty one has none).
@@ -194,7 +194,7 @@ box_is_active() {
 box_without_a_caption() {
     press "$panel" alt+t
     wait_for 'a box without a title' box_is_active "$panel" ''
-    xdotool key Return
+    press "$window" Return
     wait_for 'the box goes away' gone "$window"
 }
 
@@ -203,7 +203,7 @@ no_base_directory_in_a_restored_session() {
     mv "$(installation)/Pics/Red.bmp" "$(installation)/Red.bmp"
     start_console -session ID_KEY
     wait_for 'the box that ends the console' box_is_active '' "\"Can't find base dir\""
-    xdotool key Return
+    press "$window" Return
     timeout "$time_limit" tail --pid="$console" -f /dev/null || die 'the console does not end without a base directory'
     wait "$console" || status=$?
     ((status == 255)) || die "without a base directory the status is $status"
