@@ -7,7 +7,9 @@
 #include "mainwidget.h"
 #include "obrim.h"
 #include "obrimwidget.h"
+#include "standardstreams.h"
 #include "toolkit.h"
+#include "visibletext.h"
 
 #include <KAboutData>
 #include <KConfig>
@@ -106,7 +108,8 @@ bool parseCommandLine(KAboutData &about)
     about.processCommandLine(&parser);
     const QStringList unknown = parser.positionalArguments();
     if (!unknown.isEmpty())
-        std::fprintf(stderr, "obrim: unexpected argument: %s\n", qPrintable(unknown.join(QStringLiteral(", "))));
+        std::fprintf(stderr, "obrim: unexpected argument: %s\n",
+                     visibleText(unknown.join(QStringLiteral(", ")).toStdString()).c_str());
     return unknown.isEmpty();
 }
 
@@ -169,8 +172,8 @@ int run(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    // Line by line even into a pipe, so that a trace survives a crash.
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    openStandardDescriptors();
+    neverWaitForReaders();
     setRuntimeDirectory();
     Toolkit::useUtf8();
     const int result = run(argc, argv);

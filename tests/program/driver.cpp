@@ -13,6 +13,7 @@
  *                 ok, yes, no, or escape
  *   windows=N     waits until N windows are visible and tells their titles
  *   panels        tells how many panels there are
+ *   streams=FILE  writes to a file where the descriptors 0 to 2 lead to
  *   warn=CATEGORY warns in a category of the toolkit's
  *   xerror=CODE   warns of a window that is gone, as the toolkit does of a request with that code
  *   close         closes the panel's window, or the window that has lost its panel
@@ -24,6 +25,7 @@
 #include "obrimwidget.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPointer>
@@ -51,6 +53,14 @@ QByteArray goneWindow(const QByteArray &code)
 {
     return "QXcbConnection: XCB error: 3 (BadWindow), sequence: 1784, resource id: 2103065, major code: " + code +
            " (" + (code == "40" ? "TranslateCoords" : "GetProperty") + "), minor code: 0";
+}
+
+void tellStreams(const QString &path)
+{
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    for (int descriptor = 0; descriptor <= 2; ++descriptor)
+        file.write(QFile::symLinkTarget(QString("/proc/self/fd/%1").arg(descriptor)).toLocal8Bit() + '\n');
 }
 
 QList<obrimWidget *> panels()
@@ -134,6 +144,8 @@ private:
             tell("windows: " + visibleTitles().join(", "));
         else if (name == "panels")
             tell(QString("panels: %1").arg(panels().size()));
+        else if (name == "streams")
+            tellStreams(value);
         else if (name == "warn")
             warnIn(value.toLatin1());
         else if (name == "xerror")

@@ -33,6 +33,9 @@ private slots:
     void withoutABaseDirectoryABoxAndStatus255();
     void theTraceTellsTheOrderOfTheStart();
     void theTraceArrivesLineByLineInAPipe();
+    void aTraceThatNobodyReadsEndsNothing();
+    void descriptorsThatAreClosedAreOpenedFirst_data();
+    void descriptorsThatAreClosedAreOpenedFirst();
     void aSecondLanguageOfTheDesktopPrintsNothing_data();
     void aSecondLanguageOfTheDesktopPrintsNothing();
     void exitAndYesEndTheProgram();
@@ -67,6 +70,7 @@ private:
     QProcessEnvironment environment(const QString &steps = {}) const;
     std::unique_ptr<QProcess> start(const char *program, const QString &steps, const QStringList &arguments = {}) const;
     Run drive(const QString &steps, const QStringList &arguments = {}, const char *program = OBRIM_DRIVEN) const;
+    Run shell(const QString &command, const QString &steps) const;
     void saveSession(int windows) const;
     static QString errors(QProcess &process);
 
@@ -127,6 +131,12 @@ Run TestProgram::drive(const QString &steps, const QStringList &arguments, const
     return run;
 }
 
+/** Runs a shell command in which $0 is the program. */
+Run TestProgram::shell(const QString &command, const QString &steps) const
+{
+    return drive(steps, {"-c", command, OBRIM_DRIVEN}, "/bin/sh");
+}
+
 void TestProgram::withoutABaseDirectoryABoxAndStatus255_data()
 {
     QTest::addColumn<QString>("answer");
@@ -165,6 +175,38 @@ void TestProgram::theTraceArrivesLineByLineInAPipe()
     QVERIFY(process->waitForFinished(Patience));
     QCOMPARE(out, trace());
     QCOMPARE(errors(*process), QString());
+}
+
+void TestProgram::aTraceThatNobodyReadsEndsNothing()
+{
+    const Run run = shell("{ \"$0\"; echo \"status $?\" >&2; } | head -n 1",
+                          "press=BEventsList press=Sensors_list windows=3 close");
+    QCOMPARE(run.out, trace().section('\n', 0, 0) + '\n');
+    QVERIFY2(run.err.endsWith(GoodEnd + "status 0\n"), qPrintable(run.err));
+}
+
+void TestProgram::descriptorsThatAreClosedAreOpenedFirst_data()
+{
+    QTest::addColumn<QString>("closed");
+    QTest::addColumn<QList<int>>("descriptors");
+    QTest::newRow("all") << "<&- >&- 2>&-" << QList<int>({0, 1, 2});
+    QTest::newRow("input") << "<&-" << QList<int>({0});
+    QTest::newRow("output") << ">&-" << QList<int>({1});
+    QTest::newRow("errors") << "2>&-" << QList<int>({2});
+}
+
+void TestProgram::descriptorsThatAreClosedAreOpenedFirst()
+{
+    QFETCH(QString, closed);
+    QFETCH(QList<int>, descriptors);
+    const QString path = m_folder->path() + "/streams";
+    const Run run = shell("exec \"$0\" " + closed, "press=BEventsList windows=2 streams=" + path + " close");
+    QCOMPARE(run.status, 0);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList streams = QString::fromLocal8Bit(file.readAll()).split('\n');
+    for (int descriptor = 0; descriptor <= 2; ++descriptor)
+        QCOMPARE(streams.at(descriptor) == "/dev/null", descriptors.contains(descriptor));
 }
 
 void TestProgram::aSecondLanguageOfTheDesktopPrintsNothing_data()
