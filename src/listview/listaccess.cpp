@@ -170,6 +170,15 @@ int ListAccess::childNumber(const ListView *view, int row, int column)
     return (row + 1) * view->columns() + column;
 }
 
+void ListAccess::tell(ListView *view, QAccessible::Event what, const QModelIndex &index)
+{
+    if (!QAccessible::isActive() || !index.isValid())
+        return;
+    QAccessibleEvent event(view, what);
+    event.setChild(childNumber(view, index.row(), index.column()));
+    QAccessible::updateAccessibility(&event);
+}
+
 ListAccess::ListAccess(ListView *view)
     : QAccessibleWidget(view, QAccessible::Table)
 {

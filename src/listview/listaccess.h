@@ -24,6 +24,8 @@ public:
     static void install();
     /** The number of a cell among the children; that of a heading for row -1. */
     static int childNumber(const ListView *view, int row, int column);
+    /** Tells a screen reader, if there is one, what happened to a row. */
+    static void tell(ListView *view, QAccessible::Event what, const QModelIndex &index);
 
     void *interface_cast(QAccessible::InterfaceType type) override;
     int childCount() const override;

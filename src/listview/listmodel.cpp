@@ -40,24 +40,23 @@ void deleteOrdered(const std::vector<QListViewItem *> &rows)
 }
 
 /** Deletes all rows, also when there is no memory to put them in order. */
-void deleteAll(const RowSequence &rows)
+void deleteAll(const std::vector<QListViewItem *> &rows)
 {
     try {
-        deleteOrdered(rows.toVector());
+        deleteOrdered(rows);
     } catch (const std::bad_alloc &) {
-        for (int row = 0; row < rows.size(); ++row)
-            delete rows.at(row);
+        for (QListViewItem *row : rows)
+            delete row;
     }
 }
 
 /** Rows on their way into the model: deletes those that did not get there, for want of memory. */
 struct Arriving {
     std::vector<QListViewItem *> rows;
-    std::size_t inserted = 0;
 
     ~Arriving()
     {
-        std::for_each(rows.begin() + std::ptrdiff_t(inserted), rows.end(), [](QListViewItem *row) { delete row; });
+        deleteAll(rows);
     }
 };
 
@@ -75,7 +74,7 @@ ListModel::~ListModel()
 
 int ListModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : m_rows.size();
+    return parent.isValid() ? 0 : int(m_rows.size()) - m_gap;
 }
 
 int ListModel::columnCount(const QModelIndex &parent) const
@@ -120,7 +119,7 @@ bool ListModel::less(const QListViewItem *a, const QListViewItem *b) const
 
 void ListModel::sortRows(std::vector<QListViewItem *> &rows) const
 {
-    const auto arrival = [](const QListViewItem &row) { return row.m_arrival; };
+    const auto arrival = [](const QListViewItem &row) { return quint64(row.m_arrival); };
     if (m_sortColumn < 0 || m_sortColumn >= columnCount())
         sortByArrival(rows, arrival);
     else if (sortsByNumber())
@@ -138,9 +137,7 @@ void ListModel::sort(int column, Qt::SortOrder order)
         kept.push_back(item(index.row()));
     m_sortColumn = column;
     m_sortOrder = order;
-    std::vector<QListViewItem *> rows = m_rows.toVector();
-    sortRows(rows);
-    m_rows.assign(rows);
+    sortRows(m_rows);
     QModelIndexList after;
     for (int i = 0; i < int(kept.size()); ++i)
         after << index(rowOf(kept[i]), before[i].column());
@@ -199,29 +196,27 @@ void ListModel::insert(Rows &&rows)
     }
     rows.clear();
     sortRows(arriving.rows);
-    merge(arriving.rows, arriving.inserted);
+    m_gapAt = rowCount();
+    m_rows.resize(m_rows.size() + arriving.rows.size());
+    m_gap = int(arriving.rows.size());
+    while (!arriving.rows.empty())
+        insertLastRun(arriving.rows);
 }
 
-void ListModel::merge(const std::vector<QListViewItem *> &rows, std::size_t &inserted)
+void ListModel::insertLastRun(std::vector<QListViewItem *> &rows)
 {
-    while (inserted < rows.size()) {
-        const auto from = rows.begin() + std::ptrdiff_t(inserted);
-        const int place = m_rows.partitionPoint([&](const QListViewItem *row) { return less(row, *from); });
-        auto to = from + 1;
-        if (place == m_rows.size())
-            to = rows.end();
-        while (to != rows.end() && less(*to, m_rows.at(place)))
-            ++to;
-        insertRun(place, {from, to});
-        inserted = std::size_t(to - rows.begin());
-    }
-}
-
-void ListModel::insertRun(int row, const std::vector<QListViewItem *> &rows)
-{
-    RowSequence::Insertion insertion = m_rows.prepare(row, rows);
-    beginInsertRows({}, row, row + int(rows.size()) - 1);
-    m_rows.insert(std::move(insertion));
+    const int place = placeOf(rows.back());
+    const QListViewItem *above = item(place - 1);
+    const auto from = std::partition_point(rows.begin(), rows.end(),
+                                           [&](const QListViewItem *row) { return above && less(row, above); });
+    const int count = int(rows.end() - from);
+    beginInsertRows({}, place, place + count - 1);
+    const auto gap = m_rows.begin() + m_gapAt;
+    std::move_backward(m_rows.begin() + place, gap, gap + m_gap);
+    m_gapAt = place;
+    m_gap -= count;
+    std::copy(from, rows.end(), m_rows.begin() + m_gapAt + m_gap);
+    rows.erase(from, rows.end());
     endInsertRows();
 }
 
@@ -232,15 +227,15 @@ void ListModel::remove(QListViewItem *item)
         return;
     const std::unique_ptr<QListViewItem> removed(item);
     beginRemoveRows({}, row, row);
-    m_rows.remove(row);
+    m_rows.erase(m_rows.begin() + row);
     endRemoveRows();
 }
 
 void ListModel::clear()
 {
-    RowSequence removed;
+    std::vector<QListViewItem *> removed;
     beginResetModel();
-    std::swap(m_rows, removed);
+    m_rows.swap(removed);
     m_arrivals = 0;
     endResetModel();
     deleteAll(removed);
@@ -248,13 +243,25 @@ void ListModel::clear()
 
 QListViewItem *ListModel::item(int row) const
 {
-    return row >= 0 && row < m_rows.size() ? m_rows.at(row) : nullptr;
+    return row >= 0 && row < rowCount() ? m_rows[size_t(row < m_gapAt ? row : row + m_gap)] : nullptr;
+}
+
+int ListModel::placeOf(const QListViewItem *item) const
+{
+    int from = 0;
+    int to = rowCount();
+    while (from < to) {
+        const int middle = from + (to - from) / 2;
+        if (less(this->item(middle), item))
+            from = middle + 1;
+        else
+            to = middle;
+    }
+    return from;
 }
 
 int ListModel::rowOf(const QListViewItem *item) const
 {
-    if (!item)
-        return -1;
-    const int row = m_rows.partitionPoint([&](const QListViewItem *other) { return less(other, item); });
-    return row < m_rows.size() && m_rows.at(row) == item ? row : -1;
+    const int row = item ? placeOf(item) : -1;
+    return this->item(row) == item ? row : -1;
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "listviewitem.h"
-#include "rowsequence.h"
 
 #include <QAbstractTableModel>
 #include <memory>
@@ -60,14 +59,22 @@ private:
     bool sortsByNumber() const;
     /** Whether row a stands before row b. */
     bool less(const QListViewItem *a, const QListViewItem *b) const;
+    /** The place of the first row that does not stand before this one. */
+    int placeOf(const QListViewItem *item) const;
     void sortRows(std::vector<QListViewItem *> &rows) const;
-    /** Puts rows, which are in order already, in at their places; `inserted` counts them. */
-    void merge(const std::vector<QListViewItem *> &rows, std::size_t &inserted);
-    void insertRun(int row, const std::vector<QListViewItem *> &rows);
+    /** Puts the last rows of some that are in order in where they belong together. */
+    void insertLastRun(std::vector<QListViewItem *> &rows);
 
     std::vector<Column> m_columns;
-    RowSequence m_rows;
+    /**
+     * In order, but for a gap that is there while rows come in: it goes from
+     * the end to the start, so that however many places they go to, a row
+     * that is there already is moved once.
+     */
+    std::vector<QListViewItem *> m_rows;
+    int m_gap = 0;   ///< places in it
+    int m_gapAt = 0; ///< rows before it
     int m_sortColumn = 0;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
-    quint64 m_arrivals = 0; ///< rows that came since the last clear()
+    quint32 m_arrivals = 0; ///< rows that came since the last clear()
 };

@@ -3,26 +3,30 @@
 #pragma once
 
 #include "celldelegate.h"
+#include "columnscaling.h"
 #include "columnwidths.h"
+#include "keptplace.h"
 #include "listmodel.h"
 #include "listviewitem.h"
+#include "typedsearch.h"
 
+#include <QAbstractItemView>
 #include <QBasicTimer>
 #include <QElapsedTimer>
-#include <QTreeView>
 #include <memory>
 #include <optional>
 #include <vector>
+
+class QHeaderView;
 
 /**
  * A flat list of rows in columns, made for millions of rows.
  *
  * Rows stand sorted, by column 0 ascending unless told otherwise, and keep
- * that order as they come. One row at most is selected. To the outside it is
- * a tree view; but since all rows are of one height and none has children,
- * places are computed where a tree view keeps a record of every row.
+ * that order as they come. One row at most is selected. Since all rows are of
+ * one height, their places are computed and not kept.
  */
-class ListView : public QTreeView
+class ListView : public QAbstractItemView
 {
     Q_OBJECT
 public:
@@ -51,10 +55,13 @@ public:
      * user and the scaling change a width: rows that come or go do not.
      */
     void setColumnWidth(int column, int width);
+    int columnWidth(int column) const;
     void setColumnWidthMode(int column, WidthMode mode);
     WidthMode columnWidthMode(int column) const;
     void setResizeMode(ResizeMode mode);
     ResizeMode resizeMode() const;
+    /** The headings, in the order in which the user has put the columns. */
+    QHeaderView *header() const;
 
     /** What a column is sorted by; Text unless set. */
     void setColumnSortKey(int column, SortKey key);
@@ -90,8 +97,6 @@ public:
     QRect visualRect(const QModelIndex &index) const override;
     void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
     QModelIndex indexAt(const QPoint &point) const override;
-    QModelIndex indexAbove(const QModelIndex &index) const;
-    QModelIndex indexBelow(const QModelIndex &index) const;
     /**
      * Goes on to the next row that begins, in the current column, with what was
      * typed. Many rows are looked through by and by from the event loop; what
@@ -101,9 +106,6 @@ public:
     /** Whether rows are still being looked through for what was typed. */
     bool isSearching() const;
     void reset() override;
-    void doItemsLayout() override;
-    void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
-                     const QVector<int> &roles = QVector<int>()) override;
 
 signals:
     /**
@@ -119,14 +121,11 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
     bool viewportEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
-    void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
-    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
@@ -135,10 +134,11 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    int horizontalOffset() const override;
     int verticalOffset() const override;
+    bool isIndexHidden(const QModelIndex &index) const override;
     void setSelection(const QRect &rect, QItemSelectionModel::SelectionFlags command) override;
     QRegion visualRegionForSelection(const QItemSelection &selection) const override;
-    int sizeHintForColumn(int column) const override;
 
 protected slots:
     void rowsInserted(const QModelIndex &parent, int first, int last) override;
@@ -148,19 +148,19 @@ protected slots:
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
 
 private:
+    void connectHeader();
     /** The widths of all rows' texts, counted anew if what was known no longer holds. */
     ColumnWidths &widths() const;
     void resizeColumn(int column, int width);
     void scaleColumns();
-    void emitForCurrentRow();
     /** Shows in the heading what the rows are sorted by. */
     void markSorting();
 
     /** Brings the scroll bars up to date with the rows. */
     void settle() const;
-    void updateScrollBars();
     void setScrollRanges(const QSize &room);
-    void keepPlace();
+    void takePlace();
+    KeptPlace::Sight sight() const;
 
     int lineHeight() const;
     /** Rows that are wholly seen at once, at least one. */
@@ -173,40 +173,34 @@ private:
     int rowAtHeight(int y) const;
     /** Where the rows from first to last stand, in all columns, on the viewport. */
     QRect rowsRect(int first, int last) const;
+
+    QStyleOptionViewItem rowOption() const;
+    void drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const;
+    void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
     void updateRow(const QModelIndex &index);
+
+    void emitForCurrentRow();
     bool startsWith(int row, int column, const QString &start) const;
     /** Looks through the next rows for what was typed; the event loop calls for more. */
     void searchOn();
     void endSearch();
-    QStyleOptionViewItem rowOption() const;
-    void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
 
     ListModel *m_model;
+    QHeaderView *m_header;
     CellDelegate m_delegate;
     mutable std::optional<TextMeasure> m_measure; ///< none when unknown, as all that hangs on the font
     mutable std::optional<ColumnWidths> m_widths;
-    std::vector<WidthMode> m_modes;
-    std::vector<double> m_shares; ///< unrounded widths of the last scaling
-    ResizeMode m_resizeMode = NoColumn;
-    int m_ownWidth = -1;          ///< the list's, as the columns were last scaled or set to; -1 before its first resize
     mutable int m_lineHeight = 0; ///< 0 when unknown
-    int m_mouseHeight = -1;       ///< where the mouse hovers over the rows; -1 when it does not
-    bool m_updating = false;      ///< the scroll bars are being set
-    bool m_shown = false;         ///< rows have been painted since the last reset
-    int m_moved = 0;              ///< rows by which the top row moved since the rows were laid out
-    bool m_toEnd = false;         ///< rows came below the end, which was in sight
-    bool m_menuKeyDown = false;   ///< the menu key's press was answered already
-
-    /** What rows are looked through for. */
-    struct Search {
-        QString start;   ///< of the row's text
-        int column = 0;  ///< that the text stands in
-        int row = 0;     ///< to look at next
-        int rows = 0;    ///< still to look at
-        int matches = 0; ///< until the one that was asked for
-    };
-    QString m_typed;             ///< to find a row
-    QElapsedTimer m_typingClock; ///< since the last key of m_typed
-    Search m_search;
-    QBasicTimer m_searchTimer; ///< runs while rows are looked through
+    std::vector<WidthMode> m_modes;
+    ResizeMode m_resizeMode = NoColumn;
+    ColumnScaling m_scaling;
+    int m_ownWidth = -1;        ///< the list's, as the columns were last scaled or set to; -1 before its first resize
+    int m_mouseHeight = -1;     ///< where the mouse hovers over the rows; -1 when it does not
+    bool m_updating = false;    ///< the scroll bars are being set
+    bool m_shown = false;       ///< rows have been painted since the last reset
+    KeptPlace m_place;          ///< since the rows were laid out
+    bool m_menuKeyDown = false; ///< the menu key's press was answered already
+    TypedSearch m_search;
+    QElapsedTimer m_typingClock; ///< since the last key
+    QBasicTimer m_searchTimer;   ///< runs while rows are looked through
 };

@@ -64,5 +64,5 @@ public:
 
 private:
     friend class ListModel;
-    quint64 m_arrival = 0; ///< how many rows its list had taken before it
+    quint32 m_arrival = 0; ///< how many rows its list had taken before it
 };

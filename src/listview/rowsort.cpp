@@ -5,8 +5,8 @@
 #include "listviewitem.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
-#include <limits>
 #include <unordered_map>
 #include <utility>
 
@@ -15,88 +15,73 @@ namespace
 
 using Rows = std::vector<QListViewItem *>;
 
+struct Key {
+    quint64 key;
+    QListViewItem *row;
+};
+using Keys = std::vector<Key>;
+
 int sign(qint64 a, qint64 b)
 {
     return a < b ? -1 : a > b;
 }
 
-int compareLatin1(QLatin1String a, QLatin1String b)
+int compare(QLatin1String a, QLatin1String b)
 {
     const int way = std::memcmp(a.data(), b.data(), size_t(std::min(a.size(), b.size())));
     return way ? way : sign(a.size(), b.size());
 }
 
-/** Sorts keys; rows often come in order or the wrong way round, which costs one look. */
-template <typename Key, typename Less> void sortKeys(std::vector<Key> &keys, Less less)
+int compare(const QString &a, const QString &b)
 {
-    if (std::is_sorted(keys.begin(), keys.end(), less))
-        return;
-    if (std::is_sorted(keys.rbegin(), keys.rend(), less))
-        std::reverse(keys.begin(), keys.end());
-    else
-        std::sort(keys.begin(), keys.end(), less);
+    return QString::compare(a, b);
 }
 
-template <typename Key> void takeRows(const std::vector<Key> &keys, Rows &rows)
+/** The keys of rows, made by keyOf(row). */
+template <typename KeyOf> Keys keysOf(const Rows &rows, KeyOf keyOf)
 {
-    for (size_t i = 0; i < rows.size(); ++i)
-        rows[i] = keys[i].row;
+    Keys keys;
+    keys.reserve(rows.size());
+    for (QListViewItem *row : rows)
+        keys.push_back({keyOf(*row), row});
+    return keys;
 }
 
-enum class Standing { Sorted, Reversed, Unsorted };
-
-/** How rows with different keys stand. A load mostly brings them sorted: then the look is all that is done. */
-template <typename KeyOf> Standing standing(const Rows &rows, KeyOf keyOf)
+template <typename AnyKey> void takeRows(const std::vector<AnyKey> &keys, Rows &rows)
 {
-    bool sorted = true;
-    bool reversed = true;
-    for (size_t i = 1; i < rows.size() && (sorted || reversed); ++i) {
-        const bool rises = keyOf(rows[i - 1]) < keyOf(rows[i]);
-        sorted = sorted && rises;
-        reversed = reversed && !rises;
-    }
-    return sorted ? Standing::Sorted : reversed ? Standing::Reversed : Standing::Unsorted;
+    std::transform(keys.begin(), keys.end(), rows.begin(), [](const AnyKey &key) { return key.row; });
 }
 
-struct NarrowKey {
-    quint64 key;
-    QListViewItem *row;
-};
-
-struct WideKey {
-    quint64 key;
-    quint64 arrival;
-    QListViewItem *row;
-};
-
-/** Sorts by key, then arrival. */
-void sortWide(std::vector<WideKey> &keys, Rows &rows)
+/** Sorts by the keys and leaves equal ones as they stand: a radix sort, byte by byte from the lowest on. */
+void sortKeys(Keys &keys)
 {
-    quint64 least = std::numeric_limits<quint64>::max();
-    quint64 greatest = 0;
-    quint64 latest = 0;
-    for (const WideKey &k : keys) {
-        least = std::min(least, k.key);
-        greatest = std::max(greatest, k.key);
-        latest = std::max(latest, k.arrival);
-    }
-    constexpr quint64 half = std::numeric_limits<quint32>::max();
-    if (keys.empty())
+    // Rows of a load mostly come in order.
+    if (std::is_sorted(keys.begin(), keys.end(), [](const Key &a, const Key &b) { return a.key < b.key; }))
         return;
-    if (greatest - least > half || latest > half) {
-        sortKeys(keys, [](const WideKey &a, const WideKey &b) {
-            return a.key != b.key ? a.key < b.key : a.arrival < b.arrival;
-        });
-        takeRows(keys, rows);
-        return;
+    std::array<std::array<size_t, 256>, sizeof(quint64)> counts{};
+    for (const Key &k : keys)
+        for (size_t byte = 0; byte < counts.size(); ++byte)
+            ++counts[byte][k.key >> 8 * byte & 0xff];
+    Keys sorted(keys.size());
+    for (size_t byte = 0; byte < counts.size(); ++byte) {
+        auto &places = counts[byte];
+        // The same in all.
+        if (places[keys.front().key >> 8 * byte & 0xff] == keys.size())
+            continue;
+        size_t place = 0;
+        for (size_t &count : places)
+            place += std::exchange(count, place);
+        for (const Key &k : keys)
+            sorted[places[k.key >> 8 * byte & 0xff]++] = k;
+        keys.swap(sorted);
     }
-    // Key and arrival fit into one word: half the memory to move, one comparison.
-    std::vector<NarrowKey> narrow;
-    narrow.reserve(keys.size());
-    for (const WideKey &k : keys)
-        narrow.push_back({(k.key - least) << 32 | k.arrival, k.row});
-    sortKeys(narrow, [](const NarrowKey &a, const NarrowKey &b) { return a.key < b.key; });
-    takeRows(narrow, rows);
+}
+
+Keys keysByArrival(const Rows &rows, RowArrival arrival)
+{
+    Keys keys = keysOf(rows, [arrival](const QListViewItem &row) { return arrival(row); });
+    sortKeys(keys);
+    return keys;
 }
 
 /** The number as a key that sorts without a sign, in either order. */
@@ -107,43 +92,39 @@ quint64 ordered(qint64 number, Qt::SortOrder order)
 }
 
 /**
- * The rank of each row's text among the texts of all rows, when the rows say
- * by their classes that they share few texts; else nothing.
+ * Makes the keys the ranks of the rows' texts among all of them, when the rows
+ * say by their classes that they share few texts; else false.
  */
-std::vector<qint64> ranksByClass(const Rows &rows, int column)
+bool rankByClass(Keys &keys, int column, Qt::SortOrder order)
 {
-    std::unordered_map<quint64, qint64> places;
+    std::unordered_map<quint64, qint64> ranks;
     std::vector<std::pair<QString, quint64>> texts;
-    std::vector<quint64> ids;
-    ids.reserve(rows.size());
-    const size_t few = rows.size() / 8;
-    for (const QListViewItem *row : rows) {
-        const QListViewItem::TextClass c = row->textClass(column);
+    const size_t few = keys.size() / 8;
+    for (Key &k : keys) {
+        const QListViewItem::TextClass c = k.row->textClass(column);
         if (c.id == 0 || c.digitsVary)
-            return {};
-        if (places.emplace(c.id, 0).second)
-            texts.emplace_back(row->text(column), c.id);
+            return false;
+        k.key = c.id;
+        if (ranks.emplace(c.id, 0).second)
+            texts.emplace_back(k.row->text(column), c.id);
         if (texts.size() > few)
-            return {};
-        ids.push_back(c.id);
+            return false;
     }
     std::sort(texts.begin(), texts.end());
     qint64 rank = 0;
     for (size_t i = 0; i < texts.size(); ++i) {
         if (i > 0 && texts[i].first != texts[i - 1].first)
             ++rank;
-        places[texts[i].second] = rank;
+        ranks[texts[i].second] = rank;
     }
-    std::vector<qint64> ranks;
-    ranks.reserve(ids.size());
-    for (quint64 id : ids)
-        ranks.push_back(places[id]);
-    return ranks;
+    for (Key &k : keys)
+        k.key = ordered(ranks[k.key], order);
+    return true;
 }
 
-struct Latin1Key {
+template <typename Text> struct TextKey {
     quint64 head; ///< the first eight bytes, so that most comparisons stay in the key
-    QLatin1String text;
+    Text text;
     QListViewItem *row;
 };
 
@@ -155,33 +136,39 @@ quint64 headOf(QLatin1String text)
     return head;
 }
 
-/** Sorts rows that all keep their text; false, with nothing done, when one does not. */
-bool sortByLatin1(Rows &rows, int column, Qt::SortOrder order, RowArrival arrival)
+quint64 headOf(const QString &)
 {
-    std::vector<Latin1Key> keys;
-    keys.reserve(rows.size());
-    for (QListViewItem *row : rows) {
-        const QLatin1String text = row->latin1(column);
-        if (text.isNull())
-            return false;
-        keys.push_back({headOf(text), text, row});
-    }
-    const bool up = order == Qt::AscendingOrder;
-    sortKeys(keys, [up, arrival](const Latin1Key &a, const Latin1Key &b) {
-        if (a.head != b.head)
-            return (a.head < b.head) == up;
-        const int way = compareLatin1(a.text, b.text);
-        return way ? (way < 0) == up : arrival(*a.row) < arrival(*b.row);
-    });
-    takeRows(keys, rows);
-    return true;
+    return 0;
 }
 
-struct TextKey {
-    QString text;
-    quint64 arrival;
-    QListViewItem *row;
-};
+template <typename Text> void sortTexts(std::vector<TextKey<Text>> &texts, Qt::SortOrder order, Rows &rows)
+{
+    const bool up = order == Qt::AscendingOrder;
+    const auto before = [up](const TextKey<Text> &a, const TextKey<Text> &b) {
+        if (a.head != b.head)
+            return (a.head < b.head) == up;
+        const int way = compare(a.text, b.text);
+        return up ? way < 0 : way > 0;
+    };
+    if (!std::is_sorted(texts.begin(), texts.end(), before))
+        std::stable_sort(texts.begin(), texts.end(), before);
+    takeRows(texts, rows);
+}
+
+/** Sorts rows that all keep their text; false, with nothing done, when one does not. */
+bool sortByLatin1(const Keys &arrived, int column, Qt::SortOrder order, Rows &rows)
+{
+    std::vector<TextKey<QLatin1String>> texts;
+    texts.reserve(arrived.size());
+    for (const Key &k : arrived) {
+        const QLatin1String text = k.row->latin1(column);
+        if (text.isNull())
+            return false;
+        texts.push_back({headOf(text), text, k.row});
+    }
+    sortTexts(texts, order, rows);
+    return true;
+}
 
 } // namespace
 
@@ -194,59 +181,36 @@ int compareTexts(const QListViewItem &a, const QListViewItem &b, int column)
 {
     const QLatin1String x = a.latin1(column);
     const QLatin1String y = b.latin1(column);
-    if (!x.isNull() && !y.isNull())
-        return compareLatin1(x, y);
-    return QString::compare(a.text(column), b.text(column));
+    return !x.isNull() && !y.isNull() ? compare(x, y) : compare(a.text(column), b.text(column));
 }
 
 void sortByArrival(Rows &rows, RowArrival arrival)
 {
-    std::sort(rows.begin(), rows.end(),
-              [arrival](const QListViewItem *a, const QListViewItem *b) { return arrival(*a) < arrival(*b); });
+    takeRows(keysByArrival(rows, arrival), rows);
 }
 
 void sortByNumber(Rows &rows, int column, Qt::SortOrder order, RowArrival arrival)
 {
-    const auto key = [&](const QListViewItem *row) {
-        return std::pair(ordered(row->number(column), order), arrival(*row));
-    };
-    switch (standing(rows, key)) {
-    case Standing::Sorted:
-        return;
-    case Standing::Reversed:
-        std::reverse(rows.begin(), rows.end());
-        return;
-    case Standing::Unsorted:
-        break;
-    }
-    std::vector<WideKey> keys;
-    keys.reserve(rows.size());
-    for (QListViewItem *row : rows)
-        keys.push_back({ordered(row->number(column), order), arrival(*row), row});
-    sortWide(keys, rows);
+    Keys keys = keysByArrival(rows, arrival);
+    for (Key &k : keys)
+        k.key = ordered(k.row->number(column), order);
+    sortKeys(keys);
+    takeRows(keys, rows);
 }
 
 void sortByText(Rows &rows, int column, Qt::SortOrder order, RowArrival arrival)
 {
-    const std::vector<qint64> ranks = ranksByClass(rows, column);
-    if (!ranks.empty()) {
-        std::vector<WideKey> keys;
-        keys.reserve(rows.size());
-        for (size_t i = 0; i < rows.size(); ++i)
-            keys.push_back({ordered(ranks[i], order), arrival(*rows[i]), rows[i]});
-        sortWide(keys, rows);
+    Keys keys = keysByArrival(rows, arrival);
+    if (rankByClass(keys, column, order)) {
+        sortKeys(keys);
+        takeRows(keys, rows);
         return;
     }
-    if (sortByLatin1(rows, column, order, arrival))
+    if (sortByLatin1(keys, column, order, rows))
         return;
-    std::vector<TextKey> keys;
-    keys.reserve(rows.size());
-    for (QListViewItem *row : rows)
-        keys.push_back({row->text(column), arrival(*row), row});
-    const bool up = order == Qt::AscendingOrder;
-    sortKeys(keys, [up](const TextKey &a, const TextKey &b) {
-        const int way = QString::compare(a.text, b.text);
-        return way ? (way < 0) == up : a.arrival < b.arrival;
-    });
-    takeRows(keys, rows);
+    std::vector<TextKey<QString>> texts;
+    texts.reserve(keys.size());
+    for (const Key &k : keys)
+        texts.push_back({headOf(QString()), k.row->text(column), k.row});
+    sortTexts(texts, order, rows);
 }

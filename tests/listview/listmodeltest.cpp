@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listmodel.h"
-#include "rowsequence.h"
 #include "textitem.h"
 
 #include <QAbstractItemModelTester>
@@ -86,54 +85,18 @@ class ListModelTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void sequenceBehavesLikeAVector();
     void fillingAppendingRemovingSortingAndClearing();
     void sortedLikeAStableSort_data();
     void sortedLikeAStableSort();
     void numbersOutsideOneWordSort();
     void latin1TextsSortByCodePoint();
     void batchesComeInAsFewRuns();
+    void rowsAreInOrderWhileABatchComesIn();
     void persistentIndexesFollowTheirRows();
     void strangerIsInNoRow();
     void rowsAreDeletedWithTheModel();
     void unsortedRowsStandAsTheyArrived();
 };
-
-void ListModelTest::sequenceBehavesLikeAVector()
-{
-    QRandomGenerator random(1);
-    RowSequence sequence;
-    std::vector<QListViewItem *> plain;
-    TextItem rows[3]{TextItem({}), TextItem({}), TextItem({})};
-    for (int step = 0; step < 4000; ++step) {
-        if (plain.empty() || random.bounded(100) < 60) {
-            const int place = random.bounded(int(plain.size()) + 1);
-            const int count = random.bounded(50) == 0 ? random.bounded(5000) : random.bounded(4);
-            std::vector<QListViewItem *> more;
-            for (int i = 0; i < count; ++i)
-                more.push_back(&rows[random.bounded(3)]);
-            sequence.insert(place, more);
-            plain.insert(plain.begin() + place, more.begin(), more.end());
-        } else {
-            const int place = random.bounded(int(plain.size()));
-            sequence.remove(place);
-            plain.erase(plain.begin() + place);
-        }
-        QCOMPARE(sequence.size(), int(plain.size()));
-        if (!plain.empty()) {
-            const int place = random.bounded(int(plain.size()));
-            QVERIFY(sequence.at(place) == plain[place]);
-        }
-        if (step % 400 == 0)
-            QVERIFY(sequence.toVector() == plain);
-    }
-    QVERIFY(sequence.toVector() == plain);
-    while (sequence.size() > 0)
-        sequence.remove(sequence.size() - 1);
-    QVERIFY(sequence.toVector().empty());
-    sequence.insert(0, {&rows[0]});
-    QCOMPARE(sequence.size(), 1);
-}
 
 void ListModelTest::fillingAppendingRemovingSortingAndClearing()
 {
@@ -272,6 +235,41 @@ void ListModelTest::batchesComeInAsFewRuns()
     QCOMPARE(inserted.count(), 5);
     model.insert(rowsOf({}));
     QCOMPARE(inserted.count(), 5);
+}
+
+void ListModelTest::rowsAreInOrderWhileABatchComesIn()
+{
+    QRandomGenerator random(6);
+    ListModel model;
+    model.addColumn("N");
+    model.setSortKey(0, SortKey::Number);
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    int runs = 0;
+    const auto check = [&] {
+        ++runs;
+        for (int row = 1; row < model.rowCount(); ++row)
+            QVERIFY(model.item(row - 1)->number(0) <= model.item(row)->number(0));
+        QVERIFY(!model.item(model.rowCount()));
+    };
+    connect(&model, &QAbstractItemModel::rowsAboutToBeInserted, this, check);
+    connect(&model, &QAbstractItemModel::rowsInserted, this, check);
+    std::vector<int> all;
+    for (int batch = 0; batch < 40; ++batch) {
+        QStringList texts;
+        for (int i = random.bounded(30); i >= 0; --i) {
+            all.push_back(random.bounded(500));
+            texts << QString::number(all.back());
+        }
+        model.insert(rowsOf(texts));
+        std::sort(all.begin(), all.end());
+        QCOMPARE(model.rowCount(), int(all.size()));
+        for (int row = 0; row < model.rowCount(); ++row)
+            QCOMPARE(model.item(row)->number(0), qint64(all[size_t(row)]));
+        const int gone = random.bounded(model.rowCount());
+        model.remove(model.item(gone));
+        all.erase(all.begin() + gone);
+    }
+    QVERIFY(runs > 400);
 }
 
 void ListModelTest::persistentIndexesFollowTheirRows()

@@ -1,0 +1,242 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// A ListView under the user's hands: mouse, keys, selection, the search for what is typed.
+#include "listaccess.h"
+#include "listview.h"
+
+#include "toolkit.h"
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QToolTip>
+#include <utility>
+
+namespace
+{
+// Rows looked through at a time for what was typed. Making a text takes a microsecond at most:
+// together they take a part of the time between two frames.
+constexpr int RowsPerTurn = 500;
+} // namespace
+
+// --- Mouse
+
+void ListView::mousePressEvent(QMouseEvent *event)
+{
+    endSearch();
+    QAbstractItemView::mousePressEvent(event);
+}
+
+void ListView::mouseReleaseEvent(QMouseEvent *event)
+{
+    QAbstractItemView::mouseReleaseEvent(event);
+    if (event->button() != Qt::RightButton || !viewport()->rect().contains(event->pos()))
+        return;
+    const QModelIndex index = indexAt(event->pos());
+    emit rightButtonClicked(m_model->item(index.row()), viewport()->mapToGlobal(event->pos()), index.column());
+}
+
+bool ListView::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip && !toolTip().isEmpty()) {
+        QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), toolTip(), viewport());
+        return true;
+    }
+    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
+        m_mouseHeight = Toolkit::placeOf(*static_cast<QHoverEvent *>(event)).y();
+    else if (event->type() == QEvent::HoverLeave)
+        m_mouseHeight = -1;
+    return QAbstractItemView::viewportEvent(event);
+}
+
+void ListView::contextMenuEvent(QContextMenuEvent *event)
+{
+    // The mouse's own request comes with the press or the release, as the
+    // desktop has it: the release is answered instead.
+    const bool answered = std::exchange(m_menuKeyDown, false);
+    event->accept();
+    // Last, as the list may be gone after it: who hears of it opens a menu.
+    if (event->reason() == QContextMenuEvent::Keyboard && !answered)
+        emitForCurrentRow();
+}
+
+void ListView::emitForCurrentRow()
+{
+    endSearch();
+    const QModelIndex index = currentIndex();
+    if (!index.isValid()) {
+        emit rightButtonClicked(nullptr, viewport()->mapToGlobal(viewport()->rect().center()), -1);
+        return;
+    }
+    scrollTo(index);
+    const QRect cell = visualRect(index).intersected(viewport()->rect());
+    emit rightButtonClicked(m_model->item(index.row()), viewport()->mapToGlobal(cell.center()), index.column());
+}
+
+// --- Keys
+
+void ListView::keyPressEvent(QKeyEvent *event)
+{
+    const bool menuKey =
+        event->key() == Qt::Key_Menu || (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier);
+    if (!menuKey) {
+        QAbstractItemView::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    if (event->isAutoRepeat())
+        return;
+    // Some desktops send a request for a context menu after this press, some do not.
+    m_menuKeyDown = true;
+    emitForCurrentRow();
+}
+
+void ListView::keyReleaseEvent(QKeyEvent *event)
+{
+    m_menuKeyDown = false;
+    QAbstractItemView::keyReleaseEvent(event);
+}
+
+void ListView::focusInEvent(QFocusEvent *event)
+{
+    // A menu that the press opened took the release.
+    m_menuKeyDown = false;
+    QAbstractItemView::focusInEvent(event);
+}
+
+QModelIndex ListView::moveCursor(CursorAction action, Qt::KeyboardModifiers)
+{
+    settle();
+    const QModelIndex current = currentIndex();
+    if (!current.isValid())
+        return m_model->index(0, 0);
+    int row = current.row();
+    QScrollBar *across = horizontalScrollBar();
+    switch (action) {
+    case MoveUp:
+    case MovePrevious:
+        --row;
+        break;
+    case MoveDown:
+    case MoveNext:
+        ++row;
+        break;
+    case MovePageUp:
+        row -= rowsPerPage();
+        break;
+    case MovePageDown:
+        row += rowsPerPage();
+        break;
+    case MoveHome:
+        row = 0;
+        break;
+    case MoveEnd:
+        row = childCount() - 1;
+        break;
+    case MoveLeft:
+        across->setValue(across->value() - across->singleStep());
+        break;
+    case MoveRight:
+        across->setValue(across->value() + across->singleStep());
+        break;
+    }
+    return m_model->index(qBound(0, row, childCount() - 1), current.column());
+}
+
+// --- Selection
+
+void ListView::setSelection(const QRect &rect, QItemSelectionModel::SelectionFlags command)
+{
+    const QRect area = rect.normalized();
+    const int first = qMax(0, rowAtHeight(area.top()));
+    const int last = qMin(rowAtHeight(area.bottom()), childCount() - 1);
+    QItemSelection rows;
+    if (first <= last && columns() > 0)
+        rows.select(m_model->index(first, 0), m_model->index(last, columns() - 1));
+    selectionModel()->select(rows, command);
+}
+
+QRegion ListView::visualRegionForSelection(const QItemSelection &selection) const
+{
+    QRegion region;
+    for (const QItemSelectionRange &range : selection)
+        region += rowsRect(range.top(), range.bottom());
+    return region;
+}
+
+void ListView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QAbstractItemView::currentChanged(current, previous);
+    endSearch();
+    // The focus is drawn round the whole row.
+    updateRow(previous);
+    updateRow(current);
+    if (hasFocus())
+        ListAccess::tell(this, QAccessible::Focus, current);
+}
+
+void ListView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QAbstractItemView::selectionChanged(selected, deselected);
+    if (!selected.isEmpty())
+        ListAccess::tell(this, QAccessible::Selection, selected.first().topLeft());
+    else if (!deselected.isEmpty())
+        ListAccess::tell(this, QAccessible::SelectionRemove, deselected.first().topLeft());
+}
+
+// --- The search for what is typed
+
+void ListView::keyboardSearch(const QString &search)
+{
+    const bool newWord =
+        search.isEmpty() || !m_typingClock.isValid() || m_typingClock.elapsed() > QApplication::keyboardInputInterval();
+    m_typingClock.start();
+    m_search.type(search, newWord, currentIndex().row(), columns() > 0 ? childCount() : 0);
+    searchOn();
+}
+
+bool ListView::isSearching() const
+{
+    return m_search.isRunning();
+}
+
+bool ListView::startsWith(int row, int column, const QString &start) const
+{
+    const QListViewItem *item = m_model->item(row);
+    const QLatin1String text = item->latin1(column, int(start.size()));
+    if (!text.isNull())
+        return text.startsWith(start, Qt::CaseInsensitive);
+    return item->text(column).startsWith(start, Qt::CaseInsensitive);
+}
+
+void ListView::searchOn()
+{
+    const int column = qMax(0, currentIndex().column());
+    const int row = m_search.lookOn(RowsPerTurn, childCount(), [this, column](int at, const QString &start) {
+        return startsWith(at, column, start);
+    });
+    if (row >= 0)
+        setCurrentIndex(m_model->index(row, column));
+    if (!isSearching())
+        m_searchTimer.stop();
+    else if (!m_searchTimer.isActive())
+        m_searchTimer.start(0, this);
+}
+
+void ListView::endSearch()
+{
+    m_search.stop();
+    m_searchTimer.stop();
+}
+
+void ListView::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_searchTimer.timerId())
+        searchOn();
+    else
+        QAbstractItemView::timerEvent(event);
+}

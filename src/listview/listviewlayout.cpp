@@ -1,0 +1,282 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// A ListView on the screen: where its rows are, its scroll bars, its painting.
+#include "listview.h"
+
+#include "toolkit.h"
+
+#include <QHeaderView>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QStyle>
+
+// --- Places
+
+int ListView::lineHeight() const
+{
+    if (m_lineHeight == 0) {
+        QStyleOptionViewItem option = rowOption();
+        option.features |= QStyleOptionViewItem::HasDisplay;
+        option.text = QStringLiteral("X");
+        m_lineHeight = qMax(1, style()->sizeFromContents(QStyle::CT_ItemViewItem, &option, QSize(), this).height());
+    }
+    return m_lineHeight;
+}
+
+int ListView::rowsPerPage() const
+{
+    return qMax(1, viewport()->height() / lineHeight());
+}
+
+int ListView::stepsPerRow() const
+{
+    return verticalScrollMode() == ScrollPerItem ? 1 : lineHeight();
+}
+
+int ListView::topRow() const
+{
+    return verticalScrollBar()->value() / stepsPerRow();
+}
+
+int ListView::horizontalOffset() const
+{
+    return m_header->offset();
+}
+
+int ListView::verticalOffset() const
+{
+    return verticalScrollBar()->value() * (lineHeight() / stepsPerRow());
+}
+
+bool ListView::isIndexHidden(const QModelIndex &) const
+{
+    return false;
+}
+
+int ListView::rowAtHeight(int y) const
+{
+    const int height = y + verticalOffset();
+    return height < 0 ? -1 : height / lineHeight();
+}
+
+QRect ListView::rowsRect(int first, int last) const
+{
+    // Only what can be seen: a million rows are higher than a widget can be.
+    const int from = qMax(first, topRow() - 1);
+    const int to = qMin(last, topRow() + rowsPerPage() + 2);
+    if (from > to)
+        return {};
+    const int height = lineHeight();
+    return {0, from * height - verticalOffset(), viewport()->width(), (to - from + 1) * height};
+}
+
+QRect ListView::visualRect(const QModelIndex &index) const
+{
+    if (!index.isValid() || index.model() != m_model)
+        return {};
+    settle();
+    return {m_header->sectionViewportPosition(index.column()), index.row() * lineHeight() - verticalOffset(),
+            columnWidth(index.column()), lineHeight()};
+}
+
+QModelIndex ListView::indexAt(const QPoint &point) const
+{
+    settle();
+    // The model answers with no index for what lies outside.
+    return m_model->index(rowAtHeight(point.y()), m_header->logicalIndexAt(point.x()));
+}
+
+void ListView::scrollTo(const QModelIndex &index, ScrollHint hint)
+{
+    if (!index.isValid() || index.model() != m_model)
+        return;
+    settle();
+    const QRect cell = visualRect(index);
+    if (cell.right() < 0 || cell.left() >= viewport()->width())
+        horizontalScrollBar()->setValue(m_header->sectionPosition(index.column()));
+
+    const bool above = cell.top() < 0;
+    const bool below = cell.top() > (rowsPerPage() - 1) * lineHeight();
+    if (hint == EnsureVisible && !above && !below)
+        return;
+    int rise = 0; // from the row at the upper edge to this one
+    if (hint == PositionAtCenter)
+        rise = rowsPerPage() / 2;
+    else if (hint == PositionAtBottom || (hint == EnsureVisible && below))
+        rise = rowsPerPage() - 1;
+    verticalScrollBar()->setValue((index.row() - rise) * stepsPerRow());
+}
+
+// --- Layout
+
+void ListView::settle() const
+{
+    const_cast<ListView *>(this)->executeDelayedItemsLayout();
+}
+
+void ListView::reset()
+{
+    endSearch();
+    QAbstractItemView::reset();
+    m_shown = false;
+    m_place.clear();
+    verticalScrollBar()->setValue(0);
+}
+
+void ListView::updateGeometries()
+{
+    if (m_updating)
+        return;
+    const QScopedValueRollback<bool> updating(m_updating, true);
+    const int height = m_header->sizeHint().height();
+    setViewportMargins(0, height, 0, 0);
+    const QRect rows = viewport()->geometry();
+    m_header->setGeometry(rows.left(), rows.top() - height, rows.width(), height);
+    QMetaObject::invokeMethod(m_header, "updateGeometries");
+    // A bar that shows or goes away changes the room, which can take the other
+    // bar along; after three rounds nothing is left to change.
+    QSize room;
+    for (int round = 0; round < 3 && room != viewport()->size(); ++round) {
+        room = viewport()->size();
+        setScrollRanges(room);
+    }
+    takePlace();
+    QAbstractItemView::updateGeometries();
+}
+
+void ListView::setScrollRanges(const QSize &room)
+{
+    QScrollBar *across = horizontalScrollBar();
+    across->setPageStep(room.width());
+    across->setSingleStep(qMax(2, room.width() / (columns() + 1)));
+    across->setRange(0, qMax(0, m_header->length() - room.width()));
+
+    QScrollBar *down = verticalScrollBar();
+    const int steps = stepsPerRow();
+    down->setPageStep(steps == 1 ? rowsPerPage() : room.height());
+    down->setSingleStep(steps);
+    down->setRange(0, qMax(0, childCount() * steps - down->pageStep()));
+}
+
+void ListView::takePlace()
+{
+    QScrollBar *down = verticalScrollBar();
+    if (m_place.toEnd())
+        down->setValue(down->maximum());
+    else if (m_place.moved() != 0)
+        down->setValue(down->value() + m_place.moved() * stepsPerRow());
+    m_place.clear();
+}
+
+KeptPlace::Sight ListView::sight() const
+{
+    const QScrollBar *down = verticalScrollBar();
+    return {topRow(), down->value() == 0, m_shown && down->value() == down->maximum()};
+}
+
+void ListView::rowsInserted(const QModelIndex &parent, int first, int last)
+{
+    const int count = last - first + 1;
+    m_search.rowsInserted(first, count);
+    m_place.insert(sight(), first, count, childCount());
+    QAbstractItemView::rowsInserted(parent, first, last);
+    scheduleDelayedItemsLayout();
+}
+
+void ListView::rowsAboutToBeRemoved(const QModelIndex &parent, int first, int last)
+{
+    QAbstractItemView::rowsAboutToBeRemoved(parent, first, last);
+    const int count = last - first + 1;
+    m_search.rowsRemoved(first, count);
+    m_place.remove(sight(), first, count);
+    scheduleDelayedItemsLayout();
+}
+
+void ListView::scrollContentsBy(int dx, int dy)
+{
+    if (dx != 0)
+        m_header->setOffset(horizontalScrollBar()->value());
+    const QPoint way(isRightToLeft() ? -dx : dx, dy * (lineHeight() / stepsPerRow()));
+    if (qAbs(way.x()) >= viewport()->width() || qAbs(way.y()) >= viewport()->height()) {
+        viewport()->update();
+        return;
+    }
+    scrollDirtyRegion(way.x(), way.y());
+    viewport()->scroll(way.x(), way.y());
+}
+
+// --- Painting
+
+QStyleOptionViewItem ListView::rowOption() const
+{
+    QStyleOptionViewItem option = Toolkit::ViewOptions::of(*this);
+    option.widget = this;
+    option.showDecorationSelected = true;
+    return option;
+}
+
+void ListView::paintEvent(QPaintEvent *event)
+{
+    settle();
+    QPainter painter(viewport());
+    QStyleOptionViewItem option = rowOption();
+    const QRect dirty = event->rect();
+    const int first = qMax(0, rowAtHeight(dirty.top()));
+    const int last = qMin(rowAtHeight(dirty.bottom()), childCount() - 1);
+    for (int row = first; row <= last; ++row) {
+        option.rect = rowsRect(row, row);
+        if (event->region().intersects(option.rect))
+            drawRow(&painter, option, row);
+    }
+    m_shown = m_shown || childCount() > 0;
+}
+
+void ListView::drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const
+{
+    const QRect whole = option.rect;
+    const bool focused = option.state & QStyle::State_HasFocus && currentIndex().row() == row;
+    option.state &= ~QStyle::State_HasFocus;
+    option.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(m_model->index(row, 0)));
+    option.state.setFlag(QStyle::State_MouseOver, m_mouseHeight >= 0 && rowAtHeight(m_mouseHeight) == row);
+
+    const int count = m_header->count();
+    for (int place = 0; place < count; ++place) {
+        const int column = m_header->logicalIndex(place);
+        option.rect.setLeft(m_header->sectionViewportPosition(column));
+        option.rect.setWidth(columnWidth(column));
+        if (!option.rect.intersects(viewport()->rect()))
+            continue;
+        if (count == 1)
+            option.viewItemPosition = QStyleOptionViewItem::OnlyOne;
+        else
+            option.viewItemPosition = place == 0           ? QStyleOptionViewItem::Beginning
+                                      : place == count - 1 ? QStyleOptionViewItem::End
+                                                           : QStyleOptionViewItem::Middle;
+        style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &option, painter, this);
+        itemDelegate()->paint(painter, option, m_model->index(row, column));
+    }
+    if (focused) {
+        option.rect = QRect(m_header->sectionViewportPosition(m_header->logicalIndex(isRightToLeft() ? count - 1 : 0)),
+                            whole.top(), m_header->length(), whole.height());
+        drawFocus(painter, option);
+    }
+}
+
+void ListView::drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const
+{
+    QStyleOptionFocusRect focus;
+    focus.QStyleOption::operator=(option);
+    focus.state |= QStyle::State_KeyboardFocusChange;
+    const bool selected = option.state & QStyle::State_Selected;
+    focus.backgroundColor = option.palette.color(selected ? QPalette::Highlight : QPalette::Window);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter);
+}
+
+void ListView::updateRow(const QModelIndex &index)
+{
+    if (index.isValid())
+        viewport()->update(rowsRect(index.row(), index.row()));
+}
