@@ -43,20 +43,40 @@ ForeignCall::~ForeignCall()
     --foreignCalls;
 }
 
-/** The runtime gives the handler of a forced unwinding a reference to nothing. */
-__attribute__((no_sanitize("null"))) void tellException(const char *function)
+namespace
+{
+/**
+ * Says what the function has thrown in two parts, the second of which is the exception's own. The runtime gives the
+ * handler of a forced unwinding a reference to nothing.
+ */
+template <class Say> __attribute__((no_sanitize("null"))) void sayThrown(const char *function, Say say)
 {
     try {
         throw;
     } catch (const ThreadEnd &) { // GCOVR_EXCL_BR_LINE: one branch ends the program
-        std::fprintf(stderr, "%s called pthread_exit\n", function);
+        say(" called pthread_exit", "");
     } catch (const std::exception &thrown) {
-        std::fprintf(stderr, "%s threw an exception: %s\n", function, visibleText(thrown.what()).c_str());
+        say(" threw an exception: ", thrown.what());
     } catch (abi::__forced_unwind &) { // GCOVR_EXCL_START: the counters are lost
         // The thread was cancelled; the system ends the program when that is stopped, and says nothing of why.
         std::fprintf(stderr, "%s cancelled the thread that called it: the program ends\n", function);
         std::abort();
     } catch (...) { // GCOVR_EXCL_STOP
-        std::fprintf(stderr, "%s threw an exception\n", function);
+        say(" threw an exception", "");
     }
+}
+} // namespace
+
+void tellException(const char *function)
+{
+    sayThrown(function, [&](const char *did, const char *what) {
+        std::fprintf(stderr, "%s%s%s\n", function, did, visibleText(what).c_str());
+    });
+}
+
+std::string exceptionText(const char *function)
+{
+    std::string text = function;
+    sayThrown(function, [&](const char *did, const char *what) { text.append(did).append(what); });
+    return text;
 }

@@ -3,9 +3,13 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 /** Tells on standard error what the function named has just thrown. Only inside a handler. */
 void tellException(const char *function);
+
+/** The same as a text: "FDBGetEvents threw an exception: the store is gone". Throws std::bad_alloc. */
+std::string exceptionText(const char *function);
 
 /**
  * As long as one lives, `pthread_exit` called in this thread throws an

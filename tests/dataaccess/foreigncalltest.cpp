@@ -48,6 +48,22 @@ TEST(ForeignCall, AnExceptionIsToldWithTheFunctionAndIsNoResult)
     EXPECT_EQ(said([]() -> int { throw 42; }), "Function threw an exception\n");
 }
 
+TEST(ForeignCall, WhatWasThrownIsThereAsAText)
+{
+    const auto text = [](auto call) {
+        try {
+            const ForeignCall guard;
+            call();
+        } catch (...) {
+            return exceptionText("Function");
+        }
+        return std::string();
+    };
+    EXPECT_EQ(text([] { throw std::runtime_error("gone"); }), "Function threw an exception: gone");
+    EXPECT_EQ(text([] { throw 42; }), "Function threw an exception");
+    EXPECT_EQ(text([] { endThread(nullptr); }), "Function called pthread_exit");
+}
+
 TEST(ForeignCall, TheThreadGoesOnAfterPthreadExit)
 {
     EXPECT_EQ(said([]() -> int { endThread(nullptr); }), "Function called pthread_exit\n");
