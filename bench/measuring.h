@@ -15,7 +15,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <fstream>
 #include <functional>
+#include <string>
 #include <vector>
 
 inline double now()
@@ -46,6 +48,18 @@ inline double median(int runs, const std::function<void()> &work)
     for (int i = 0; i < runs; ++i)
         times.push_back(seconds(work));
     return medianOf(times);
+}
+
+/** Memory of this process by one of the kernel's counts, in bytes. */
+inline double memory(const char *count)
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        double kilobytes = 0;
+        if (word == count && status >> kilobytes)
+            return kilobytes * 1024;
+    }
+    return 0;
 }
 
 /** Tells each figure beside its goal and whether that was met. */

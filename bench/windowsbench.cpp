@@ -242,18 +242,6 @@ private:
     std::unique_ptr<CWD_EventsList> m_window;
 };
 
-/** Memory of this process by one of the kernel's counts, in bytes. */
-double memory(const char *count)
-{
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        double kilobytes = 0;
-        if (word == count && status >> kilobytes)
-            return kilobytes * 1024;
-    }
-    return 0;
-}
-
 /** Lets the count of the most memory, VmHWM, start anew. */
 void forgetPeak()
 {

@@ -47,9 +47,10 @@ inline QLatin1String asLatin1(const std::string &text)
  * shown.
  *
  * A million of these are built in one go, so a row is one piece of a
- * RowMemory: the NUL-terminated text of the parameters lies right behind the
- * object, and names are those of the window's NamePool. `Kind` is what column 3
- * holds.
+ * RowMemory, and names are those of the window's NamePool: both must outlive
+ * it. Right behind the object lie a byte with the class of its date, one with
+ * the digits of its number, and the NUL-terminated text of the parameters.
+ * `Kind` is what column 3 holds.
  */
 template <class Kind> class RecordItem final : public QListViewItem
 {
@@ -70,14 +71,15 @@ public:
     static std::unique_ptr<QListViewItem> create(RowMemory &memory, const Fields &fields)
     {
         const auto text = fields.parameters.substr(0, INT_MAX - 1);
-        return std::unique_ptr<QListViewItem>(new (memory, Behind{text.size() + 1}) RecordItem(fields, text));
+        void *const place = memory.allocate(sizeof(RecordItem) + 2 + text.size() + 1, alignof(RecordItem));
+        return std::unique_ptr<QListViewItem>(new (place) RecordItem(fields, text));
     }
 
     QString text(int column) const override
     {
         switch (column) {
         case NumberColumn:
-            return rowNumberText(m_number, m_digits);
+            return rowNumberText(m_number, digits());
         case IdentifierColumn:
             return QString::number(m_id);
         case DateColumn:
@@ -113,7 +115,7 @@ public:
         case KindColumn:
             return m_kind.latin1();
         case ParametersColumn:
-            return QLatin1String(behind(), int(strnlen(behind(), std::size_t(most))));
+            return QLatin1String(parameters(), int(strnlen(parameters(), std::size_t(most))));
         default:
             return {};
         }
@@ -123,13 +125,13 @@ public:
     {
         switch (column) {
         case NumberColumn:
-            return digitsClass(m_number, m_digits);
+            return digitsClass(m_number, digits());
         case SensorColumn:
             return {m_sensor->id, false};
         case IdentifierColumn:
             return digitsClass(m_id);
         case DateColumn:
-            return {quint64(m_dateClass), true};
+            return {quint64(uchar(behind()[0])), true};
         case KindColumn:
             return m_kind.textClass();
         default:
@@ -140,41 +142,38 @@ public:
     /** After a switch of the time zone, before the list's widths are counted anew. */
     void renewDateClass(DateClasses &dates)
     {
-        m_dateClass = quint16(dates.of(m_time));
+        behind()[0] = char(dates.of(m_time));
     }
 
-    static void operator delete(void *row, std::size_t size)
-    {
-        RowMemory::release(row, size);
-    }
+    /** Its memory goes with all the others'. */
+    static void operator delete(void *) {}
 
 private:
-    /** Bytes wanted behind the object. */
-    struct Behind {
-        std::size_t bytes;
-    };
-
     RecordItem(const Fields &fields, std::string_view parameters)
         : m_number(fields.number)
         , m_id(fields.id)
         , m_time(qint32(std::clamp<qint64>(fields.time, INT32_MIN, INT32_MAX)))
-        , m_dateClass(quint16(fields.dateClass))
-        , m_digits(quint8(fields.digits))
         , m_sensor(fields.sensor)
         , m_kind(fields.kind)
     {
-        *std::copy(parameters.begin(), parameters.end(), behind()) = '\0';
+        behind()[0] = char(fields.dateClass);
+        behind()[1] = char(fields.digits);
+        *std::copy(parameters.begin(), parameters.end(), behind() + 2) = '\0';
     }
 
-    static void *operator new(std::size_t size, RowMemory &memory, Behind behind)
+    static void *operator new(std::size_t, void *place)
     {
-        return memory.allocate(size + behind.bytes);
-    }
-    static void operator delete(void *row, RowMemory &, Behind)
-    {
-        RowMemory::release(row, sizeof(RecordItem));
+        return place;
     }
 
+    int digits() const
+    {
+        return behind()[1];
+    }
+    const char *parameters() const
+    {
+        return behind() + 2;
+    }
     char *behind()
     {
         return reinterpret_cast<char *>(this + 1);
@@ -188,8 +187,6 @@ private:
     qint32 m_number;
     qint32 m_id;
     qint32 m_time;
-    quint16 m_dateClass;
-    quint8 m_digits;
     const NamePool::Name *m_sensor;
     Kind m_kind;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory_resource>
 
 /**
  * Where a window's rows lie: one behind the other, apart from everything else.
@@ -11,27 +12,27 @@
  * of the records' pages from going back to the system, and whoever walks over
  * the rows would wait for memory at each.
  *
- * Rows may outlive the object: their memory goes back slab by slab, each when
- * its last row is released.
+ * A row's memory is not used again before all rows are gone: clear() then
+ * gives it back at once, as the object's end does.
  */
 class RowMemory
 {
 public:
-    RowMemory() = default;
-    RowMemory(const RowMemory &) = delete;
-    RowMemory &operator=(const RowMemory &) = delete;
-    ~RowMemory();
+    /** Memory for one row. Throws std::bad_alloc. */
+    void *allocate(std::size_t bytes, std::size_t alignment)
+    {
+        return m_pool.allocate(bytes, alignment);
+    }
 
-    /** Memory for one row, aligned to 8 bytes. Throws std::bad_alloc. */
-    void *allocate(std::size_t bytes);
-    /** Gives back what allocate() of any RowMemory returned; `bytes` at least of it are not used any more. */
-    static void release(void *row, std::size_t bytes) noexcept;
+    /** All rows are gone. */
+    void clear() noexcept
+    {
+        m_pool.release();
+    }
 
     /** Gives memory that has become free back to the system: after large loads and their ends. */
     static void returnSpare() noexcept;
 
 private:
-    struct Slab;
-
-    Slab *m_open = nullptr; ///< takes the next rows; NULL before the first
+    std::pmr::monotonic_buffer_resource m_pool;
 };

@@ -10,10 +10,63 @@
 
 namespace
 {
+
 qint64 clamped(std::time_t seconds)
 {
     return std::clamp<qint64>(seconds, INT32_MIN, INT32_MAX);
 }
+
+/** A time as the clock on the wall shows it. */
+std::tm localTime(qint64 seconds)
+{
+    std::tm local{};
+    const auto time = std::time_t(seconds);
+    // What the toolkit does, too, but in microseconds. Before 1970 it has rules of its own.
+    if (seconds >= 0 && ::localtime_r(&time, &local))
+        return local;
+    const QDateTime slowly = QDateTime::fromSecsSinceEpoch(seconds);
+    local.tm_year = slowly.date().year() - 1900;
+    local.tm_mon = slowly.date().month() - 1;
+    local.tm_mday = slowly.date().day();
+    local.tm_wday = slowly.date().dayOfWeek() % 7;
+    local.tm_hour = slowly.time().hour();
+    local.tm_min = slowly.time().minute();
+    local.tm_sec = slowly.time().second();
+    return local;
+}
+
+QByteArray localeName()
+{
+    return QLocale::system().name().toLatin1();
+}
+
+/** Short names in the system's language, which take microseconds to be asked for. */
+struct Names {
+    QByteArray locale = localeName();
+    QString days[7]; ///< from Sunday on
+    QString months[12];
+
+    Names()
+    {
+        for (int day = 0; day < 7; ++day)
+            days[day] = QLocale::system().dayName(day == 0 ? 7 : day, QLocale::ShortFormat);
+        for (int month = 0; month < 12; ++month)
+            months[month] = QLocale::system().monthName(month + 1, QLocale::ShortFormat);
+    }
+};
+
+Names &names()
+{
+    static Names names;
+    return names;
+}
+
+void appendTwoDigits(QString &text, int number)
+{
+    text += QLatin1Char(char('0' + number / 10));
+    text += QLatin1Char(char('0' + number % 10));
+}
+
 } // namespace
 
 // Put together here and not by toString(Qt::TextDate): that one speaks the
@@ -21,18 +74,32 @@ qint64 clamped(std::time_t seconds)
 // its texts with the toolkit that it was built on.
 QString dateText(std::time_t seconds)
 {
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(clamped(seconds));
-    const QDate day = time.date();
-    const QLocale locale = QLocale::system();
+    const std::tm time = localTime(clamped(seconds));
     const QLatin1Char blank(' ');
-    return locale.dayName(day.dayOfWeek(), QLocale::ShortFormat) + blank +
-           locale.monthName(day.month(), QLocale::ShortFormat) + blank + QString::number(day.day()) + blank +
-           time.time().toString(QStringLiteral("HH:mm:ss")) + blank + QString::number(day.year());
+    QString text;
+    text.reserve(40);
+    text += names().days[time.tm_wday];
+    text += blank;
+    text += names().months[time.tm_mon];
+    text += blank;
+    text += QString::number(time.tm_mday);
+    text += blank;
+    appendTwoDigits(text, time.tm_hour);
+    text += QLatin1Char(':');
+    appendTwoDigits(text, time.tm_min);
+    text += QLatin1Char(':');
+    appendTwoDigits(text, time.tm_sec);
+    text += blank;
+    text += QString::number(time.tm_year + 1900);
+    return text;
 }
 
 QByteArray dateTextBasis()
 {
-    return QTimeZone::systemTimeZoneId() + ' ' + QLocale::system().name().toLatin1();
+    ::tzset();
+    if (names().locale != localeName())
+        names() = Names();
+    return QTimeZone::systemTimeZoneId() + ' ' + names().locale;
 }
 
 int DateClasses::of(std::time_t seconds)

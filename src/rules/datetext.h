@@ -14,7 +14,11 @@
  */
 QString dateText(std::time_t seconds);
 
-/** What the texts of dates depend on beside the times: the system's time zone and locale. Other bytes, other texts. */
+/**
+ * What the texts of dates depend on beside the times: the system's time zone
+ * and locale. Other bytes, other texts. Texts follow a change from this call on
+ * at the latest.
+ */
 QByteArray dateTextBasis();
 
 /**
@@ -28,7 +32,7 @@ QByteArray dateTextBasis();
 class DateClasses
 {
 public:
-    /** A number from 1 on; equal numbers, equal texts but for digits. */
+    /** A number from 1 to 255; equal numbers, equal texts but for digits. */
     int of(std::time_t seconds);
 
 private:

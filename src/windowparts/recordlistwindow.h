@@ -137,6 +137,7 @@ template <class Traits> RecordListWindow<Traits>::~RecordListWindow()
     ListView *const view = Traits::list(*this);
     const int rows = view->childCount();
     view->clear();
+    m_memory.clear();
     returnSpareMemory(rows);
 }
 
@@ -303,6 +304,7 @@ template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QOb
 {
     list()->clear();
     m_names.clear();
+    m_memory.clear();
     iFirst = iLast = 0;
     Request request;
     fillRequest(request, filterControls(), SensorNameMask);
