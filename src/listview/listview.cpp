@@ -62,6 +62,7 @@ void ListView::connectHeader()
     m_header->setSectionsClickable(true);
     m_header->setSortIndicatorShown(true);
     m_header->setFocusProxy(this);
+    m_header->viewport()->installEventFilter(this);
     markSorting();
     connect(m_header, &QHeaderView::sortIndicatorChanged, m_model, &ListModel::sort);
     connect(m_header, &QHeaderView::geometriesChanged, this, &ListView::updateGeometries);

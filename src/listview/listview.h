@@ -18,6 +18,7 @@
 #include <vector>
 
 class QHeaderView;
+class QHelpEvent;
 
 /**
  * A flat list of rows in columns, made for millions of rows.
@@ -124,6 +125,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
     bool viewportEvent(QEvent *event) override;
+    bool eventFilter(QObject *object, QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -179,6 +181,10 @@ private:
     void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
     void updateRow(const QModelIndex &index);
 
+    /** Shows the whole text of a cell or heading that is cut; false when it is not. */
+    bool showCellTip(const QHelpEvent &event);
+    bool showHeadingTip(const QHelpEvent &event);
+    void copyCurrentRow() const;
     void emitForCurrentRow();
     bool startsWith(int row, int column, const QString &start) const;
     /** Looks through the next rows for what was typed; the event loop calls for more. */

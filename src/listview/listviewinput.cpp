@@ -2,17 +2,21 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A ListView under the user's hands: mouse, keys, selection, the search for what is typed.
+#include "celltext.h"
 #include "listaccess.h"
 #include "listview.h"
 
 #include "toolkit.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QContextMenuEvent>
+#include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QStyleOptionHeader>
 #include <QToolTip>
 #include <utility>
 
@@ -42,15 +46,58 @@ void ListView::mouseReleaseEvent(QMouseEvent *event)
 
 bool ListView::viewportEvent(QEvent *event)
 {
-    if (event->type() == QEvent::ToolTip && !toolTip().isEmpty()) {
-        QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(), toolTip(), viewport());
-        return true;
-    }
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
         m_mouseHeight = Toolkit::placeOf(*static_cast<QHoverEvent *>(event)).y();
     else if (event->type() == QEvent::HoverLeave)
         m_mouseHeight = -1;
+    if (event->type() == QEvent::ToolTip) {
+        const auto *help = static_cast<QHelpEvent *>(event);
+        if (!showCellTip(*help))
+            QToolTip::showText(help->globalPos(), toolTip(), viewport());
+        return true;
+    }
     return QAbstractItemView::viewportEvent(event);
+}
+
+bool ListView::eventFilter(QObject *object, QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip && object == m_header->viewport() &&
+        showHeadingTip(*static_cast<QHelpEvent *>(event)))
+        return true;
+    return QAbstractItemView::eventFilter(object, event);
+}
+
+bool ListView::showCellTip(const QHelpEvent &event)
+{
+    const QModelIndex index = indexAt(event.pos());
+    const QListViewItem *row = m_model->item(index.row());
+    if (!row || !cellText(*row, index.column(), measure(), columnWidth(index.column())).cut)
+        return false;
+    QToolTip::showText(event.globalPos(), toolTipText(*row, index.column()), viewport(), visualRect(index));
+    return true;
+}
+
+bool ListView::showHeadingTip(const QHelpEvent &event)
+{
+    const int column = m_header->logicalIndexAt(event.pos());
+    if (column < 0)
+        return false;
+    const QRect section(m_header->sectionViewportPosition(column), 0, columnWidth(column), m_header->height());
+    QStyleOptionHeader option;
+    option.initFrom(m_header);
+    option.state |= QStyle::State_Horizontal;
+    option.rect = section;
+    int end = section.right() + 1;
+    if (column == m_header->sortIndicatorSection()) {
+        option.sortIndicator = QStyleOptionHeader::SortDown;
+        end = style()->subElementRect(QStyle::SE_HeaderArrow, &option, m_header).left();
+    }
+    const QString text = columnText(column);
+    const int start = style()->subElementRect(QStyle::SE_HeaderLabel, &option, m_header).left();
+    if (start + m_header->fontMetrics().horizontalAdvance(text) <= end)
+        return false;
+    QToolTip::showText(event.globalPos(), toolTipText(text), m_header->viewport(), section);
+    return true;
 }
 
 void ListView::contextMenuEvent(QContextMenuEvent *event)
@@ -83,6 +130,11 @@ void ListView::keyPressEvent(QKeyEvent *event)
 {
     const bool menuKey =
         event->key() == Qt::Key_Menu || (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier);
+    if (event->matches(QKeySequence::Copy)) {
+        copyCurrentRow();
+        event->accept();
+        return;
+    }
     if (!menuKey) {
         QAbstractItemView::keyPressEvent(event);
         return;
@@ -106,6 +158,19 @@ void ListView::focusInEvent(QFocusEvent *event)
     // A menu that the press opened took the release.
     m_menuKeyDown = false;
     QAbstractItemView::focusInEvent(event);
+}
+
+void ListView::copyCurrentRow() const
+{
+    const QListViewItem *row = currentItem();
+    QStringList cells;
+    for (int place = 0; row && place < columns(); ++place) {
+        const int column = m_header->logicalIndex(place);
+        if (columnWidth(column) > NarrowestColumn)
+            cells << row->text(column);
+    }
+    if (!cells.isEmpty())
+        QApplication::clipboard()->setText(tableLine(cells));
 }
 
 QModelIndex ListView::moveCursor(CursorAction action, Qt::KeyboardModifiers)

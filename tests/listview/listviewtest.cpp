@@ -5,6 +5,7 @@
 #include "textitem.h"
 
 #include <QAbstractItemModelTester>
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QFontInfo>
 #include <QHeaderView>
@@ -13,6 +14,7 @@
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStyledItemDelegate>
+#include <QTextDocument>
 #include <QToolTip>
 #include <QtMath>
 
@@ -234,6 +236,9 @@ private slots:
     void rowRemovedWhileItsMenuIsOpen();
 
     void toolTipShowsOverRows();
+    void cutCellShowsItsTextAsToolTip();
+    void cutHeadingShowsItsTextAsToolTip();
+    void copyTakesTheCurrentRow();
     void keysMoveThroughTheRows();
     void typingFindsARow();
     void theSameKeyGoesOnFromRowToRow();
@@ -745,6 +750,91 @@ void ListViewTest::toolTipShowsOverRows()
     QCOMPARE(QToolTip::text(), QString("press Right Button"));
     QToolTip::hideText();
     QTRY_VERIFY(!QToolTip::isVisible());
+}
+
+/** Lets the mouse rest there; the tool tip that shows then, null for none. */
+static QString toolTipAt(QWidget *widget, const QPoint &place)
+{
+    QToolTip::hideText();
+    [] { QTRY_VERIFY(!QToolTip::isVisible()); }();
+    QHelpEvent help(QEvent::ToolTip, place, widget->mapToGlobal(place));
+    QApplication::sendEvent(widget, &help);
+    return QToolTip::isVisible() ? QToolTip::text() : QString();
+}
+
+void ListViewTest::cutCellShowsItsTextAsToolTip()
+{
+    NumberList list(5);
+    const QString text("a text that no column of eighty pixels shows");
+    list.insertItem(std::make_unique<TextItem>(QStringList{"7", text}));
+    list.insertItem(std::make_unique<TextItem>(QStringList{"8", "<b>a text</b> that looks like a page of the web"}));
+    list.showAndWait();
+    QCOMPARE(toolTipAt(list.viewport(), list.cell(5, 1)), text);
+    QCOMPARE(toolTipAt(list.viewport(), list.cell(5, 0)), QString());
+    QCOMPARE(toolTipAt(list.viewport(), list.cell(6, 1)),
+             Qt::convertFromPlainText("<b>a text</b> that looks like a page of the web"));
+    list.setToolTip("the list's own");
+    QCOMPARE(toolTipAt(list.viewport(), list.cell(5, 1)), text);
+    QCOMPARE(toolTipAt(list.viewport(), list.cell(5, 0)), QString("the list's own"));
+    QCOMPARE(toolTipAt(list.viewport(), {5, list.viewport()->height() - 3}), QString("the list's own"));
+    const int whole = list.itemAt(5)->width(list.fontMetrics(), &list, 1);
+    list.setColumnWidth(1, whole);
+    QCOMPARE(toolTipAt(list.viewport(), list.visualRect(list.model()->index(5, 1)).topLeft()),
+             QString("the list's own"));
+    list.setColumnWidth(1, whole - 1);
+    QCOMPARE(toolTipAt(list.viewport(), list.visualRect(list.model()->index(5, 1)).topLeft()), text);
+    QToolTip::hideText();
+    QTRY_VERIFY(!QToolTip::isVisible());
+}
+
+void ListViewTest::cutHeadingShowsItsTextAsToolTip()
+{
+    NumberList list(5);
+    list.setToolTip("the list's own");
+    list.addColumn("A heading");
+    list.showAndWait();
+    QWidget *headings = list.header()->viewport();
+    const auto tip = [&](int column) {
+        return toolTipAt(headings, {list.header()->sectionViewportPosition(column) + 1, 5});
+    };
+    QCOMPARE(tip(2), QString("the list's own"));
+    list.setColumnWidth(2, 40);
+    QCOMPARE(tip(2), QString("A heading"));
+    // The mark takes room.
+    list.setColumnWidth(2, list.header()->fontMetrics().horizontalAdvance("A heading") + 10);
+    QCOMPARE(tip(2), QString("the list's own"));
+    list.setSorting(2);
+    QCOMPARE(tip(2), QString("A heading"));
+    QCOMPARE(toolTipAt(headings, {headings->width() - 3, 5}), QString("the list's own"));
+    QToolTip::hideText();
+    QTRY_VERIFY(!QToolTip::isVisible());
+}
+
+void ListViewTest::copyTakesTheCurrentRow()
+{
+    ListView list;
+    for (const char *heading : {"N", "hidden", "Name", "Parameters"})
+        list.addColumn(heading, 60);
+    list.setColumnWidth(1, 2);
+    list.insertItem(std::make_unique<TextItem>(QStringList{"1", "x", "pump", "two\nlines\tand \"quotes\""}));
+    list.insertItem(std::make_unique<TextItem>(QStringList{"2", "x", "fan", ""}));
+    list.show();
+    QVERIFY(waitForExposed(&list));
+    QApplication::clipboard()->setText("before");
+    list.setCurrentIndex({});
+    QTest::keyClick(&list, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(), QString("before"));
+    list.setCurrentIndex(list.model()->index(0, 2));
+    QTest::keyClick(&list, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(), QString("1\tpump\t\"two\nlines\tand \"\"quotes\"\"\""));
+    list.setCurrentIndex(list.model()->index(1, 0));
+    list.header()->moveSection(2, 0);
+    QTest::keyClick(&list, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(), QString("fan\t2\t"));
+    for (int column : {0, 2, 3})
+        list.setColumnWidth(column, 2);
+    QTest::keyClick(&list, Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(), QString("fan\t2\t"));
 }
 
 void ListViewTest::keysMoveThroughTheRows()
