@@ -16,7 +16,7 @@ int Library::initialise(const char *configDir)
         m_settings.reset();
         m_configDir.clear();
         m_configDir = *configDir ? configDir : ".";
-        store();
+        store().open();
     });
 }
 

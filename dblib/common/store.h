@@ -31,6 +31,8 @@ public:
     Store &operator=(const Store &) = delete;
     virtual ~Store();
 
+    /** Makes sure that the database can be used; a store may be there before its database is. */
+    virtual void open() {}
     /** True while this is the database that the settings name, and it is still there. */
     virtual bool serves(const Settings &settings) const = 0;
 
@@ -64,11 +66,14 @@ public:
     virtual void registerSensor(const std::string &name, int type, const std::string &description) = 0;
     /** All sensors by name. */
     virtual std::vector<StoredSensor> storedSensors() = 0;
-    /** Notes a sign of life. */
-    virtual void keepAlive(const std::string &name, std::int64_t time) = 0;
+    /** Notes a sign of life of sensors. */
+    virtual void keepAlive(const std::vector<std::string> &names, std::int64_t time) = 0;
     virtual void setState(const std::string &name, SensorState state) = 0;
-    /** Notes that a sensor has read the commands up to this identifier; never goes back. */
-    virtual void setLastCommand(const std::string &name, int commandId) = 0;
+    /**
+     * Notes that sensors have read the commands up to this identifier, which never goes back.
+     * Returns how many of them had not: 0 for a sensor whose command another program takes care of.
+     */
+    virtual int readCommands(const std::vector<std::string> &names, int commandId) = 0;
 
     /** Several changes as one transaction, undone unless committed. One inside another is a part of it. */
     class Batch

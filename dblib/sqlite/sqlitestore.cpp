@@ -103,7 +103,7 @@ struct SqliteStore::Statements {
                                  "description = excluded.description")
         , keepAlive(db, "UPDATE sensor SET keep_alive = ?2, last_message = max(last_message, ?2) WHERE name = ?1")
         , setState(db, "UPDATE sensor SET state = ?2 WHERE name = ?1")
-        , setLastCommand(db, "UPDATE sensor SET last_command = max(last_command, ?2) WHERE name = ?1")
+        , readCommands(db, "UPDATE sensor SET last_command = ?2 WHERE name = ?1 AND last_command < ?2")
     {
     }
 
@@ -112,7 +112,7 @@ struct SqliteStore::Statements {
     Sqlite::Statement registerSensor;
     Sqlite::Statement keepAlive;
     Sqlite::Statement setState;
-    Sqlite::Statement setLastCommand;
+    Sqlite::Statement readCommands;
 };
 
 SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
@@ -400,10 +400,11 @@ void SqliteStore::registerSensor(const std::string &name, int type, const std::s
     batch.commit();
 }
 
-void SqliteStore::keepAlive(const std::string &name, std::int64_t time)
+void SqliteStore::keepAlive(const std::vector<std::string> &names, std::int64_t time)
 {
     Batch batch(*this);
-    m_prepared->keepAlive.bind(1, name).bind(2, clamped(time)).run();
+    for (const std::string &name : names)
+        m_prepared->keepAlive.bind(1, name).bind(2, clamped(time)).run();
     batch.commit();
 }
 
@@ -414,9 +415,14 @@ void SqliteStore::setState(const std::string &name, SensorState state)
     batch.commit();
 }
 
-void SqliteStore::setLastCommand(const std::string &name, int commandId)
+int SqliteStore::readCommands(const std::vector<std::string> &names, int commandId)
 {
     Batch batch(*this);
-    m_prepared->setLastCommand.bind(1, name).bind(2, commandId).run();
+    int changed = 0;
+    for (const std::string &name : names) {
+        m_prepared->readCommands.bind(1, name).bind(2, commandId).run();
+        changed += m_db.changes();
+    }
     batch.commit();
+    return changed;
 }

@@ -39,9 +39,9 @@ public:
     bool deleteCommand(int id) override;
     void registerSensor(const std::string &name, int type, const std::string &description) override;
     std::vector<StoredSensor> storedSensors() override;
-    void keepAlive(const std::string &name, std::int64_t time) override;
+    void keepAlive(const std::vector<std::string> &names, std::int64_t time) override;
     void setState(const std::string &name, SensorState state) override;
-    void setLastCommand(const std::string &name, int commandId) override;
+    int readCommands(const std::vector<std::string> &names, int commandId) override;
 
     /** The connection, for tests and tools that look at the file. */
     Sqlite::Connection &connection();

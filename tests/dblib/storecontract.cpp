@@ -335,13 +335,13 @@ TEST_F(StoreContract, ASensorIsAliveWhileItGivesSignsOfLife)
     m_store->registerSensor("analyser01", 1, "Spectrum of the northern antenna");
     const auto liveness = [&] { return (*m_store->sensors(10))[0].MessageType; };
     EXPECT_EQ(liveness(), 0) << "not heard of yet";
-    m_store->keepAlive("analyser01", 1000);
+    m_store->keepAlive({"analyser01"}, 1000);
     EXPECT_EQ(liveness(), SensorAlive);
     clock.step(10);
     EXPECT_EQ(liveness(), SensorAlive);
     clock.step(1);
     EXPECT_EQ(liveness(), SensorDead);
-    m_store->keepAlive("analyser01", 1011);
+    m_store->keepAlive({"analyser01"}, 1011);
     EXPECT_EQ(liveness(), SensorAlive);
     m_store->setState("analyser01", SensorState::Killed);
     EXPECT_EQ(liveness(), SensorDead);
@@ -375,10 +375,11 @@ TEST_F(StoreContract, ASensorReadsOnlyCommandsThatCameAfterIt)
     m_store->registerSensor("late", 1, "");
     EXPECT_EQ(m_store->storedSensors()[0].lastCommand, 1);
     m_store->put(makeCommand("late", CommandStop, 0));
-    m_store->setLastCommand("late", 2);
+    EXPECT_EQ(m_store->readCommands({"late", "nobody"}, 2), 1);
     m_store->registerSensor("late", 1, "again");
     EXPECT_EQ(m_store->storedSensors()[0].lastCommand, 2);
-    m_store->setLastCommand("late", 1);
+    EXPECT_EQ(m_store->readCommands({"late"}, 1), 0);
+    EXPECT_EQ(m_store->readCommands({"late"}, 2), 0);
     EXPECT_EQ(m_store->storedSensors()[0].lastCommand, 2) << "what was read stays read";
 }
 

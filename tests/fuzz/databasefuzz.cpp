@@ -219,9 +219,10 @@ void change(SqliteStore &store, int which)
         case 4:
             return store.registerSensor("sensor2", 1, "a sensor");
         case 5:
-            return store.keepAlive("sensor1", 1100);
+            return store.keepAlive({"sensor1"}, 1100);
         case 6:
-            return store.setLastCommand("sensor1", 5);
+            store.readCommands({"sensor1"}, 5);
+            return;
         default:
             return putEvents(store);
         }

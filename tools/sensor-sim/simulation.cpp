@@ -75,15 +75,10 @@ Simulation::Simulation(Store &used, int sensorCount, unsigned seed, double event
         m_sensors.emplace_back();
         m_sensors.back().self = std::move(sensor);
     }
+    takeStates();
     m_lastCommandSeen = INT_MAX;
-    for (const StoredSensor &stored : m_store.storedSensors()) {
-        const auto found = m_sensorByName.find(stored.name);
-        if (found != m_sensorByName.end()) {
-            m_sensors[found->second].state = stored.state;
-            m_sensors[found->second].lastCommand = stored.lastCommand;
-            m_lastCommandSeen = std::min(m_lastCommandSeen, stored.lastCommand);
-        }
-    }
+    for (const Sensor &sensor : m_sensors)
+        m_lastCommandSeen = std::min(m_lastCommandSeen, sensor.lastCommand);
     batch.commit();
 }
 
@@ -139,11 +134,11 @@ void Simulation::writePending()
 
 void Simulation::keepAlive()
 {
-    Store::Batch batch(m_store);
+    std::vector<std::string> living;
     for (const Sensor &sensor : m_sensors)
         if (sensor.state != SensorState::Killed)
-            m_store.keepAlive(sensor.self.name, currentTime());
-    batch.commit();
+            living.push_back(sensor.self.name);
+    m_store.keepAlive(living, currentTime());
 }
 
 void Simulation::obey()
@@ -165,12 +160,30 @@ void Simulation::obey()
 /** Also for the sensors that the commands were not meant for: the next run would read them all again. */
 void Simulation::noteCommandsRead()
 {
-    Store::Batch batch(m_store);
+    std::vector<std::string> names;
     for (const Sensor &sensor : m_sensors)
-        m_store.setLastCommand(sensor.self.name, m_lastCommandSeen);
-    batch.commit();
-    for (Sensor &sensor : m_sensors)
-        sensor.lastCommand = std::max(sensor.lastCommand, m_lastCommandSeen);
+        names.push_back(sensor.self.name);
+    m_store.readCommands(names, m_lastCommandSeen);
+    takeStates();
+}
+
+SensorState Simulation::storedState(const std::string &sensor)
+{
+    for (const StoredSensor &stored : m_store.storedSensors())
+        if (stored.name == sensor)
+            return stored.state;
+    return SensorState::Running;
+}
+
+void Simulation::takeStates()
+{
+    for (const StoredSensor &stored : m_store.storedSensors()) {
+        const auto found = m_sensorByName.find(stored.name);
+        if (found != m_sensorByName.end()) {
+            m_sensors[found->second].state = stored.state;
+            m_sensors[found->second].lastCommand = stored.lastCommand;
+        }
+    }
 }
 
 /** Its effect, the report of it, and the note that it was read are one transaction: a command is obeyed once. */
@@ -183,14 +196,17 @@ void Simulation::obey(const CMessageCommand &command)
     after.lastCommand = command.CommandID;
     int reportId = 0;
     Store::Batch batch(m_store);
+    // Other programs may play the same sensors.
+    if (m_store.readCommands({after.self.name}, command.CommandID) == 0)
+        return;
+    after.state = storedState(after.self.name);
     const bool hears = after.state != SensorState::Killed || command.CommandType == CommandStart;
     if (hears) {
         after.state = stateAfter(command.CommandType, after.state);
         m_store.setState(after.self.name, after.state);
-        m_store.keepAlive(after.self.name, currentTime());
+        m_store.keepAlive({after.self.name}, currentTime());
         reportId = report(after, command);
     }
-    m_store.setLastCommand(after.self.name, command.CommandID);
     batch.commit();
     m_sensors[found->second] = after;
     if (hears) {

@@ -78,6 +78,8 @@ private:
     void obey();
     void obey(const CMessageCommand &command);
     void noteCommandsRead();
+    void takeStates();
+    SensorState storedState(const std::string &sensor);
     Portion drawPortion(int count, std::int64_t oldestAge, double historyRate, std::int64_t now);
     int report(const Sensor &sensor, const CMessageCommand &command);
     NewMessage message(const Sensor &sensor, std::string_view name, std::string_view params, std::int64_t time) const;
