@@ -358,7 +358,7 @@ void TextWidthsTest::cutTextsFit()
         QVERIFY(measure.width(cut) <= room);
         QCOMPARE(cut.isEmpty(), room < dots);
         QVERIFY(cut.isEmpty() || cut.endsWith(QChar(0x2026)));
-        QVERIFY(TextMeasure::shown(text).startsWith(cut.chopped(cut.isEmpty() ? 0 : 1)));
+        QVERIFY(cut.isEmpty() || TextMeasure::shown(text).startsWith(cut.chopped(1)));
         // The toolkit's own cutting, beyond Latin-1, does not count the last part of a pixel.
         const QString beyond = 'x' + text + QChar(0x416);
         QVERIFY(measure.width(measure.cut(beyond, room)) <= room + 1);
@@ -403,8 +403,9 @@ void TextWidthsTest::listHasItsFontThroughEveryChange()
     QVERIFY(isUnshaped(list));
     const QFont before = QApplication::font();
     QApplication::setFont(QFont("DejaVu Serif", 17));
+    // Qt 6 tells the widgets later.
+    QTRY_COMPARE(list.font().family(), QString("DejaVu Serif"));
     QVERIFY(isUnshaped(list));
-    QCOMPARE(list.font().family(), QString("DejaVu Serif"));
     QCOMPARE(list.font().pointSize(), 17);
     QCOMPARE(list.maximumTextWidth(0), plainWidth(list.font(), "AVAVAV To.") + 2);
     window.setFont(QFont("DejaVu Sans Mono", 8));
