@@ -55,6 +55,18 @@ Run as root: ./dev $*   (for example: sudo ./dev $*)"
     need_packages roots
 }
 
+# fetch_root SOURCES LOG
+fetch_root() {
+    rm -rf --one-file-system "$roots/$target_name.new"
+    mmdebstrap --variant=minbase --architectures="${target_name##*-}" \
+        --dpkgopt=force-unsafe-io --dpkgopt='path-exclude=/usr/share/doc/*' --dpkgopt='path-exclude=/usr/share/man/*' \
+        --aptopt="$roots/$target_name.apt" \
+        --include="$(root_packages | paste -sd,)" "$(root_suite)" "$roots/$target_name.new" - <<<"$1" >"$2" 2>&1
+}
+
+# A suite without those that amend it, whose indexes change daily: mirrors hold them half-copied at times.
+unamended() { awk -v suite="$(root_suite)" '$4 == suite' <<<"$1"; }
+
 # Fails with the reason, and leaves nothing half-made behind that would be taken for a root.
 make_root() {
     local root="$roots/$target_name" log="$roots/$target_name.log" stamp=$1 sources
@@ -62,16 +74,17 @@ make_root() {
     [[ -n $sources ]] || die "the root of $target_name cannot be made: the package sources of this machine
 (apt-get indextargets) name no archive of Debian's own suites"
     say "making the root of $target_name in build/roots (some minutes, 1.5 GB)"
-    rm -rf --one-file-system "$root" "$root.new" "$root.stamp"
+    rm -rf --one-file-system "$root" "$root.stamp"
     root_fetch_settings >"$roots/$target_name.apt" || true
-    mmdebstrap --variant=minbase --architectures="${target_name##*-}" \
-        --dpkgopt=force-unsafe-io --dpkgopt='path-exclude=/usr/share/doc/*' --dpkgopt='path-exclude=/usr/share/man/*' \
-        --aptopt="$roots/$target_name.apt" \
-        --include="$(root_packages | paste -sd,)" "$(root_suite)" "$root.new" - <<<"$sources" >"$log" 2>&1 ||
-        die "the root of $target_name cannot be made from
+    if ! fetch_root "$sources" "$log"; then
+        say "the root of $target_name cannot be made with its updates, so without them:
+$(last_errors "$log")"
+        sources=$(unamended "$sources")
+        fetch_root "$sources" "$log" || die "the root of $target_name cannot be made from
 $sources
 $(last_errors "$log")
 mmdebstrap's whole output is in $log"
+    fi
     mv "$root.new" "$root"
     printf '%s\n' "$stamp" >"$root.stamp"
 }
