@@ -1216,8 +1216,7 @@ void ListViewTest::threeDigitsAreReadInThirtyPixels()
 {
     QFETCH(QString, family);
     const QFont font(family, 10);
-    if (QFontInfo(font).family() != family)
-        QSKIP("the font is not installed");
+    QCOMPARE(QFontInfo(font).family(), family);
     NumberList list;
     list.setFont(font);
     list.showAndWait();

@@ -124,12 +124,13 @@ private:
     QByteArray m_parameters;
 };
 
+/** What can show the texts of records. A family without these letters shows them in another one that is listed. */
 QStringList installedFamilies()
 {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    return QFontDatabase().families();
+    return QFontDatabase().families(QFontDatabase::Latin);
 #else
-    return QFontDatabase::families();
+    return QFontDatabase::families(QFontDatabase::Latin);
 #endif
 }
 
