@@ -82,7 +82,7 @@ command_lint() {
     is_native || die "lint runs on Debian 12: its clang is the one that the sources are formatted with"
     need_packages build "$(toolkit_list)" test lint
     build_preset "$target_name"
-    for check in format files layers shell licences metainfo tidy names; do
+    for check in format files layers shell licences messages metainfo tidy names; do
         say "lint: $check"
         "lint_$check" || failed+=("$check")
     done

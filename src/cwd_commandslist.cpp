@@ -49,9 +49,9 @@ QString CommandListTraits::deleteEntry()
     return tr2i18n("Delete command from DB");
 }
 
-QString CommandListTraits::deleteQuestion()
+QString CommandListTraits::deleteQuestion(const QString &id)
 {
-    return tr2i18n("Delete command with ID=");
+    return i18n("Delete command with ID=%1?", id);
 }
 
 CWD_CommandsList::CWD_CommandsList(QWidget *parent, const char *caption, const char *mask)

@@ -29,7 +29,7 @@ struct CommandListTraits {
     static CommandKind kind(const CMessageCommand &command, NamePool &names);
     static QStringList columnNames();
     static QString deleteEntry();
-    static QString deleteQuestion();
+    static QString deleteQuestion(const QString &id);
 };
 
 /** The window that lists, filters, refreshes and deletes commands. It deletes itself when it is closed. */

@@ -49,9 +49,9 @@ QString EventListTraits::deleteEntry()
     return tr2i18n("Delete event from DB");
 }
 
-QString EventListTraits::deleteQuestion()
+QString EventListTraits::deleteQuestion(const QString &id)
 {
-    return tr2i18n("Delete event with ID=");
+    return i18n("Delete event with ID=%1?", id);
 }
 
 CWD_EventsList::CWD_EventsList(QWidget *parent, const char *caption, const char *mask)

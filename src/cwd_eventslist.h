@@ -34,7 +34,7 @@ struct EventListTraits {
     static EventKind kind(const CMessageEvent &event, NamePool &names);
     static QStringList columnNames();
     static QString deleteEntry();
-    static QString deleteQuestion();
+    static QString deleteQuestion(const QString &id);
 };
 
 /** The window that lists, filters, refreshes and deletes events. It deletes itself when it is closed. */

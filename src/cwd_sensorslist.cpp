@@ -16,14 +16,14 @@ static QStringList columnNames()
     return {tr2i18n("Number"), tr2i18n("Description"), tr2i18n("Is alive")};
 }
 
-static QString eventsTitle()
+static QString eventsTitle(const QString &sensor)
 {
-    return tr2i18n("Events list for ");
+    return i18n("Events list for %1", sensor);
 }
 
-static QString commandsTitle()
+static QString commandsTitle(const QString &sensor)
 {
-    return tr2i18n("Commands list for ");
+    return i18n("Commands list for %1", sensor);
 }
 
 CWD_SensorsList::CWD_SensorsList(QWidget *parent, const char *name)
@@ -152,8 +152,8 @@ void CWD_SensorsList::languageChange()
     relabelEntries(Menu0, {tr2i18n("Update data")});
     Menu1->setTitle(tr2i18n("&Columns"));
     relabelEntries(Menu1, columnNames());
-    retitleLists<CWD_EventsList>(eventsTitle());
-    retitleLists<CWD_CommandsList>(commandsTitle());
+    retitleWindows<CWD_EventsList>(this, [](const auto *window) { return eventsTitle(window->SensorNameMask); });
+    retitleWindows<CWD_CommandsList>(this, [](const auto *window) { return commandsTitle(window->SensorNameMask); });
 }
 
 void CWD_SensorsList::resize(int, int) {}
@@ -178,34 +178,24 @@ void CWD_SensorsList::onRBList(QListViewItem *item, const QPoint &, int)
                          });
 }
 
-/** Opens a list of the selected sensor's records; its title is `title` and the sensor's name. */
-template <class Window> void CWD_SensorsList::openList(const QString &title)
+/** Opens a list of the selected sensor's records; `title` makes its title of the sensor's name. */
+template <class Window> void CWD_SensorsList::openList(QString (*title)(const QString &))
 {
     if (!itemSelected)
         return;
     const QString sensor = itemSelected->text(SensorIDColumn);
-    const QString caption = title + sensor;
-    auto *window = openListWindow<Window>(this, caption.toLatin1().constData(), sensor.toLatin1().constData());
-    // A translated title may have letters that did not fit through.
-    if (window)
-        window->setWindowTitle(caption);
-}
-
-/** Titles the open lists of one sensor's records anew. */
-template <class Window> void CWD_SensorsList::retitleLists(const QString &title)
-{
-    for (Window *window : findChildren<Window *>(QString(), Qt::FindDirectChildrenOnly))
-        window->setWindowTitle(title + window->SensorNameMask);
+    const QString caption = title(sensor);
+    openTitled<Window>(this, caption.toLatin1().constData(), caption, sensor.toLatin1().constData());
 }
 
 void CWD_SensorsList::CallEventsDialog()
 {
-    openList<CWD_EventsList>(eventsTitle());
+    openList<CWD_EventsList>(eventsTitle);
 }
 
 void CWD_SensorsList::CallCommandsDialog()
 {
-    openList<CWD_CommandsList>(commandsTitle());
+    openList<CWD_CommandsList>(commandsTitle);
 }
 
 void CWD_SensorsList::sendCommand(int type)

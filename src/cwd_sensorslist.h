@@ -75,7 +75,6 @@ private:
     void createMenus();
     void releaseSensors();
     void reload(const QPointer<QObject> &self);
-    template <class Window> void openList(const QString &title);
-    template <class Window> void retitleLists(const QString &title);
+    template <class Window> void openList(QString (*title)(const QString &));
     void sendCommand(int type);
 };

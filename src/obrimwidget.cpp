@@ -19,6 +19,13 @@ obrimWidget::obrimWidget(QWidget *parent, const char *name, Qt::WindowFlags fl)
     InitData();
 }
 
+void obrimWidget::languageChange()
+{
+    obrimWidgetBase::languageChange();
+    retitleWindows<CWD_EventsList>(this, [](const auto *) { return tr2i18n("Events list"); });
+    retitleWindows<CWD_CommandsList>(this, [](const auto *) { return tr2i18n("Commands list"); });
+}
+
 void obrimWidget::button_clicked() {}
 
 void obrimWidget::onSensorsTree()
@@ -42,10 +49,10 @@ void obrimWidget::onExit()
 
 void obrimWidget::onEventsList()
 {
-    openListWindow<CWD_EventsList>(this, "Events list", nullptr);
+    openTitled<CWD_EventsList>(this, "Events list", tr2i18n("Events list"));
 }
 
 void obrimWidget::onCommandsList()
 {
-    openListWindow<CWD_CommandsList>(this, "Commands list", nullptr);
+    openTitled<CWD_CommandsList>(this, "Commands list", tr2i18n("Commands list"));
 }

@@ -28,4 +28,7 @@ public slots:
     void onExit() override;
     void onEventsList() override;
     void onCommandsList() override;
+
+protected:
+    void languageChange() override;
 };

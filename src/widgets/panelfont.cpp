@@ -49,6 +49,6 @@ void fitPanelFont(QWidget *panel)
 {
     panel->setFont(QFont());
     const QFont whole = panel->font();
-    for (int percent = 95; percent >= 50 && !allTextsFit(panel); percent -= 5)
+    for (int percent = 95; percent >= 30 && !allTextsFit(panel); percent -= 5)
         panel->setFont(scaled(whole, percent));
 }

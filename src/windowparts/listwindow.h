@@ -28,6 +28,25 @@ template <class Window, class... Arguments> Window *openListWindow(QWidget *pare
 }
 
 /**
+ * The same with a title of its own: `caption`, which is the object's name too,
+ * is Latin-1, and a title in another language need not be.
+ */
+template <class Window>
+void openTitled(QWidget *parent, const char *caption, const QString &title, const char *mask = nullptr)
+{
+    auto *window = openListWindow<Window>(parent, caption, mask);
+    if (window)
+        window->setWindowTitle(title);
+}
+
+/** Titles the windows of a kind that belong to `parent` anew, each with what `title` makes of it. */
+template <class Window, class Title> void retitleWindows(const QWidget *parent, Title title)
+{
+    for (Window *window : parent->findChildren<Window *>(QString(), Qt::FindDirectChildrenOnly))
+        window->setWindowTitle(title(window));
+}
+
+/**
  * What all list windows do alike on top of their form: they load, they have a
  * menu bar, and they delete themselves when they are closed.
  *

@@ -425,7 +425,7 @@ template <class Traits> void RecordListWindow<Traits>::deleteSelectedRecord()
         return;
     const QString id = item->text(IdentifierColumn);
     const QPointer<QObject> self(this);
-    const bool yes = confirm(this, tr2i18n("???"), Traits::deleteQuestion() + id + QLatin1Char('?'));
+    const bool yes = confirm(this, tr2i18n("???"), Traits::deleteQuestion(id));
     if (!self || !yes)
         return;
     Traits::remove(id.toInt());

@@ -4,14 +4,14 @@
 // The language is switched while windows are open, to a catalogue that was
 // compiled for it and back, as the toolkit does it: by an event to the
 // application.
-#include "cwd_commandslist.h"
-#include "cwd_eventslist.h"
-#include "cwd_sensorslist.h"
-#include "obrimwidgetbase.h"
+#include "capturedoutput.h"
+#include "data.h"
+#include "inlanguage.h"
+#include "obrimwidget.h"
 #include "windowtestbase.h"
 
-#include <KLocalizedString>
 #include <QLabel>
+#include <QTemporaryDir>
 
 /** Every text of a window, with who shows it before it. Records are not in it. */
 static QStringList texts(const QWidget *window)
@@ -46,14 +46,6 @@ static QStringList texts(const QWidget *window)
     return all;
 }
 
-static void speak(const QString &language)
-{
-    KLocalizedString::setLanguages({language});
-    QEvent change(QEvent::LanguageChange);
-    QApplication::sendEvent(qApp, &change);
-    QCoreApplication::sendPostedEvents();
-}
-
 class LanguageTest : public WindowTestBase
 {
     Q_OBJECT
@@ -68,6 +60,7 @@ private slots:
     void buttonsWithoutAKeyGetNone();
     void rowsAreShownInTheLanguage();
     void listsOfOneSensorAreNamedInTheLanguage();
+    void listsOfThePanelAreNamedInTheLanguage();
     void menusAndQuestionsSpeakTheLanguage();
     void messagesOfTheDataLayerSpeakTheLanguage();
     void longerTextsFitIntoThePanel();
@@ -82,18 +75,9 @@ void LanguageTest::initTestCase()
 void LanguageTest::cleanup()
 {
     KLocalizedString::clearLanguages();
+    for (QString *directory : {&CurWD, &BaseWD, &ConfigWD, &DLLWD})
+        directory->clear();
     WindowTestBase::cleanup();
-}
-
-static std::unique_ptr<QWidget> make(const QString &kind)
-{
-    if (kind == "sensors")
-        return std::make_unique<CWD_SensorsList>(nullptr, "Sensors list");
-    if (kind == "events")
-        return std::make_unique<CWD_EventsList>(nullptr, "A list", nullptr);
-    if (kind == "commands")
-        return std::make_unique<CWD_CommandsList>(nullptr, "A list", nullptr);
-    return std::make_unique<obrimWidgetBase>();
 }
 
 void LanguageTest::everyTextOfAWindowChangesAndComesBack_data()
@@ -176,6 +160,27 @@ void LanguageTest::listsOfOneSensorAreNamedInTheLanguage()
     QCOMPARE(commands->windowTitle(), QStringLiteral("Commands list for valve"));
 }
 
+void LanguageTest::listsOfThePanelAreNamedInTheLanguage()
+{
+    const QTemporaryDir folder;
+    CurWD = folder.filePath(QStringLiteral("bin"));
+    BaseWD = folder.path();
+    const CapturedOutput out(stdout);
+    speak("de");
+    obrimWidget panel;
+    panel.onEventsList();
+    panel.onCommandsList();
+    const auto *events = panel.findChild<CWD_EventsList *>();
+    const auto *commands = panel.findChild<CWD_CommandsList *>();
+    QCOMPARE(events->windowTitle(), QStringLiteral("Alle Ereignisse"));
+    QCOMPARE(commands->windowTitle(), QString::fromUtf8("Alle Befehle → hier"));
+    QCOMPARE(events->objectName(), QStringLiteral("Events list"));
+    QCOMPARE(commands->objectName(), QStringLiteral("Commands list"));
+    speak("en_US");
+    QCOMPARE(events->windowTitle(), QStringLiteral("Events list"));
+    QCOMPARE(commands->windowTitle(), QStringLiteral("Commands list"));
+}
+
 void LanguageTest::menusAndQuestionsSpeakTheLanguage()
 {
     m_library->events.answer = events(5, 1);
@@ -195,7 +200,7 @@ void LanguageTest::menusAndQuestionsSpeakTheLanguage()
     chooseFromMenu(QString::fromUtf8("Ereignis löschen"));
     rightClick(window.listMessages, 0);
     QCOMPARE(caption, QStringLiteral("Frage"));
-    QCOMPARE(question, QStringLiteral("Soll weg: Ereignis 5?"));
+    QCOMPARE(question, QStringLiteral("5 (Ereignis): soll es weg?"));
     QCOMPARE(defaultButton, QStringLiteral("Ja, weg"));
 }
 
