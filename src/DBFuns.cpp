@@ -5,6 +5,7 @@
 #include "DBFunsDebug.h"
 #include "LoadDLL.h"
 #include "data.h"
+#include "dbsymbols.h"
 #include "foreigncall.h"
 #include "installation.h"
 
@@ -35,10 +36,42 @@ void inform(QDialog *parent, const char *caption, const char *text)
     std::fprintf(stderr, "%s\n", text);
 }
 
+FailureNotice failureNotice = nullptr;
+bool failing[DBFunctionCount] = {}; ///< those of the library's functions that failed when they were called last
+
+/** Keeps in mind whether a function of the library works; the operator is told when that changes. */
+void note(DBFunction function, std::optional<int> result)
+{
+    const bool fails = result != 0;
+    if (failing[function] == fails)
+        return;
+    failing[function] = fails;
+    if (failureNotice)
+        attempt("The notification", [=] { return failureNotice(DBSymbols[function].key, result), 0; });
+}
+
+/** Calls a function of the library; nothing when it threw, which is told then. */
+template <class Call> std::optional<int> callLibrary(DBFunction function, Call call)
+{
+    const std::optional<int> result = attempt(DBSymbols[function].key, call);
+    if (!result)
+        note(function, result);
+    return result;
+}
+
+/** What a function of the library returned, -1 when it threw. Any result but 0 is a failure, which is told. */
+int judged(DBFunction function, std::optional<int> result)
+{
+    if (result.value_or(0) != 0)
+        std::fprintf(stderr, "%s returned %d\n", DBSymbols[function].key, *result);
+    note(function, result);
+    return result.value_or(-1);
+}
+
 /** What the operator and the trace read of one fetch function. */
 struct FetchTexts {
+    DBFunction function; ///< the DB library's
     const char *name;
-    const char *function; ///< the DB library's
     const char *entry;
     const char *exit;      ///< printf: result, count
     const char *badAnswer; ///< the size query returned nonsense
@@ -47,8 +80,8 @@ struct FetchTexts {
 };
 
 constexpr FetchTexts SensorTexts = {
+    DBFunctionGetSensors,
     "DBGetSensors",
-    "FDBGetSensors",
     "DBGetSensors<",
     "DBGetSensors> (rtn=%d; N=%d)\n",
     "DBGetSensors(NULL,NULL) return incorrect value (should return sizeof(CSensor))",
@@ -57,8 +90,8 @@ constexpr FetchTexts SensorTexts = {
 };
 
 constexpr FetchTexts EventTexts = {
+    DBFunctionGetEvents,
     "DBGetEvents",
-    "FDBGetEvents",
     "DBGetEvents<",
     "DBGetEvents> \n",
     "FDBGetEvents(NULL,NULL,NULL) return incorrect value (should return "
@@ -69,8 +102,8 @@ constexpr FetchTexts EventTexts = {
 };
 
 constexpr FetchTexts CommandTexts = {
+    DBFunctionGetCommands,
     "DBGetCommands",
-    "FDBGetCommands",
     "DBGetCommands<",
     "DBGetCommands> \n",
     "FDBGetCommands(NULL,NULL,NULL) return incorrect value (should return "
@@ -157,11 +190,12 @@ Fetched fetchFromLibrary(const FetchTexts &texts, int (*library)(int *, Record *
     const int before = *n;
     Record *theirs = nullptr;
     *n = 0;
-    const auto fetched = attempt(texts.function, [&] { return library(n, &theirs, request...); });
+    const auto fetched = callLibrary(texts.function, [&] { return library(n, &theirs, request...); });
     const int count = *n;
     const bool toCopy = fetched && count >= 1 && theirs;
     std::unique_ptr<Record[]> copy = toCopy ? copied(theirs, count) : nullptr;
-    const auto released = attempt(texts.function, [&] { return library(nullptr, &theirs, request...); });
+    const auto released = callLibrary(texts.function, [&] { return library(nullptr, &theirs, request...); });
+    judged(texts.function, fetched == 0 || !released ? released : fetched);
     const bool noRoom = toCopy && !copy;
     if (!fetched || !released || noRoom) {
         *n = before;
@@ -186,7 +220,7 @@ int fetch(const FetchTexts &texts, int (*library)(int *, Record **, Request *...
         return result;
     }
     const auto answer =
-        attempt(texts.function, [&] { return library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
+        callLibrary(texts.function, [&] { return library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
     const RecordSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
     if (!agree(texts, ours, answer.value_or(-1), array != nullptr, parent))
         return -1;
@@ -199,30 +233,35 @@ int fetch(const FetchTexts &texts, int (*library)(int *, Record **, Request *...
     return fetched.result;
 }
 
-int initialise(const char *function, InitDBSensorsFunction *library, int (*testSource)(QString), const QString &dir)
+/** Initialises one data source between its two trace lines. */
+int initialise(DBFunction function, const char *entry, const char *exit, InitDBSensorsFunction *library,
+               int (*testSource)(QString), const QString &dir)
 {
-    if (!library)
-        return testSource(dir);
-    return attempt(function, [&] { return library(QFile::encodeName(dir).constData()); }).value_or(-1);
+    std::puts(entry);
+    const QByteArray path = QFile::encodeName(dir);
+    const int result =
+        library ? judged(function, callLibrary(function, [&] { return library(path.constData()); })) : testSource(dir);
+    std::puts(exit);
+    return result;
 }
 
 /** Hands a record over between two equal trace lines. */
-template <class Record> int put(const char *function, const char *trace, int (*library)(Record *), Record &record)
+template <class Record> int put(DBFunction function, const char *trace, int (*library)(Record *), Record &record)
 {
     if (!library)
         return -1;
     std::puts(trace);
-    const int result = attempt(function, [&] { return library(&record); }).value_or(-1);
+    const int result = judged(function, callLibrary(function, [&] { return library(&record); }));
     std::puts(trace);
     return result;
 }
 
 /** Whatever the library says to it, the record counts as deleted. */
-int deleteRecord(const char *function, const char *entry, const char *exit, DBDeleteEventFunction *library, int id)
+int deleteRecord(DBFunction function, const char *entry, const char *exit, DBDeleteEventFunction *library, int id)
 {
     std::puts(entry);
     if (library)
-        attempt(function, [&] { return library(id); });
+        judged(function, callLibrary(function, [&] { return library(id); }));
     std::puts(exit);
     return 0;
 }
@@ -252,6 +291,11 @@ void setInformationBox(InformationBox show)
     informationBox = show;
 }
 
+void setFailureNotice(FailureNotice show)
+{
+    failureNotice = show;
+}
+
 int FileExists(const char *path)
 {
     return isReadableFile(path) ? 1 : 0;
@@ -272,26 +316,19 @@ int InitData()
 
 int InitDBSensors(QString dir)
 {
-    std::puts("InitDBSensors<");
-    const int result = initialise("FInitDBSensors", FInitDBSensors, InitDBSensorsDebug, dir);
-    std::puts("InitDBSensors> ");
-    return result;
+    return initialise(DBFunctionInitSensors, "InitDBSensors<", "InitDBSensors> ", FInitDBSensors, InitDBSensorsDebug,
+                      dir);
 }
 
 int InitDBEvents(QString dir)
 {
-    std::puts("InitDBEvents<");
-    const int result = initialise("FInitDBEvents", FInitDBEvents, InitDBEventsDebug, dir);
-    std::puts("InitDBEventss> ");
-    return result;
+    return initialise(DBFunctionInitEvents, "InitDBEvents<", "InitDBEventss> ", FInitDBEvents, InitDBEventsDebug, dir);
 }
 
 int InitDBCommands(QString dir)
 {
-    std::puts("InitDBCommands<");
-    const int result = initialise("FInitDBCommands", FInitDBCommands, InitDBCommandsDebug, dir);
-    std::puts("InitDBCommands> ");
-    return result;
+    return initialise(DBFunctionInitCommands, "InitDBCommands<", "InitDBCommands> ", FInitDBCommands,
+                      InitDBCommandsDebug, dir);
 }
 
 int roomForSensors()
@@ -326,20 +363,20 @@ int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *re
 
 int DBPutCommand(CMessageCommand &command)
 {
-    return put("FDBPutCommand", "DBPutCommand<", FDBPutCommand, command);
+    return put(DBFunctionPutCommand, "DBPutCommand<", FDBPutCommand, command);
 }
 
 int DBPutEvent(CMessageEvent &event)
 {
-    return put("FDBPutEvent", "DBPutEvent<", FDBPutEvent, event);
+    return put(DBFunctionPutEvent, "DBPutEvent<", FDBPutEvent, event);
 }
 
 int DBDeleteCommand(int id)
 {
-    return deleteRecord("FDBDeleteCommand", "DBDeleteCommand<", "DBDeleteCommand> ", FDBDeleteCommand, id);
+    return deleteRecord(DBFunctionDeleteCommand, "DBDeleteCommand<", "DBDeleteCommand> ", FDBDeleteCommand, id);
 }
 
 int DBDeleteEvent(int id)
 {
-    return deleteRecord("FDBDeleteEvent", "DBDeleteEvent<", "DBDeleteEvent> ", FDBDeleteEvent, id);
+    return deleteRecord(DBFunctionDeleteEvent, "DBDeleteEvent<", "DBDeleteEvent> ", FDBDeleteEvent, id);
 }

@@ -5,6 +5,7 @@
 #include "Messages.h"
 
 #include <QString>
+#include <optional>
 
 class QDialog;
 
@@ -12,8 +13,10 @@ class QDialog;
  * @file
  * The one way to the records, for every window. All of these run on the GUI
  * thread. Each writes a trace line to standard output on entry and on exit.
- * No exception leaves them: what a DB library throws is told on standard
- * error and answered with -1.
+ *
+ * A function of the DB library that returns another value than 0 or throws
+ * leaves a line on standard error that names it. No exception leaves these
+ * functions: it is answered with -1.
  */
 
 /** Shows `text` to the operator, with one OK button; `parent` may be NULL. */
@@ -24,6 +27,16 @@ using InformationBox = void (*)(QDialog *parent, const QString &caption, const Q
  * widgets. Until then, and after NULL, they go to standard error.
  */
 void setInformationBox(InformationBox show);
+
+/**
+ * Tells the operator, beside the windows, that a function of the DB library
+ * fails or, after that, that it works again: `result` is then 0. It has none
+ * when it threw.
+ */
+using FailureNotice = void (*)(const char *function, std::optional<int> result);
+
+/** Says how that is told; until then, and after NULL, it is not. Must not wait for anything. */
+void setFailureNotice(FailureNotice show);
 
 /** 1 when the regular file at `path` can be opened for reading, else 0. Never blocks. */
 int FileExists(const char *path);

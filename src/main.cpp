@@ -3,10 +3,12 @@
 #include "data.h"
 
 #include "DBFuns.h"
+#include "failurenotice.h"
 #include "informationbox.h"
 #include "mainwidget.h"
 #include "obrim.h"
 #include "obrimwidget.h"
+#include "sessionbus.h"
 #include "standardstreams.h"
 #include "toolkit.h"
 #include "visibletext.h"
@@ -97,6 +99,8 @@ void setUpApplication(KAboutData &about)
     KAboutData::setApplicationData(about);
     QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("obrim")));
     setInformationBox(showBox);
+    setFailureNotice(showFailureNotice);
+    prepareFailureNotices();
 }
 
 /** The program takes no options of its own; false when there are words that it takes for nothing. */
@@ -175,6 +179,7 @@ int main(int argc, char **argv)
     openStandardDescriptors();
     neverWaitForReaders();
     setRuntimeDirectory();
+    avoidSilentSessionBus();
     Toolkit::useUtf8();
     const int result = run(argc, argv);
     SetWAllocOutput = 1;

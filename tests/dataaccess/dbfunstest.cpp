@@ -5,6 +5,7 @@
 #include "libraryfixture.h"
 
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 #include <QVector>
 
@@ -201,6 +202,10 @@ private slots:
         kinds();
     }
     void theLibrarysCodeIsPassedBackUnchanged();
+    void everyFailureIsTold();
+    void theOperatorIsToldOnceThatAFunctionFailsAndOnceThatItWorks();
+    void anExceptionIsAFailureLikeAResult();
+    void theTestDataSourceIsNoFunctionThatFails();
     void whatTheLibraryPrintsStandsInTheTrace();
     void oddRecordsAreCopiedAsFarAsTheyGo();
     void anExceptionEndsAtTheBoundary_data();
@@ -619,6 +624,118 @@ void TestDBFuns::theLibrarysCodeIsPassedBackUnchanged()
     QCOMPARE(log(), calls(kind));
     QCOMPARE(fetch.output.out, fetch.trace());
     QVERIFY(boxes.isEmpty());
+}
+
+/** Calls each of the ten functions once. */
+static void callAll()
+{
+    InitDBSensors("/");
+    InitDBEvents("/");
+    InitDBCommands("/");
+    for (const char *kind : {"Sensors", "Events", "Commands"}) {
+        Fetch fetch(kind);
+        fetch.call();
+        std::fputs(fetch.output.err.constData(), stderr);
+    }
+    CMessageCommand command;
+    DBPutCommand(command);
+    CMessageEvent event;
+    DBPutEvent(event);
+    DBDeleteCommand(1);
+    DBDeleteEvent(1);
+}
+
+void TestDBFuns::everyFailureIsTold()
+{
+    use("codes");
+    QByteArray expected;
+    for (const char *function :
+         {"FInitDBSensors", "FInitDBEvents", "FInitDBCommands", "FDBGetSensors", "FDBGetEvents", "FDBGetCommands",
+          "FDBPutCommand", "FDBPutEvent", "FDBDeleteCommand", "FDBDeleteEvent"})
+        expected += function + QByteArray(" returned 7\n");
+    QCOMPARE(captured(callAll).err, expected);
+    QCOMPARE(captured(callAll).err, expected);
+    QVERIFY(boxes.isEmpty());
+}
+
+static QStringList notices;
+
+/** Leaves no function behind that failed when it was called last. */
+static void letAllWork()
+{
+    captured([] {
+        LoadDLL(libraryFolder("cxx"));
+        callAll();
+    });
+    notices.clear();
+}
+
+void TestDBFuns::theOperatorIsToldOnceThatAFunctionFailsAndOnceThatItWorks()
+{
+    letAllWork();
+    use("falters");
+    QTemporaryFile reason;
+    QVERIFY(reason.open());
+    qputenv("OBRIM_FAILS_WHILE", reason.fileName().toLocal8Bit());
+    setFailureNotice([](const char *function, std::optional<int> result) {
+        notices << function + QString(" %1").arg(result ? *result : -99);
+    });
+    captured([] {
+        for (int i = 0; i < 3; ++i)
+            Fetch("Events").call();
+        DBDeleteEvent(1);
+    });
+    QCOMPARE(notices, QStringList({"FDBGetEvents 7", "FDBDeleteEvent 7"}));
+    notices.clear();
+    reason.remove();
+    const Output output = captured([] {
+        for (int i = 0; i < 3; ++i)
+            Fetch("Events").call();
+        Fetch("Sensors").call();
+    });
+    QCOMPARE(notices, QStringList({"FDBGetEvents 0"}));
+    QCOMPARE(output.err, QByteArray());
+    // A notice that itself fails takes nothing with it.
+    setFailureNotice([](const char *, std::optional<int>) { throw std::bad_alloc(); });
+    captured([] { DBDeleteEvent(1); });
+    setFailureNotice(nullptr);
+    qunsetenv("OBRIM_FAILS_WHILE");
+}
+
+void TestDBFuns::anExceptionIsAFailureLikeAResult()
+{
+    letAllWork();
+    use("throws-delete");
+    setFailureNotice([](const char *function, std::optional<int> result) {
+        notices << function + QString(result ? " returned" : " threw");
+    });
+    captured([] {
+        DBDeleteEvent(1);
+        DBDeleteEvent(1);
+    });
+    QCOMPARE(notices, QStringList({"FDBDeleteEvent threw"}));
+    captured([] { LoadDLL(libraryFolder("cxx")); });
+    captured([] { DBDeleteEvent(1); });
+    QCOMPARE(notices, QStringList({"FDBDeleteEvent threw", "FDBDeleteEvent returned"}));
+    notices.clear();
+    use("throws-query");
+    captured([] { Fetch("Events").call(); });
+    setFailureNotice(nullptr);
+    QCOMPARE(notices, QStringList({"FDBGetEvents threw"}));
+}
+
+void TestDBFuns::theTestDataSourceIsNoFunctionThatFails()
+{
+    notices.clear();
+    setFailureNotice([](const char *function, std::optional<int>) { notices << function; });
+    QCOMPARE(captured([] {
+                 DBGetSensors(nullptr, nullptr, nullptr);
+                 CMessageCommand command;
+                 DBPutCommand(command);
+             }).err,
+             QByteArray());
+    setFailureNotice(nullptr);
+    QVERIFY(notices.isEmpty());
 }
 
 void TestDBFuns::whatTheLibraryPrintsStandsInTheTrace()

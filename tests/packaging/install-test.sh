@@ -25,6 +25,7 @@ for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.
     "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
 done
+[[ -s $(echo "$stage$data"/knotifications[56]/obrim.notifyrc) ]] || fail "obrim.notifyrc is not installed"
 
 desktop-file-validate "$stage$data/applications/obrim.desktop" || fail "the desktop entry is not valid"
 

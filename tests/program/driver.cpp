@@ -13,6 +13,8 @@
  *                 ok, yes, no, or escape
  *   windows=N     waits until N windows are visible and tells their titles
  *   panels        tells how many panels there are
+ *   file=FILE     waits until there is such a file
+ *   remove=FILE   removes a file
  *   streams=FILE  writes to a file where the descriptors 0 to 2 lead to
  *   warn=CATEGORY warns in a category of the toolkit's
  *   xerror=CODE   warns of a window that is gone, as the toolkit does of a request with that code
@@ -130,6 +132,8 @@ private:
             return button(value);
         if (name == "windows")
             return visibleTitles().size() == value.toInt();
+        if (name == "file")
+            return QFile::exists(value);
         return name == "delete" ? !panels().isEmpty() : true;
     }
 
@@ -144,6 +148,8 @@ private:
             tell("windows: " + visibleTitles().join(", "));
         else if (name == "panels")
             tell(QString("panels: %1").arg(panels().size()));
+        else if (name == "remove")
+            QFile::remove(value);
         else if (name == "streams")
             tellStreams(value);
         else if (name == "warn")

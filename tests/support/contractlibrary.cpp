@@ -7,8 +7,10 @@
 
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <pthread.h>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace
 {
@@ -53,6 +55,13 @@ enum Shape { Honest, NullArray, ZeroCount, NegativeCount, LowCount, HugeCount, N
 #else
 #define EXPORT __attribute__((visibility("default"))) int
 #endif
+
+/** 7 while there is the file that OBRIM_FAILS_WHILE names. */
+[[maybe_unused]] int codeOfTheMoment()
+{
+    const char *file = std::getenv("OBRIM_FAILS_WHILE");
+    return file && access(file, F_OK) == 0 ? 7 : 0;
+}
 
 void enter(Phase phase, const std::string &line)
 {
