@@ -7,7 +7,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <ext/stdio_sync_filebuf.h>
 #include <fcntl.h>
+#include <iostream>
 #include <poll.h>
 #include <string>
 #include <sys/socket.h>
@@ -118,16 +120,20 @@ void stopWaiting(int descriptor)
     close(own);
 }
 
-/** A stream through an outlet of its own, which lives as long as the process; NULL when there is no memory. */
-std::FILE *streamThrough(int descriptor, int mode)
+/** Leads a stream of C, and those of C++ beside it, through an outlet that lives as long as the process. */
+void leadThroughOutlet(std::FILE *&stream, int mode, std::initializer_list<std::ostream *> beside)
 {
+    const int descriptor = fileno(stream);
     stopWaiting(descriptor);
     cookie_io_functions_t functions = {};
     functions.write = takeForOutlet;
-    std::FILE *stream = fopencookie(new Outlet(descriptor), "w", functions);
-    if (stream)
-        std::setvbuf(stream, nullptr, mode, BUFSIZ);
-    return stream;
+    std::FILE *own = fopencookie(new Outlet(descriptor), "w", functions);
+    if (!own)
+        return;
+    std::setvbuf(own, nullptr, mode, BUFSIZ);
+    stream = own;
+    for (std::ostream *other : beside)
+        other->rdbuf(new __gnu_cxx::stdio_sync_filebuf<char>(own));
 }
 } // namespace
 
@@ -142,10 +148,6 @@ void neverWaitForReaders()
 {
     // Not ignored: a program that a library starts would inherit that.
     std::signal(SIGPIPE, [](int) {});
-    // The stream of C++ stays with the one of C that it found.
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-    if (std::FILE *stream = streamThrough(STDOUT_FILENO, _IOLBF))
-        stdout = stream;
-    if (std::FILE *stream = streamThrough(STDERR_FILENO, _IONBF))
-        stderr = stream;
+    leadThroughOutlet(stdout, _IOLBF, {&std::cout});
+    leadThroughOutlet(stderr, _IONBF, {&std::cerr, &std::clog});
 }

@@ -15,7 +15,7 @@ void openStandardDescriptors();
  * Standard output is then written line by line, also into a pipe. On a terminal
  * control characters are made visible.
  *
- * This holds for all that goes through the C library's streams, also from
+ * This holds for all that goes through the streams of C and of C++, also from
  * within libraries. To be called once, before anything is written.
  */
 void neverWaitForReaders();

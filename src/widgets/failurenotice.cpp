@@ -15,7 +15,7 @@ QString textOf(const QString &function, std::optional<int> result)
 {
     if (!result)
         return i18n("%1 threw an exception", function);
-    return *result == 0 ? i18n("%1 works again", function) : i18n("%1 returned %2", function, *result);
+    return *result == 0 ? i18n("%1 works again", function) : i18n("%1 returned %2", function, QString::number(*result));
 }
 
 void show(const QString &event, const QString &text)

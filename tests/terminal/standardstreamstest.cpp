@@ -84,8 +84,18 @@ void await(const Way &way)
 
 constexpr int ManyLines = 50000;
 
+void writeInC(const std::string &text)
+{
+    std::fputs(text.c_str(), stdout);
+}
+
+void writeInCxx(const std::string &text)
+{
+    std::cout << text << std::flush;
+}
+
 /** Writes more lines than a way holds that nobody empties, and one more when it was emptied. */
-void expectLinesToBeDroppedAndCounted(const Way &way)
+void expectLinesToBeDroppedAndCounted(const Way &way, void (*write)(const std::string &) = writeInC)
 {
     const Way full = newPipe();
     const Way emptied = newPipe();
@@ -96,10 +106,10 @@ void expectLinesToBeDroppedAndCounted(const Way &way)
         [&] {
             neverWaitForReaders();
             for (int i = 0; i < ManyLines; ++i)
-                std::printf("line %d\n", i);
+                write("line " + std::to_string(i) + "\n");
             tell(full);
             await(emptied);
-            std::puts("the last");
+            write("the last\n");
         },
         [&] {
             await(full);
@@ -130,6 +140,11 @@ TEST(StandardStreams, LinesThatASocketDoesNotTakeAreDroppedAndCounted)
     int ends[2] = {};
     ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
     expectLinesToBeDroppedAndCounted({ends[0], ends[1]});
+}
+
+TEST(StandardStreams, LinesOfTheStreamsOfCxxAreCountedLikeAll)
+{
+    expectLinesToBeDroppedAndCounted(newPipe(), writeInCxx);
 }
 
 TEST(StandardStreams, NobodyWhoReadsEndsNothing)
