@@ -1,0 +1,178 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "sqlite.h"
+#include "sqlitereason.h"
+
+#include <cerrno>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <utility>
+
+namespace
+{
+/** The path as a URI, so that parameters can be passed with it. */
+std::string uriOf(const std::string &path)
+{
+    static const char hex[] = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '%' || c == '?' || c == '#') {
+            uri += '%';
+            uri += hex[byte >> 4];
+            uri += hex[byte & 15];
+        } else {
+            uri += c;
+        }
+    }
+    return uri;
+}
+
+/**
+ * On a medium that nobody can write there is no place for the shared memory
+ * that write-ahead mode needs, and no need of it. A log left beside the file
+ * holds rows that only SQLite's ordinary road reads.
+ */
+bool isImmutable(const std::string &path)
+{
+    struct statvfs volume = {};
+    struct stat log = {};
+    if (::statvfs(path.c_str(), &volume) != 0 || (volume.f_flag & ST_RDONLY) == 0)
+        return false;
+    return ::stat((path + "-wal").c_str(), &log) == 0 ? log.st_size == 0 : errno == ENOENT;
+}
+
+} // namespace
+
+namespace Sqlite
+{
+void Connection::Closer::operator()(sqlite3 *handle) const
+{
+    sqlite3_close_v2(handle);
+}
+
+Connection::Connection(const std::string &path, Durability durability, int busyMilliseconds)
+    : m_file(path)
+{
+    open();
+    configure(durability, busyMilliseconds);
+    // Beforehand, as what has to be undone may have failed for want of memory.
+    m_undo = std::make_unique<Statement>(*this, "ROLLBACK");
+}
+
+Connection::~Connection() = default;
+
+void Connection::rollBack() noexcept
+{
+    // A full disk or a failed write may have ended the transaction already.
+    if (!sqlite3_get_autocommit(handle())) {
+        m_leftOpen = sqlite3_step(m_undo->handle()) != SQLITE_DONE && !sqlite3_get_autocommit(handle());
+        m_undo->reset();
+    }
+}
+
+void Connection::rollBackWhatWasLeft() noexcept
+{
+    if (m_leftOpen)
+        rollBack();
+}
+
+void Connection::open()
+{
+    const bool immutable = isImmutable(m_file);
+    const int access = immutable ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    const std::string uri = uriOf(m_file) + (immutable ? "?immutable=1" : "");
+    sqlite3 *handle = nullptr;
+    const int code = sqlite3_open_v2(uri.c_str(), &handle, access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_db.reset(handle);
+    if (code != SQLITE_OK)
+        fail(code);
+}
+
+void Connection::configure(Durability durability, int busyMilliseconds)
+{
+    sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_busy_timeout(handle(), busyMilliseconds);
+    // The file may come from anywhere: its schema must not reach beyond it.
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    run("PRAGMA cell_size_check=ON; PRAGMA cache_size=-16000; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY");
+    if (!readOnly()) {
+        enterWriteAheadMode(busyMilliseconds);
+        run(durability == Durability::PowerLoss ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+    }
+}
+
+void Connection::enterWriteAheadMode(int busyMilliseconds)
+{
+    // Two programs that make the file at once: SQLite refuses one of them
+    // here without waiting, as waiting could be a deadlock.
+    for (int waited = 0;; waited += 10) {
+        char *message = nullptr;
+        const int code = sqlite3_exec(handle(), "PRAGMA journal_mode=WAL", nullptr, nullptr, &message);
+        sqlite3_free(message);
+        if (code == SQLITE_OK)
+            return;
+        if ((code & 0xff) != SQLITE_BUSY || waited >= busyMilliseconds)
+            fail(code);
+        sqlite3_sleep(10);
+    }
+}
+
+void Connection::run(const char *sql)
+{
+    char *message = nullptr;
+    const int code = sqlite3_exec(handle(), sql, nullptr, nullptr, &message);
+    sqlite3_free(message);
+    if (code != SQLITE_OK)
+        fail(code);
+}
+
+std::int64_t Connection::number(const char *sql)
+{
+    Statement statement(*this, sql);
+    return statement.step() ? statement.number(0) : 0;
+}
+
+void Connection::Function::call(sqlite3_context *context, int, sqlite3_value **values) noexcept
+{
+    auto *function = static_cast<Function *>(sqlite3_user_data(context));
+    try {
+        function->body(Arguments(values));
+    } catch (...) {
+        function->owner->m_thrown = std::current_exception();
+        sqlite3_result_error(context, "interrupted", -1);
+    }
+}
+
+void Connection::define(const std::string &name, int arguments, std::function<void(const Arguments &)> function)
+{
+    m_functions.push_back({this, std::move(function)});
+    const int code = sqlite3_create_function_v2(handle(), name.c_str(), arguments, SQLITE_UTF8 | SQLITE_DIRECTONLY,
+                                                &m_functions.back(), &Function::call, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK)
+        fail(code);
+}
+
+std::int64_t Connection::lastIdentifier() const
+{
+    return sqlite3_last_insert_rowid(handle());
+}
+
+int Connection::changes() const
+{
+    return sqlite3_changes(handle());
+}
+
+bool Connection::readOnly() const
+{
+    return sqlite3_db_readonly(handle(), "main") == 1;
+}
+
+void Connection::fail(int code)
+{
+    if (m_thrown)
+        std::rethrow_exception(std::exchange(m_thrown, nullptr));
+    throw Error(m_file, reasonOf(code, m_db.get(), m_file));
+}
+} // namespace Sqlite
