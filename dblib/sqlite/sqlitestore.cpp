@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "sqlitestore.h"
 
+#include "clock.h"
 #include "settings.h"
 
 #include <algorithm>
@@ -91,17 +92,19 @@ struct SqliteStore::Statements {
     inline static const std::string NewestCommand =
         "coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'command'), 0)";
 
+    /** ?3 or what is known, unless that is later than now, ?4: a clock may have run far ahead and come back. */
+    inline static const std::string Later = "iif(last_message > ?4, ?3, max(last_message, ?3))";
+
     explicit Statements(Sqlite::Connection &db)
         : sensors(db, "SELECT name, type, description, state, keep_alive, last_message, last_command FROM sensor "
                       "ORDER BY name")
-        , noteMessage(db,
-                      "INSERT INTO sensor(name, type, last_message, last_command) VALUES(?1, ?2, ?3, " + NewestCommand +
-                          ") ON CONFLICT(name) DO UPDATE SET last_message = max(last_message, excluded.last_message)")
+        , noteMessage(db, "INSERT INTO sensor(name, type, last_message, last_command) VALUES(?1, ?2, ?3, " +
+                              NewestCommand + ") ON CONFLICT(name) DO UPDATE SET last_message = " + Later)
         , registerSensor(db, "INSERT INTO sensor(name, type, description, last_command) VALUES(?1, ?2, ?3, " +
                                  NewestCommand +
                                  ") ON CONFLICT(name) DO UPDATE SET type = excluded.type, "
                                  "description = excluded.description")
-        , keepAlive(db, "UPDATE sensor SET keep_alive = ?2, last_message = max(last_message, ?2) WHERE name = ?1")
+        , keepAlive(db, "UPDATE sensor SET keep_alive = ?3, last_message = " + Later + " WHERE name = ?1")
         , setState(db, "UPDATE sensor SET state = ?2 WHERE name = ?1")
         , readCommands(db, "UPDATE sensor SET last_command = ?2 WHERE name = ?1 AND last_command < ?2")
     {
@@ -274,7 +277,11 @@ void SqliteStore::noteMessage(const NewMessage &event)
 {
     if (event.series.sensor && !event.series.sensor->empty()) {
         Sqlite::Statement &statement = m_prepared->noteMessage;
-        statement.bind(1, *event.series.sensor).bind(2, event.series.kind).bind(3, clamped(event.time)).run();
+        statement.bind(1, *event.series.sensor)
+            .bind(2, event.series.kind)
+            .bind(3, clamped(event.time))
+            .bind(4, currentTime())
+            .run();
     }
 }
 
@@ -404,7 +411,7 @@ void SqliteStore::keepAlive(const std::vector<std::string> &names, std::int64_t 
 {
     Batch batch(*this);
     for (const std::string &name : names)
-        m_prepared->keepAlive.bind(1, name).bind(2, clamped(time)).run();
+        m_prepared->keepAlive.bind(1, name).bind(3, clamped(time)).bind(4, currentTime()).run();
     batch.commit();
 }
 

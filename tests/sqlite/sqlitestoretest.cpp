@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "sqlitestore.h"
+#include "clock.h"
 #include "storetesting.h"
 
 #include <gmock/gmock.h>
@@ -14,6 +15,8 @@ namespace
 {
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+std::time_t shownTime = 0;
 
 class StoreTest : public ::testing::Test
 {
@@ -49,6 +52,42 @@ TEST_F(StoreTest, AReaderDoesNotStopAWriter)
     EXPECT_EQ(reader.connection().number("SELECT count(*) FROM event"), 1);
     EXPECT_EQ(m_store->put(makeEvent("b", "e", 0)), 2);
     EXPECT_EQ(reader.connection().number("SELECT count(*) FROM event"), 1) << "the view stays one";
+}
+
+TEST_F(StoreTest, AClockThatRanAheadLeavesNoSensorThere)
+{
+    constexpr int ahead = 10 * 365 * 86400;
+    shownTime = 1000;
+    setClock([] { return shownTime; });
+    m_store->registerSensor("talks", 1, "");
+    m_store->registerSensor("lives", 1, "");
+    m_store->registerSensor("many", 1, "");
+    const auto work = [&] {
+        m_store->put(makeEvent("talks", "e", currentTime()));
+        m_store->keepAlive({"lives"}, currentTime());
+        NewMessage message;
+        message.series.sensor = "many";
+        message.time = currentTime();
+        m_store->putEvents(std::vector<NewMessage>(2000, message));
+    };
+    const auto expectTimes = [&](std::time_t time) {
+        const auto sensors = m_store->sensors(10);
+        for (int i = 0; i < sensors->size(); ++i)
+            EXPECT_EQ((*sensors)[i].EventTime, time) << (*sensors)[i].SensorID;
+        EXPECT_EQ((*sensors)[0].MessageType, SensorAlive);
+    };
+    work();
+    expectTimes(1000);
+    shownTime += ahead;
+    work();
+    expectTimes(1000 + ahead);
+    shownTime += 5 - ahead;
+    work();
+    expectTimes(1005);
+    // An event that comes late is no reason to go back.
+    m_store->put(makeEvent("talks", "e", 900));
+    expectTimes(1005);
+    setClock(nullptr);
 }
 
 TEST_F(StoreTest, RowsAreReadableInTheShell)
