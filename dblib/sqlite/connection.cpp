@@ -11,6 +11,18 @@
 
 namespace
 {
+constexpr int PauseOfOpening = 5;
+/** So many operations of SQLite's machine take well under a millisecond. */
+constexpr int OperationsBetweenLooks = 10000;
+
+/** What no installation's file comes near. */
+constexpr std::pair<int, int> Limits[] = {
+    {SQLITE_LIMIT_LENGTH, 64 << 20},
+    {SQLITE_LIMIT_SQL_LENGTH, 1 << 20},
+    {SQLITE_LIMIT_TRIGGER_DEPTH, 10},
+    {SQLITE_LIMIT_EXPR_DEPTH, 100},
+};
+
 /** The path as a URI, so that parameters can be passed with it. */
 std::string uriOf(const std::string &path)
 {
@@ -42,7 +54,6 @@ bool isImmutable(const std::string &path)
         return false;
     return ::stat((path + "-wal").c_str(), &log) == 0 ? log.st_size == 0 : errno == ENOENT;
 }
-
 } // namespace
 
 namespace Sqlite
@@ -54,14 +65,90 @@ void Connection::Closer::operator()(sqlite3 *handle) const
 
 Connection::Connection(const std::string &path, Durability durability, int busyMilliseconds)
     : m_file(path)
+    , m_patience(busyMilliseconds)
 {
     open();
-    configure(durability, busyMilliseconds);
+    configure(durability);
+    m_beginReading = std::make_unique<Statement>(*this, "BEGIN");
+    m_beginWriting = std::make_unique<Statement>(*this, "BEGIN IMMEDIATE");
+    m_commit = std::make_unique<Statement>(*this, "COMMIT");
     // Beforehand, as what has to be undone may have failed for want of memory.
     m_undo = std::make_unique<Statement>(*this, "ROLLBACK");
 }
 
 Connection::~Connection() = default;
+
+void Connection::open()
+{
+    const bool immutable = isImmutable(m_file);
+    const int access = immutable ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    const std::string uri = uriOf(m_file) + (immutable ? "?immutable=1" : "");
+    sqlite3 *handle = nullptr;
+    const int code = sqlite3_open_v2(uri.c_str(), &handle, access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_db.reset(handle);
+    if (code != SQLITE_OK)
+        fail(code);
+}
+
+void Connection::configure(Durability durability)
+{
+    sqlite3_extended_result_codes(handle(), 1);
+    sqlite3_busy_timeout(handle(), int(m_patience.count()));
+    sqlite3_progress_handler(handle(), OperationsBetweenLooks, &Connection::takesTooLong, this);
+    // The file may come from anywhere: its schema must not reach beyond it.
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_ENABLE_FKEY, 0, nullptr);
+    for (const auto &[limit, most] : Limits)
+        sqlite3_limit(handle(), limit, most);
+    run("PRAGMA cell_size_check=ON; PRAGMA cache_size=-16000; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY");
+    if (!readOnly()) {
+        enterWriteAheadMode();
+        run(durability == Durability::PowerLoss ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+    }
+}
+
+void Connection::enterWriteAheadMode()
+{
+    // Two programs that make the file at once: SQLite refuses one of them
+    // here without waiting, as waiting could be a deadlock.
+    const Clock::time_point start = Clock::now();
+    for (;;) {
+        char *message = nullptr;
+        const int code = sqlite3_exec(handle(), "PRAGMA journal_mode=WAL", nullptr, nullptr, &message);
+        sqlite3_free(message);
+        if (code == SQLITE_OK)
+            return;
+        if ((code & 0xff) != SQLITE_BUSY || Clock::now() - start >= m_patience)
+            fail(code);
+        sqlite3_sleep(PauseOfOpening);
+    }
+}
+
+int Connection::takesTooLong(void *connection) noexcept
+{
+    auto *self = static_cast<Connection *>(connection);
+    const Clock::time_point now = Clock::now();
+    if (self->m_stepsLookedAt != self->m_steps) {
+        self->m_stepsLookedAt = self->m_steps;
+        self->m_stepSince = now;
+    }
+    return now - self->m_stepSince > self->m_longestStep ? 1 : 0;
+}
+
+void Connection::beginReading()
+{
+    m_beginReading->run();
+}
+
+void Connection::beginWriting()
+{
+    m_beginWriting->run();
+}
+
+void Connection::commit()
+{
+    m_commit->run();
+}
 
 void Connection::rollBack() noexcept
 {
@@ -78,49 +165,16 @@ void Connection::rollBackWhatWasLeft() noexcept
         rollBack();
 }
 
-void Connection::open()
+unsigned Connection::dataVersion() const
 {
-    const bool immutable = isImmutable(m_file);
-    const int access = immutable ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    const std::string uri = uriOf(m_file) + (immutable ? "?immutable=1" : "");
-    sqlite3 *handle = nullptr;
-    const int code = sqlite3_open_v2(uri.c_str(), &handle, access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
-    m_db.reset(handle);
-    if (code != SQLITE_OK)
-        fail(code);
-}
-
-void Connection::configure(Durability durability, int busyMilliseconds)
-{
-    sqlite3_extended_result_codes(handle(), 1);
-    sqlite3_busy_timeout(handle(), busyMilliseconds);
-    // The file may come from anywhere: its schema must not reach beyond it.
-    sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    run("PRAGMA cell_size_check=ON; PRAGMA cache_size=-16000; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY");
-    if (!readOnly()) {
-        enterWriteAheadMode(busyMilliseconds);
-        run(durability == Durability::PowerLoss ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
-    }
-}
-
-void Connection::enterWriteAheadMode(int busyMilliseconds)
-{
-    // Two programs that make the file at once: SQLite refuses one of them
-    // here without waiting, as waiting could be a deadlock.
-    for (int waited = 0;; waited += 10) {
-        char *message = nullptr;
-        const int code = sqlite3_exec(handle(), "PRAGMA journal_mode=WAL", nullptr, nullptr, &message);
-        sqlite3_free(message);
-        if (code == SQLITE_OK)
-            return;
-        if ((code & 0xff) != SQLITE_BUSY || waited >= busyMilliseconds)
-            fail(code);
-        sqlite3_sleep(10);
-    }
+    unsigned version = 0;
+    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    return version;
 }
 
 void Connection::run(const char *sql)
 {
+    ++m_steps;
     char *message = nullptr;
     const int code = sqlite3_exec(handle(), sql, nullptr, nullptr, &message);
     sqlite3_free(message);
@@ -173,6 +227,8 @@ void Connection::fail(int code)
 {
     if (m_thrown)
         std::rethrow_exception(std::exchange(m_thrown, nullptr));
+    if ((code & 0xff) == SQLITE_TOOBIG)
+        throw TooLong(m_file, "a record is longer than 64 MB");
     throw Error(m_file, reasonOf(code, m_db.get(), m_file));
 }
 } // namespace Sqlite

@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include <string>
+#include "sqlite.h"
 
-namespace Sqlite
-{
-class Connection;
-}
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 
 /**
  * @file
@@ -30,10 +30,48 @@ constexpr int ZoneLevels = int(sizeof ZoneShifts / sizeof ZoneShifts[0]);
 /**
  * Makes the tables in an empty file and brings those of an older version up to
  * date, in one transaction. Throws Sqlite::Error for a newer version, for
- * another program's database, for one with triggers or virtual tables that are
- * not this program's, and when it cannot be written; the file is then as it was.
+ * another program's database, for one whose tables are not as this program makes
+ * them or that holds foreign triggers or virtual tables, and when it cannot be
+ * written; the file is then as it was.
  */
 void prepare(Sqlite::Connection &connection);
+
+/** A file that was prepared has tables of an older version now: it has to be prepared again. */
+class Outdated : public StoreError
+{
+public:
+    using StoreError::StoreError;
+};
+
+/**
+ * Watches a prepared file: another program may change its tables at any time,
+ * or restore another state into it.
+ */
+class Watch
+{
+public:
+    explicit Watch(Sqlite::Connection &connection);
+    Watch(const Watch &) = delete;
+    Watch &operator=(const Watch &) = delete;
+    ~Watch();
+
+    /**
+     * To be called at the beginning of each transaction. True when another
+     * program may have written since the last call. Throws what prepare throws,
+     * and Outdated, as long as there is a reason.
+     */
+    bool look();
+    /** To be called after a transaction of this connection, whose changes are no news. */
+    void passOver();
+
+private:
+    Sqlite::Connection &m_db;
+    std::unique_ptr<Sqlite::Statement> m_cookie;
+    std::unique_ptr<Sqlite::Statement> m_version;
+    std::unique_ptr<Sqlite::Statement> m_application;
+    std::optional<std::int64_t> m_cookieSeen;
+    unsigned m_dataSeen = 0;
+};
 
 /**
  * Takes away the trigger that widens the zones, and puts it back: for many

@@ -54,9 +54,11 @@ private:
     bool wants(std::int64_t series, std::int64_t time, bool certain) const;
     template <class Source> void handOverIfWanted(std::int64_t id, const Source &row, bool certain);
     Sqlite::Statement &startReading(const Run &run);
-    void readRows(const Run &run);
-    std::optional<Run> readSomeRows(const Run &run);
+    void readRows(Run run);
+    bool stepToRow(Sqlite::Statement &rows, Run &run);
+    std::optional<Run> readSomeRows(Run run);
     void readSeries(const Run &run);
+    void readRow(std::int64_t id, bool certain);
     void merge(const Run &run);
     void readAhead(Cursor &cursor, const Run &run);
     void visitZones();
@@ -144,21 +146,40 @@ Sqlite::Statement &Selector::Work::startReading(const Run &run)
     return m_statements.rows.bind(1, run.low).bind(2, run.high);
 }
 
-void Selector::Work::readRows(const Run &run)
+/** Takes the next row; one that is too long to be read is passed over, so that it hides none but itself. */
+bool Selector::Work::stepToRow(Sqlite::Statement &rows, Run &run)
+{
+    try {
+        return rows.step();
+    } catch (const Sqlite::TooLong &) {
+        const bool begun = m_lastRead && *m_lastRead >= run.low && *m_lastRead <= run.high;
+        run = begun ? rest(run, *m_lastRead) : run;
+        Sqlite::Statement &nearest = m_statements.nearestId;
+        const Sqlite::Resetter reset(nearest);
+        if (!nearest.bind(1, run.low).bind(2, run.high).step())
+            return false;
+        checkOrder(m_lastRead, nearest.number(0));
+        run = rest(run, *m_lastRead);
+        startReading(run);
+        return run.low <= run.high;
+    }
+}
+
+void Selector::Work::readRows(Run run)
 {
     Sqlite::Statement &rows = startReading(run);
     const Sqlite::Resetter reset(rows);
-    while (m_remaining > 0 && rows.step()) {
+    while (m_remaining > 0 && stepToRow(rows, run)) {
     }
 }
 
 /** Reads some rows at the wanted end; what is left of the run when they did not suffice. */
-std::optional<Selector::Run> Selector::Work::readSomeRows(const Run &run)
+std::optional<Selector::Run> Selector::Work::readSomeRows(Run run)
 {
     Sqlite::Statement &rows = startReading(run);
     const Sqlite::Resetter reset(rows);
     for (int looked = 0; looked < RowsLookedAt; ++looked)
-        if (m_remaining <= 0 || !rows.step())
+        if (m_remaining <= 0 || !stepToRow(rows, run))
             return std::nullopt;
     return rest(run, *m_lastRead);
 }
@@ -191,6 +212,18 @@ void Selector::Work::readAhead(Cursor &cursor, const Run &run)
     std::reverse(cursor.ahead.begin(), cursor.ahead.end());
 }
 
+void Selector::Work::readRow(std::int64_t id, bool certain)
+{
+    Sqlite::Statement &row = m_selector.m_rowById;
+    const Sqlite::Resetter reset(row);
+    try {
+        if (row.bind(1, id).step())
+            handOverIfWanted(id, row, certain);
+    } catch (const Sqlite::TooLong &) {
+        // It hides none but itself.
+    }
+}
+
 void Selector::Work::merge(const Run &run)
 {
     std::vector<Cursor> cursors(m_allowed.ids.size());
@@ -211,11 +244,7 @@ void Selector::Work::merge(const Run &run)
         const std::int64_t id = cursor.ahead.back();
         cursor.ahead.pop_back();
         checkOrder(m_lastRead, id);
-        {
-            const Sqlite::Resetter reset(m_selector.m_rowById);
-            if (m_selector.m_rowById.bind(1, id).step())
-                handOverIfWanted(id, m_selector.m_rowById, run.certain);
-        }
+        readRow(id, run.certain);
         if (cursor.ahead.empty() && !cursor.exhausted)
             readAhead(cursor, rest(run, id));
         if (!cursor.ahead.empty())
@@ -291,12 +320,13 @@ void Selector::Work::flush()
 Selector::Directed Selector::directed(Sqlite::Connection &connection, const std::string &table, const char *order)
 {
     const std::string zones = "SELECT block, earliest, latest FROM " + table + "_zone WHERE level = ";
-    Directed result = {{connection, "SELECT take_" + table + "(id, series, time, params) FROM " + table +
-                                        " WHERE id BETWEEN ?1 AND ?2 ORDER BY id " + order},
-                       {connection, "SELECT id FROM " + table + " INDEXED BY " + table +
-                                        "_by_series WHERE series = ?1 AND id BETWEEN ?2 AND ?3 ORDER BY id " + order +
-                                        " LIMIT ?4"},
-                       {}};
+    Directed result = {
+        {connection, "SELECT take_" + table + "(id, series, time, params) FROM " + table +
+                         " WHERE id BETWEEN ?1 AND ?2 ORDER BY id " + order},
+        {connection, "SELECT id FROM " + table + " WHERE id BETWEEN ?1 AND ?2 ORDER BY id " + order + " LIMIT 1"},
+        {connection, "SELECT id FROM " + table + " INDEXED BY " + table +
+                         "_by_series WHERE series = ?1 AND id BETWEEN ?2 AND ?3 ORDER BY id " + order + " LIMIT ?4"},
+        {}};
     for (int level = 0; level < Schema::ZoneLevels; ++level) {
         result.zones.emplace_back(connection, zones + std::to_string(level) +
                                                   " AND block BETWEEN ?1 AND ?2 AND latest >= ?3 AND earliest <= ?4 "
@@ -333,6 +363,7 @@ std::vector<std::string> Selector::statements() const
     std::vector<std::string> result = {m_rowById.sql(), m_timeInZone.sql()};
     for (const Directed *side : {&m_ascending, &m_descending}) {
         result.push_back(side->rows.sql());
+        result.push_back(side->nearestId.sql());
         result.push_back(side->idsOfSeries.sql());
         for (const Sqlite::Statement &zones : side->zones)
             result.push_back(zones.sql());

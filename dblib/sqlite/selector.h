@@ -52,6 +52,7 @@ private:
 
     struct Directed {
         Sqlite::Statement rows;
+        Sqlite::Statement nearestId;
         Sqlite::Statement idsOfSeries;
         std::vector<Sqlite::Statement> zones; ///< one a level: they run inside each other
     };

@@ -3,6 +3,7 @@
 #include "seriestable.h"
 
 #include "sqlite.h"
+#include "textbudget.h"
 
 namespace
 {
@@ -24,12 +25,10 @@ SeriesTable::SeriesTable(Sqlite::Connection &connection, const std::string &tabl
     : m_db(connection)
     , m_hasNames(table == "event")
 {
-    const std::string from = " FROM " + table + "_series";
-    m_largest = std::make_unique<Sqlite::Statement>(m_db, "SELECT max(id)" + from);
-    m_newer = std::make_unique<Sqlite::Statement>(
+    m_all = std::make_unique<Sqlite::Statement>(
         m_db, std::string("SELECT id, message_type, ") +
-                  (m_hasNames ? "sensor_type, sensor, name" : "command_type, sensor, NULL") + from +
-                  " WHERE id >= ?1 ORDER BY id");
+                  (m_hasNames ? "sensor_type, sensor, name" : "command_type, sensor, NULL") + " FROM " + table +
+                  "_series WHERE id >= 0 ORDER BY id");
     m_insert = std::make_unique<Sqlite::Statement>(
         m_db, m_hasNames
                   ? "INSERT INTO event_series(id, message_type, sensor_type, sensor, name) VALUES(?1, ?2, ?3, ?4, ?5)"
@@ -38,27 +37,61 @@ SeriesTable::SeriesTable(Sqlite::Connection &connection, const std::string &tabl
 
 SeriesTable::~SeriesTable() = default;
 
+void SeriesTable::forget()
+{
+    SeriesCatalogue::forget();
+    m_mayHaveChanged = true;
+}
+
 void SeriesTable::refresh()
 {
-    const Sqlite::Resetter resetLargest(*m_largest);
-    const std::int64_t last = m_largest->step() ? m_largest->number(0) : 0;
-    if (last < end())
-        return;
-    if (last > LargestId)
-        throw Sqlite::Error(m_db.path(), "the database is damaged: a series has the number " + std::to_string(last));
-    const Sqlite::Resetter resetNewer(*m_newer);
-    m_newer->bind(1, end());
-    while (m_newer->step()) {
-        const std::int64_t id = m_newer->number(0);
-        if (id < end() || id > last)
-            throw Sqlite::Error(m_db.path(), "the database is damaged: series out of order");
-        SeriesKey key;
-        key.messageType = int(m_newer->number(1));
-        key.kind = int(m_newer->number(2));
-        key.sensor = textIn(*m_newer, 3);
-        key.name = textIn(*m_newer, 4);
-        add(id, key);
+    if (m_mayHaveChanged && !readAll()) {
+        // Rows of it were changed or deleted: another state of the database may have been restored.
+        forget();
+        readAll();
     }
+    m_mayHaveChanged = false;
+}
+
+/** Adds what is new; false when something else than what is known stands there. */
+bool SeriesTable::readAll()
+{
+    const Sqlite::Resetter reset(*m_all);
+    Sqlite::TextBudget budget(m_db);
+    std::int64_t last = -1;
+    std::int64_t found = 0;
+    for (; m_all->step(); ++found) {
+        const std::int64_t id = m_all->number(0);
+        if (id > LargestId)
+            throw Sqlite::Error(m_db.path(), "the database is damaged: a series has the number " + std::to_string(id));
+        if (id <= last)
+            throw Sqlite::Error(m_db.path(), "the database is damaged: series out of order");
+        last = id;
+        const SeriesKey key = {int(m_all->number(1)), int(m_all->number(2)), textIn(*m_all, 3), textIn(*m_all, 4)};
+        budget.spend(key.sensor.value_or("").size() + key.name.value_or("").size());
+        if (id >= end())
+            add(id, key);
+        else if (!isKnown(id, key))
+            return false;
+    }
+    return found == knownCount();
+}
+
+bool SeriesTable::isKnown(std::int64_t id, const SeriesKey &key) const
+{
+    if (!exists(id))
+        return false;
+    const SeriesKey known = this->key(int(id));
+    return known.messageType == key.messageType && known.kind == key.kind && known.sensor == key.sensor &&
+           known.name == key.name;
+}
+
+std::int64_t SeriesTable::knownCount() const
+{
+    std::int64_t count = 0;
+    for (int id = 0; id < end(); ++id)
+        count += exists(id) ? 1 : 0;
+    return count;
 }
 
 int SeriesTable::findOrAdd(const SeriesKey &key)
@@ -74,6 +107,9 @@ int SeriesTable::findOrAdd(const SeriesKey &key)
     if (m_hasNames)
         bindText(*m_insert, 5, key.name);
     m_insert->step();
+    // Should adding it fail, all has to be read again.
+    m_mayHaveChanged = true;
     add(id, key);
+    m_mayHaveChanged = false;
     return id;
 }

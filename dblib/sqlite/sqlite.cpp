@@ -38,6 +38,7 @@ void Statement::Finalizer::operator()(sqlite3_stmt *prepared) const
 Statement::Statement(Connection &connection, const std::string &sql)
     : m_owner(&connection)
 {
+    ++m_owner->m_steps;
     sqlite3_stmt *prepared = nullptr;
     const int code = sqlite3_prepare_v3(connection.handle(), sql.c_str(), int(sql.size()) + 1,
                                         SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
@@ -73,6 +74,7 @@ Statement &Statement::bindNull(int index)
 
 bool Statement::step()
 {
+    ++m_owner->m_steps;
     const int code = sqlite3_step(m_statement.get());
     if (code == SQLITE_ROW)
         return true;
@@ -131,7 +133,10 @@ Transaction::Transaction(Connection &connection, Kind kind)
 {
     // Where even undoing failed, as it may when the tables have just been made, it is due now.
     m_db.rollBackWhatWasLeft();
-    m_db.run(kind == Read ? "BEGIN" : "BEGIN IMMEDIATE");
+    if (kind == Read)
+        m_db.beginReading();
+    else
+        m_db.beginWriting();
 }
 
 Transaction::~Transaction()
@@ -142,7 +147,7 @@ Transaction::~Transaction()
 
 void Transaction::commit()
 {
-    m_db.run("COMMIT");
+    m_db.commit();
     m_open = false;
 }
 } // namespace Sqlite

@@ -10,6 +10,7 @@
 
 #include "storeerror.h"
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -26,6 +27,13 @@ struct sqlite3_value;
 namespace Sqlite
 {
 using Error = StoreError;
+
+/** A row or a value is longer than SQLite was allowed to make it. */
+class TooLong : public StoreError
+{
+public:
+    using StoreError::StoreError;
+};
 
 /** How much a confirmed transaction withstands. */
 enum class Durability {
@@ -58,7 +66,10 @@ class Statement;
 class Connection
 {
 public:
-    /** Opens or makes `path`. Throws Error. */
+    /** How long a statement may take to its next row or its end, unless it is allowed more. */
+    static constexpr std::chrono::milliseconds LongestStep{3000};
+
+    /** Opens or makes `path`; another program's lock is waited for up to `busyMilliseconds`. Throws Error. */
     Connection(const std::string &path, Durability durability, int busyMilliseconds);
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
@@ -88,6 +99,19 @@ public:
     int changes() const;
     /** True when nothing can be written, because of the file's rights or its medium. */
     bool readOnly() const;
+    /** Inside a transaction: another number than before when the file has changed, whoever did it. */
+    unsigned dataVersion() const;
+    /** Sets how long a statement may take to its next row or its end; what takes longer throws Error. */
+    void limitSteps(std::chrono::milliseconds longest)
+    {
+        m_longestStep = longest;
+    }
+
+    /** Begins one consistent view for several statements. */
+    void beginReading();
+    /** Takes the writer's place at once, so that no later step fails on a lock. */
+    void beginWriting();
+    void commit();
     /** Undoes the transaction that is open, if any; needs no memory as long as no table was made since. */
     void rollBack() noexcept;
     /** Tries again what rollBack had no memory for. */
@@ -96,9 +120,13 @@ public:
     [[noreturn]] void fail(int code);
 
 private:
+    friend class Statement;
+    using Clock = std::chrono::steady_clock;
+
     void open();
-    void configure(Durability durability, int busyMilliseconds);
-    void enterWriteAheadMode(int busyMilliseconds);
+    void configure(Durability durability);
+    void enterWriteAheadMode();
+    static int takesTooLong(void *connection) noexcept;
 
     struct Closer {
         void operator()(sqlite3 *handle) const;
@@ -109,9 +137,17 @@ private:
         static void call(sqlite3_context *context, int count, sqlite3_value **values) noexcept;
     };
     std::string m_file;
+    std::chrono::milliseconds m_patience;
+    std::chrono::milliseconds m_longestStep = LongestStep;
     std::list<Function> m_functions;
     std::exception_ptr m_thrown; ///< by a function, on its way out of the statement
+    std::uint64_t m_steps = 0;   ///< of all statements: how many rows were asked for
+    std::uint64_t m_stepsLookedAt = 0;
+    Clock::time_point m_stepSince;
     std::unique_ptr<sqlite3, Closer> m_db;
+    std::unique_ptr<Statement> m_beginReading;
+    std::unique_ptr<Statement> m_beginWriting;
+    std::unique_ptr<Statement> m_commit;
     std::unique_ptr<Statement> m_undo;
     bool m_leftOpen = false; ///< a transaction that could not be undone is still open
 };

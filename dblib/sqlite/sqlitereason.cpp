@@ -41,7 +41,6 @@ std::string printable(std::string text)
     std::replace_if(text.begin(), text.end(), isControl, '?');
     return text;
 }
-
 } // namespace
 
 namespace Sqlite
@@ -73,6 +72,8 @@ std::string reasonOf(int code, sqlite3 *db, const std::string &path)
     case SQLITE_PERM:
     case SQLITE_AUTH:
         return "access is not permitted" + system;
+    case SQLITE_INTERRUPT: // by the connection itself, which nobody else can
+        return "a request to the file took too long and was ended";
     case SQLITE_NOMEM:
         return "not enough memory";
     default:

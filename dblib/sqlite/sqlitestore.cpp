@@ -4,6 +4,7 @@
 
 #include "clock.h"
 #include "settings.h"
+#include "textbudget.h"
 
 #include <algorithm>
 #include <cstring>
@@ -118,13 +119,35 @@ struct SqliteStore::Statements {
     Sqlite::Statement readCommands;
 };
 
+/** One consistent view for several statements; within a batch, that of the batch. */
+class SqliteStore::View
+{
+public:
+    explicit View(SqliteStore &read)
+    {
+        if (!read.m_transaction)
+            read.enter(m_own, Sqlite::Transaction::Read);
+    }
+    void end()
+    {
+        if (m_own)
+            m_own->commit();
+    }
+
+private:
+    std::optional<Sqlite::Transaction> m_own;
+};
+
 SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
     : m_db(withFolder(path), durability, busyMilliseconds)
+    , m_watch(m_db)
     , m_eventTable(m_db, "event")
     , m_commandTable(m_db, "command")
 {
     Schema::prepare(m_db);
+    View view(*this);
     m_prepared = std::make_unique<Statements>(m_db);
+    view.end();
     struct stat status = {};
     if (::stat(path.c_str(), &status) == 0) {
         m_device = status.st_dev;
@@ -155,6 +178,29 @@ bool SqliteStore::isInPlace() const
     return ::stat(path().c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
 }
 
+/** Begins a transaction: what was true of the file when it was opened has to be true in each. */
+void SqliteStore::enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind)
+{
+    try {
+        transaction.emplace(m_db, kind);
+        lookAtFile();
+    } catch (const Schema::Outdated &) {
+        transaction.reset();
+        Schema::prepare(m_db);
+        transaction.emplace(m_db, kind);
+        lookAtFile();
+    }
+}
+
+void SqliteStore::lookAtFile()
+{
+    if (m_watch.look()) {
+        for (LazyTable *table : {&m_eventTable, &m_commandTable})
+            if (table->isReady())
+                (*table)->series.expectChange();
+    }
+}
+
 std::vector<std::string> SqliteStore::statements() const
 {
     std::vector<std::string> result = m_eventTable->selector.statements();
@@ -165,13 +211,19 @@ std::vector<std::string> SqliteStore::statements() const
 
 void SqliteStore::begin()
 {
-    m_transaction.emplace(m_db, Sqlite::Transaction::Write);
+    try {
+        enter(m_transaction, Sqlite::Transaction::Write);
+    } catch (...) {
+        m_transaction.reset();
+        throw;
+    }
 }
 
 void SqliteStore::commit()
 {
     m_transaction->commit();
     m_transaction.reset();
+    m_watch.passOver();
 }
 
 void SqliteStore::rollBack() noexcept
@@ -186,7 +238,7 @@ void SqliteStore::rollBack() noexcept
 template <class Record> void SqliteStore::reserveFor(Table &table, const Selection &selection, Records<Record> &result)
 {
     if (selection.count > FewRows && selection.anyTime && selection.series.passesAll()) {
-        const std::int64_t last = std::min<std::int64_t>(selection.idHigh, newestIdentifier(table));
+        const std::int64_t last = std::min(selection.idHigh, newestIdentifier(table));
         const std::int64_t possible = last - std::max<std::int64_t>(selection.idLow, 1) + 1;
         result.reserve(std::size_t(std::clamp<std::int64_t>(possible, 0, selection.count)));
     }
@@ -196,12 +248,16 @@ template <class Record>
 std::unique_ptr<Records<Record>> SqliteStore::read(Table &table, const Selection &selection, bool rising)
 {
     auto result = std::make_unique<Records<Record>>();
-    Sqlite::Transaction view(m_db, Sqlite::Transaction::Read);
+    View view(*this);
     table.series.refresh();
     reserveFor(table, selection, *result);
     Builder<Record> builder(*result, table.series);
-    table.selector.select(selection, [&](const Row &row) { builder.add(row); });
-    view.commit();
+    Sqlite::TextBudget budget(m_db);
+    table.selector.select(selection, [&](const Row &row) {
+        budget.spend(row.params.size());
+        builder.add(row);
+    });
+    view.end();
     if (rising && !selection.first)
         result->reverse();
     return result;
@@ -220,6 +276,8 @@ std::unique_ptr<Records<CMessageCommand>> SqliteStore::commands(const CMessageCo
 std::vector<StoredSensor> SqliteStore::storedSensors()
 {
     std::vector<StoredSensor> result;
+    View view(*this);
+    Sqlite::TextBudget budget(m_db);
     Sqlite::Statement &rows = m_prepared->sensors;
     const Sqlite::Resetter reset(rows);
     while (rows.step()) {
@@ -230,11 +288,14 @@ std::vector<StoredSensor> SqliteStore::storedSensors()
         sensor.state = stateOf(rows.text(3));
         sensor.keepAlive = rows.isNull(4) ? std::nullopt : std::optional(rows.number(4));
         sensor.lastMessage = rows.number(5);
-        sensor.lastCommand = int(rows.number(6));
+        sensor.lastCommand = int(clamped(rows.number(6)));
+        budget.spend(sensor.name.size() + sensor.description.size());
         if (!result.empty() && sensor.name <= result.back().name)
             throw Sqlite::Error(path(), "the database is damaged: sensors out of order");
         result.push_back(std::move(sensor));
     }
+    rows.reset();
+    view.end();
     return result;
 }
 
@@ -285,10 +346,11 @@ void SqliteStore::noteMessage(const NewMessage &event)
     }
 }
 
-int SqliteStore::newestIdentifier(Table &table)
+/** The largest identifier that was ever given, 0 when none was. */
+std::int64_t SqliteStore::newestIdentifier(Table &table)
 {
     const Sqlite::Resetter reset(table.newest);
-    return table.newest.step() ? checkedIdentifier(std::max<std::int64_t>(0, table.newest.number(0))) : 0;
+    return table.newest.step() ? std::max<std::int64_t>(0, table.newest.number(0)) : 0;
 }
 
 int SqliteStore::putEvents(const std::vector<NewMessage> &events)
@@ -296,7 +358,7 @@ int SqliteStore::putEvents(const std::vector<NewMessage> &events)
     Batch batch(*this);
     Table &table = *m_eventTable;
     table.series.refresh();
-    const std::int64_t newest = newestIdentifier(table);
+    const std::int64_t newest = checkedIdentifier(newestIdentifier(table));
     const int firstId = checkedIdentifier(newest + 1);
     checkedIdentifier(newest + std::int64_t(events.size()));
     const std::vector<int> series = findSeries(table, events);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "schema.h"
 #include "selector.h"
 #include "seriestable.h"
 #include "sqlite.h"
@@ -50,6 +51,7 @@ public:
 private:
     struct Table;
     struct Statements;
+    class View;
     /** A table, made ready when it is first used: its statements are a good part of what opening a store costs. */
     class LazyTable
     {
@@ -82,10 +84,13 @@ private:
     void noteMessage(const NewMessage &event);
     void noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series);
     bool remove(Table &table, int id);
-    int newestIdentifier(Table &table);
+    void enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind);
+    void lookAtFile();
+    std::int64_t newestIdentifier(Table &table);
     int checkedIdentifier(std::int64_t id) const;
 
     Sqlite::Connection m_db;
+    Schema::Watch m_watch;
     std::unique_ptr<Statements> m_prepared;
     mutable LazyTable m_eventTable;
     mutable LazyTable m_commandTable;

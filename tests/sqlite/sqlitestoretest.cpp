@@ -274,12 +274,13 @@ TEST_F(StoreTest, ForeignTriggersAndVirtualTablesAreRefused)
 
 TEST_F(StoreTest, ANameInTheFileCannotCommandTheTerminal)
 {
-    m_store->connection().run("PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql = replace(sql, "
-                              "'name TEXT NOT NULL UNIQUE', 'name TEXT NOT NULL UNIQUE COLLATE \"wipe\x1b[2J\"') "
-                              "WHERE name = 'sensor'");
+    m_store->connection().run("CREATE INDEX foreign_texts ON event(params COLLATE NOCASE);"
+                              "PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql = replace(sql, 'NOCASE', "
+                              "'\"wipe\x1b[2J\"') WHERE name = 'foreign_texts'");
+    reopen();
     try {
-        reopen();
-        FAIL() << "opened";
+        m_store->put(makeEvent("s", "e", 0));
+        FAIL() << "stored";
     } catch (const Sqlite::Error &error) {
         EXPECT_THAT(error.what(), HasSubstr("wipe?[2J"));
     }

@@ -1,0 +1,4 @@
+-- SPDX-FileCopyrightText: 2026 The obrim developers
+-- SPDX-License-Identifier: GPL-2.0-or-later
+-- expect: the database's tables are not as this program makes them
+DROP TABLE command_zone;

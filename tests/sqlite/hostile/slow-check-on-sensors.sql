@@ -1,0 +1,7 @@
+-- SPDX-FileCopyrightText: 2026 The obrim developers
+-- SPDX-License-Identifier: GPL-2.0-or-later
+-- expect: the database's tables are not as this program makes them
+PRAGMA writable_schema = ON;
+UPDATE sqlite_schema SET sql = replace(sql, 'name TEXT NOT NULL UNIQUE,', 'name TEXT NOT NULL UNIQUE CHECK (length(hex(zeroblob(400000000))) > 0),')
+WHERE name = 'sensor';
+PRAGMA schema_version = 1000;
