@@ -60,8 +60,12 @@ const char *Cell::word() const
 template <> const Columns &columnsOf<CSensor>()
 {
     static const Columns columns = {
-        {"sensor", "SENSOR", false},     {"sensor_type", "TYPE", false},          {"state", "STATE", false},
-        {"message_type", nullptr, true}, {"last_message", "LAST MESSAGE", false}, {"description", "DESCRIPTION", false},
+        {"sensor", "SENSOR", false, true},
+        {"sensor_type", "TYPE", false, false},
+        {"state", "STATE", false, false},
+        {"message_type", nullptr, true, false},
+        {"last_message", "LAST MESSAGE", false, false},
+        {"description", "DESCRIPTION", false, true},
     };
     return columns;
 }
@@ -79,13 +83,13 @@ void fillCells(Cells &cells, const CSensor &sensor)
 template <> const Columns &columnsOf<CMessageEvent>()
 {
     static const Columns columns = {
-        {"id", "ID", true},
-        {"time", "TIME", false},
-        {"message_type", "TYPE", false},
-        {"sensor_type", nullptr, true},
-        {"sensor", "SENSOR", false},
-        {"event", "EVENT", false},
-        {"parameters", "PARAMETERS", false},
+        {"id", "ID", true, false},
+        {"time", "TIME", false, false},
+        {"message_type", "TYPE", false, false},
+        {"sensor_type", nullptr, true, false},
+        {"sensor", "SENSOR", false, true},
+        {"event", "EVENT", false, true},
+        {"parameters", "PARAMETERS", false, true},
     };
     return columns;
 }
@@ -104,13 +108,13 @@ void fillCells(Cells &cells, const CMessageEvent &event)
 template <> const Columns &columnsOf<CMessageCommand>()
 {
     static const Columns columns = {
-        {"id", "ID", true},
-        {"time", "TIME", false},
-        {"message_type", nullptr, true},
-        {"command_type", nullptr, true},
-        {"command", "COMMAND", false},
-        {"sensor", "SENSOR", false},
-        {"parameters", "PARAMETERS", false},
+        {"id", "ID", true, false},
+        {"time", "TIME", false, false},
+        {"message_type", nullptr, true, false},
+        {"command_type", nullptr, true, false},
+        {"command", "COMMAND", false, false},
+        {"sensor", "SENSOR", false, true},
+        {"parameters", "PARAMETERS", false, true},
     };
     return columns;
 }

@@ -48,6 +48,7 @@ struct Column {
     const char *key;     ///< in csv and json
     const char *heading; ///< in tables; NULL: not shown to people
     bool isNumber;       ///< aligned to the right
+    bool isText;         ///< still says something when its end is cut
 };
 
 constexpr std::size_t MostColumns = 8;

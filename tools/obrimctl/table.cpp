@@ -122,7 +122,7 @@ void TableFormat::row(const Cells &cells)
     }
     // A row that comes later and is wider makes the columns wider from here on.
     if (grows)
-        m_widths = fitWidths(m_natural, std::size_t(m_output.width()), Gap);
+        fit();
     writeLine(line, "");
 }
 
@@ -140,11 +140,35 @@ void TableFormat::pause()
 {
     if (m_widths.empty())
         settleWidths();
+    else if (m_output.width() != m_room)
+        fit();
+}
+
+/** Texts give first: half a time or number says something else. */
+void TableFormat::fit()
+{
+    m_room = m_output.width();
+    const auto room = std::size_t(m_room);
+    std::vector<std::size_t> texts;
+    std::size_t others = 0;
+    for (std::size_t i = 0; i < m_columns.size(); ++i)
+        if (m_columns[i].isText)
+            texts.push_back(m_natural[i]);
+        else
+            others += m_natural[i] + Gap;
+    if (room > 0)
+        texts = fitWidths(std::move(texts), room > others ? room - others : 1, Gap);
+    m_widths = m_natural;
+    auto text = texts.begin();
+    for (std::size_t i = 0; i < m_columns.size(); ++i)
+        if (m_columns[i].isText)
+            m_widths[i] = *text++;
+    m_widths = fitWidths(std::move(m_widths), room, Gap);
 }
 
 void TableFormat::settleWidths()
 {
-    m_widths = fitWidths(m_natural, std::size_t(m_output.width()), Gap);
+    fit();
     writeLine(m_headings, m_hasColour ? Bold : "");
     for (const Line &line : m_waiting)
         writeLine(line, "");

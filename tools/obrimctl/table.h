@@ -29,6 +29,8 @@ private:
     /** Takes the line's widths into account. Returns whether a column became wider. */
     bool widen(const Line &line);
     void settleWidths();
+    /** The widths that fit into the terminal as it is now. */
+    void fit();
     void writeLine(const Line &line, const char *colour);
     void writeCell(const Shown &cell, std::size_t width, bool toTheRight, bool isLast);
 
@@ -41,5 +43,6 @@ private:
     std::vector<Line> m_waiting; ///< until there are enough to tell how wide the columns are
     std::vector<std::size_t> m_natural;
     std::vector<std::size_t> m_widths; ///< empty until then
+    int m_room = 0;                    ///< columns of the terminal that they are for
     std::string m_text;
 };
