@@ -66,6 +66,8 @@ private:
 
     Invocation invocation(std::time_t now) const;
     std::string missingCommand() const;
+    std::string unexpected() const;
+    CommandLineEnd usageEnd(const std::string &reason) const;
     CommandName name() const;
     Filter filter(std::time_t now, Clock clock) const;
     ListOptions list(std::time_t now, Clock clock) const;
@@ -126,7 +128,6 @@ void Parser::addFormat(CLI::App &to, const char *formats)
 
 void Parser::addListOptions(CLI::App &to)
 {
-    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
     addValue(to, "-S,--since", "TIME", "from this time on");
     addValue(to, "-U,--until", "TIME", "up to this time");
     to.add_flag("--first", m_typed.first, "the oldest records in place of the newest");
@@ -139,6 +140,7 @@ void Parser::addListOptions(CLI::App &to)
 void Parser::addSensors()
 {
     CLI::App &to = *command("sensors");
+    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
     addValue(to, "-t,--type", "STATE", "alive, dead, unknown or a number");
     addValue(to, "--sensor-type", "KIND", "analyser, converter, receiver or a number");
     addValue(to, "-n,--number", "N", "at most so many (all)");
@@ -148,6 +150,7 @@ void Parser::addSensors()
 void Parser::addEvents()
 {
     CLI::App &to = *command("events");
+    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
     addValue(to, "-e,--event", "MASK", "events whose names match");
     addValue(to, "-t,--type", "KIND", "of this kind: analyser, converter, receiver or a number");
     addValue(to, "--sensor-type", "KIND", "of sensors of this kind, the same words");
@@ -159,6 +162,7 @@ void Parser::addEvents()
 void Parser::addCommands()
 {
     CLI::App &to = *command("commands");
+    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
     addValue(to, "-t,--type", "ORDER", "start, stop, restart, kill or a number");
     addValue(to, "--message-type", "N", "with this kind of message, a number");
     addValue(to, "--id", "A..B", "with these identifiers; A.., ..B and A alone too");
@@ -352,15 +356,26 @@ Invocation Parser::invocation(std::time_t now) const
     return read;
 }
 
-CommandLineEnd usageEnd(const std::string &reason)
+CommandLineEnd Parser::usageEnd(const std::string &reason) const
 {
-    return {ExitUsage, {}, "obrimctl: " + reason + "\nTry 'obrimctl --help' or 'obrimctl COMMAND --help'.\n"};
+    const auto commands = m_app.get_subcommands();
+    const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
+    return {ExitUsage, {}, "obrimctl: " + reason + "\nTry 'obrimctl " + command + "--help'.\n"};
 }
 
 std::string Parser::missingCommand() const
 {
     const std::vector<std::string> rest = m_app.remaining();
     return rest.empty() ? "a command is missing" : "there is no command '" + visibleText(rest.front()) + "'";
+}
+
+/** The option that a command does not have, else the first word that is too much. */
+std::string Parser::unexpected() const
+{
+    const std::vector<std::string> rest = m_app.remaining(true);
+    const auto option = std::find_if(rest.begin(), rest.end(), [](const std::string &word) { return word[0] == '-'; });
+    const std::string word = option != rest.end() ? *option : rest.front();
+    return m_app.get_subcommands().front()->get_name() + " does not know '" + visibleText(word) + "'";
 }
 
 std::variant<Invocation, CommandLineEnd> Parser::read(std::vector<std::string> arguments, std::time_t now)
@@ -383,6 +398,8 @@ std::variant<Invocation, CommandLineEnd> Parser::read(std::vector<std::string> a
         std::ostringstream err;
         m_app.exit(end, out, err);
         return CommandLineEnd{ExitWell, out.str(), {}};
+    } catch (const CLI::ExtrasError &) {
+        return usageEnd(m_app.get_subcommands().empty() ? missingCommand() : unexpected());
     } catch (const CLI::ParseError &error) {
         return usageEnd(m_app.get_subcommands().empty() ? missingCommand() : visibleText(error.what()));
     } catch (const UsageError &error) {
