@@ -46,12 +46,24 @@ std::string installed(const std::string &library)
     return !error && fs::exists(beside, error) ? beside.string() : std::string(OBRIM_LIBRARIES) + "/" + library;
 }
 
+/** Throws unless the file is a library that this program, and so the console beside it, can load. */
 std::string checkedLibrary(const std::string &path)
 {
     const std::string fault = libraryFileFault(path.c_str());
     if (!fault.empty())
         throw Failure(fault);
     return path;
+}
+
+std::string installedLibrary(const KnownDatabase &known)
+{
+    const std::string path = installed(known.library);
+    std::error_code error;
+    if (!fs::exists(path, error)) {
+        throw Failure(visibleText(path) + ": the DB library for " + known.name +
+                      " is not installed; --database library:FILE takes it from elsewhere");
+    }
+    return checkedLibrary(path);
 }
 
 std::string knownNames()
@@ -67,7 +79,7 @@ Database databaseNamed(const std::string &name)
 {
     for (const KnownDatabase &known : KnownDatabases)
         if (name == known.name)
-            return {name, checkedLibrary(installed(known.library)), known.settings, known.isInFolder};
+            return {name, installedLibrary(known), known.settings, known.isInFolder};
     const std::string prefix = LibraryPrefix;
     if (name.rfind(prefix, 0) != 0 || name == prefix)
         throw UsageError("--database cannot be '" + visibleText(name) + "': " + knownNames() + " is expected");

@@ -160,7 +160,7 @@ bool Layout::makeOne(const LayoutEntry &entry) const
     switch (entry.kind) {
     case LayoutEntry::Kind::Folder:
         if (mkdir(entry.path.c_str(), 0700) != 0)
-            throw failedBySystem(entry.path);
+            throw errno == ENOENT ? failed(entry.path, "the folder above it is not there") : failedBySystem(entry.path);
         break;
     case LayoutEntry::Kind::File:
         makeFile(entry);
