@@ -38,6 +38,13 @@ std::string symbolsText(const StatusReport &report)
     return text;
 }
 
+std::string sizesText()
+{
+    return "records of " + number(sizeof(CSensor)) + ", " + number(sizeof(CMessageEvent)) + " and " +
+           number(sizeof(CMessageCommand)) + " bytes, requests of " + number(sizeof(CMessageEventRequest)) + " and " +
+           number(sizeof(CMessageCommandRequest));
+}
+
 std::string recordsText(const std::optional<RecordStatus> &records, TimeWriter &times)
 {
     if (!records)
@@ -146,6 +153,7 @@ std::string statusText(const StatusReport &report, Clock clock)
     text += line("library", visibleText(report.library) + link);
     if (report.sensors || report.events || report.commands || !report.symbols.empty()) {
         text += line("", symbolsText(report));
+        text += line("", sizesText());
         text += line("sensors", sensorsText(report.sensors));
         text += line("events", recordsText(report.events, times));
         text += line("commands", recordsText(report.commands, times));
