@@ -8,6 +8,7 @@
 #include "source.h"
 #include "statusreport.h"
 
+#include <algorithm>
 #include <chrono>
 #include <climits>
 #include <functional>
@@ -78,13 +79,14 @@ double roundTrip(const Source &source)
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
 }
 
-/** One look; what fails becomes a fault, and the others go on. */
+/** One look; what fails becomes a fault, once, and the others go on. */
 void tried(StatusReport &report, const std::function<void()> &look)
 {
     try {
         look();
     } catch (const Failure &failure) {
-        report.faults.emplace_back(failure.what());
+        if (std::find(report.faults.begin(), report.faults.end(), failure.what()) == report.faults.end())
+            report.faults.emplace_back(failure.what());
     }
 }
 
