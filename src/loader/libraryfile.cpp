@@ -63,8 +63,8 @@ std::string segmentFault(int file, off_t size)
         return {}; // the system's loader refuses it
     for (unsigned i = 0; i < header.e_phnum; ++i) {
         ElfW(Phdr) segment;
-        const off_t at = off_t(header.e_phoff + i * sizeof(segment));
-        if (pread(file, &segment, sizeof(segment), at) != ssize_t(sizeof(segment)))
+        const std::uint64_t at = header.e_phoff + std::uint64_t(i) * sizeof(segment);
+        if (pread(file, &segment, sizeof(segment), off_t(at)) != ssize_t(sizeof(segment)))
             return notListed(header.e_phoff, size);
         // A segment without bytes of the file's is made of zeros.
         const std::uint64_t bytes = segment.p_type == PT_LOAD ? segment.p_filesz : 0;
@@ -106,7 +106,7 @@ Faults faultsOf(const char *path)
     const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (file < 0)
         return {std::strerror(errno), {}};
-    const Faults faults = faultsOf(file);
+    Faults faults = faultsOf(file);
     close(file);
     return faults;
 }
