@@ -84,13 +84,18 @@ std::string dbLibraryIn(const std::string &libs)
 LoadOutcome loadDBLibrary(const std::string &libs, const std::string &config, const DBFunctionPlaces &pointers,
                           LoaderWords &words)
 {
-    const std::string path = dbLibraryIn(libs);
+    return loadDBLibraryFile(dbLibraryIn(libs), nameMapIn(config), pointers, words);
+}
+
+LoadOutcome loadDBLibraryFile(const std::string &path, const std::string &nameMap, const DBFunctionPlaces &pointers,
+                              LoaderWords &words)
+{
     if (!isReadableFile(path.c_str())) {
         words.progress("File with library " + path + " not found\n");
         return LoadOutcome::NoFile;
     }
     void *handle = open(path, words);
-    const NameMap names(config);
+    const NameMap names = NameMap::ofFile(nameMap);
     if (!handle) {
         words.progress("Can't open library " + path + "\n");
         return LoadOutcome::NotOpened;

@@ -51,3 +51,7 @@ std::string dbLibraryIn(const std::string &libs);
  */
 LoadOutcome loadDBLibrary(const std::string &libs, const std::string &config, const DBFunctionPlaces &pointers,
                           LoaderWords &words);
+
+/** The same for the library at `path` with the function-name map at `nameMap`, whatever both are called. */
+LoadOutcome loadDBLibraryFile(const std::string &path, const std::string &nameMap, const DBFunctionPlaces &pointers,
+                              LoaderWords &words);

@@ -4,13 +4,25 @@
 
 #include <cstdio>
 
-NameMap::NameMap(const std::string &config)
+std::string nameMapIn(const std::string &config)
 {
-    if (std::FILE *file = openRegularFile((config + "/Funs.def").c_str())) {
-        m_exists = true;
-        GetDefs(file, m_lines, m_count);
+    return config + "/Funs.def";
+}
+
+NameMap::NameMap(const std::string &config)
+    : NameMap(ofFile(nameMapIn(config)))
+{
+}
+
+NameMap NameMap::ofFile(const std::string &path)
+{
+    NameMap names;
+    if (std::FILE *file = openRegularFile(path.c_str())) {
+        names.m_exists = true;
+        GetDefs(file, names.m_lines, names.m_count);
         std::fclose(file);
     }
+    return names;
 }
 
 std::string NameMap::configured(const char *key) const

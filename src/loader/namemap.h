@@ -6,12 +6,17 @@
 
 #include <string>
 
+/** The function-name map of the installation whose configuration directory is `config`. */
+std::string nameMapIn(const std::string &config);
+
 /** The function-name map of an installation: under which other names a DB library exports its functions. */
 class NameMap
 {
 public:
     /** Reads `config` + "/Funs.def". Without such a file, or when it cannot be read, there are no lines. */
     explicit NameMap(const std::string &config);
+    /** The same from a file of any name. */
+    static NameMap ofFile(const std::string &path);
 
     /** The name that the map gives the function `key`, for both passes; empty for its usual one. */
     std::string configured(const char *key) const;
@@ -32,6 +37,8 @@ public:
     }
 
 private:
+    NameMap() = default;
+
     bool m_exists = false;
     int m_count = 0;
     char m_lines[MaxDefLines][ConfigLineSize] = {};
