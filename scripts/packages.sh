@@ -4,11 +4,12 @@
 #
 # Debian packages: which are missing, and getting them without questions.
 
-# packages_of LIST...: the packages of scripts/packages/LIST.txt, one a line.
+# packages_of LIST...: the packages of scripts/packages/LIST.txt, one a line. "NAME [amd64]" is for the
+# targets of that architecture only.
 packages_of() {
     local list
     for list in "$@"; do
-        grep -v '^#' "$scripts/packages/$list.txt"
+        sed -e '/^#/d' -e "s/ \\[${target_name##*-}\\]\$//" -e '/ /d' "$scripts/packages/$list.txt"
     done | sort -u
 }
 
