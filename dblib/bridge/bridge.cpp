@@ -1,0 +1,290 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+/**
+ * @file
+ * The bridge: a DB library that has the real one work in a process of its own,
+ * whose word width may be another one.
+ */
+#include "answer.h"
+#include "call.h"
+#include "hostkeeper.h"
+#include "lentarray.h"
+#include "standin.h"
+
+#include <array>
+#include <map>
+#include <memory>
+#include <new>
+
+namespace
+{
+using Calls::Subject;
+using Calls::Use;
+
+/** What the fetch functions must answer to a size query, by the word width of the process that they are in. */
+int sizesFor(DBFunction function, unsigned bits)
+{
+    if (function == DBFunctionGetSensors)
+        return bits == 32 ? 32 : 56;
+    if (function == DBFunctionGetEvents)
+        return bits == 32 ? 40 | 80 << 16 : 72 | 104 << 16;
+    return bits == 32 ? 32 | 68 << 16 : 56 | 88 << 16;
+}
+
+int ownSizes(DBFunction function)
+{
+    return function == DBFunctionGetSensors ? SensorSize : function == DBFunctionGetEvents ? EventSizes : CommandSizes;
+}
+
+std::string sizesText(DBFunction function, int sizes)
+{
+    if (function == DBFunctionGetSensors)
+        return std::to_string(sizes);
+    return std::to_string(sizes & 0xFFFF) + " and " + std::to_string(sizes >> 16 & 0xFFFF);
+}
+
+/** The library threw an exception, which the host has told. */
+class LibraryThrew : public CallFault
+{
+public:
+    LibraryThrew()
+        : CallFault("")
+    {
+    }
+};
+
+/** An array that was lent to the console, with the bytes that its texts lie in. */
+template <class Record> struct Loan {
+    Loan(Received received, const Calls::RecordsReader<Record> &reader)
+        : bytes(std::move(received))
+        , records(reader)
+    {
+    }
+    Received bytes;
+    LentArray<Record> records;
+};
+
+template <class Record> using Loans = std::map<const Record *, std::unique_ptr<Loan<Record>>>;
+
+const std::optional<Calls::RecordsReader<CSensor>> &recordsOf(const Calls::Answer &answer, const CSensor *)
+{
+    return answer.sensors;
+}
+const std::optional<Calls::RecordsReader<CMessageEvent>> &recordsOf(const Calls::Answer &answer, const CMessageEvent *)
+{
+    return answer.events;
+}
+const std::optional<Calls::RecordsReader<CMessageCommand>> &recordsOf(const Calls::Answer &answer,
+                                                                      const CMessageCommand *)
+{
+    return answer.commands;
+}
+
+class Bridge : public StandIn
+{
+public:
+    int initialise(DBFunction function, const char *configDir) override
+    {
+        if (!configDir)
+            throw std::invalid_argument("no configuration directory was given");
+        useSettings(*configDir ? configDir : ".");
+        m_keeper.noteInitialisation(function, configDir);
+        return resultOf({function, Use::Plain}, Calls::initCall(function, configDir));
+    }
+
+    int sizeQuery(DBFunction function) override
+    {
+        // Without a host there is nothing to ask yet: the fetch starts one, and asks it.
+        if (!m_keeper.isRunning())
+            return ownSizes(function);
+        try {
+            return askForSizes(function, m_keeper.deadline());
+        } catch (const LibraryThrew &) {
+            return -1;
+        } catch (const CallFault &fault) {
+            tell(fault.what());
+            return ownSizes(function);
+        }
+    }
+
+    int fetch(int *n, CSensor **sensors) override
+    {
+        return lend(DBFunctionGetSensors, n, sensors, m_sensors, Calls::fetchCall());
+    }
+    int fetch(int *n, CMessageEvent **events, CMessageEventRequest *request) override
+    {
+        return lend(DBFunctionGetEvents, n, events, m_events, Calls::fetchCall(request));
+    }
+    int fetch(int *n, CMessageCommand **commands, CMessageCommandRequest *request) override
+    {
+        return lend(DBFunctionGetCommands, n, commands, m_commands, Calls::fetchCall(request));
+    }
+    int release(CSensor **sensors) override
+    {
+        return takeBack(sensors, m_sensors);
+    }
+    int release(CMessageEvent **events, CMessageEventRequest *) override
+    {
+        return takeBack(events, m_events);
+    }
+    int release(CMessageCommand **commands, CMessageCommandRequest *) override
+    {
+        return takeBack(commands, m_commands);
+    }
+
+    int put(CMessageCommand *command) override
+    {
+        return put(DBFunctionPutCommand, command, &CMessageCommand::CommandID);
+    }
+    int put(CMessageEvent *event) override
+    {
+        return put(DBFunctionPutEvent, event, &CMessageEvent::MessageID);
+    }
+    int remove(DBFunction function, int id) override
+    {
+        return resultOf({function, Use::Plain}, Calls::deleteCall(function, id));
+    }
+
+    void close() override
+    {
+        m_keeper.leave();
+    }
+
+private:
+    /** An answer with the bytes that it reads. */
+    struct ReadAnswer {
+        Received bytes;
+        Calls::Answer answer;
+    };
+
+    void useSettings(const std::string &configDir)
+    {
+        try {
+            m_keeper.use(readBridgeSettings(configDir));
+        } catch (...) {
+            // Whatever failed, no call may go to the library of before.
+            m_keeper.forget();
+            throw;
+        }
+    }
+
+    /** The answer to a call that returned. Throws CallFault for any other. */
+    ReadAnswer ask(Subject subject, const std::string &message, const Deadline &deadline)
+    {
+        if (!m_keeper.greeting(subject.function, deadline).has(subject.function))
+            failForMissing(subject.function);
+        Received bytes = m_keeper.call(subject, message, deadline);
+        const Calls::Answer answer = read(subject, bytes);
+        if (answer.head.status == Calls::Status::Missing)
+            failForMissing(subject.function);
+        if (answer.head.status == Calls::Status::TooLarge)
+            throw CallFault(m_keeper.library() + " gives more in " + DBSymbols[subject.function].key +
+                            " than can be passed on");
+        if (answer.head.status != Calls::Status::Returned)
+            throw LibraryThrew();
+        return {std::move(bytes), answer};
+    }
+
+    Calls::Answer read(Subject subject, const Received &bytes)
+    {
+        try {
+            Calls::Answer answer = Calls::readAnswer(bytes.bytes());
+            if (!(answer.subject == subject))
+                throw Calls::Damaged(0, "the answer to another function");
+            return answer;
+        } catch (const Calls::Damaged &fault) {
+            m_keeper.failForRubbish(subject.function, fault);
+        }
+    }
+
+    [[noreturn]] void failForMissing(DBFunction function)
+    {
+        const bool isNews = m_missing[function] != m_keeper.generation();
+        m_missing[function] = m_keeper.generation();
+        throw CallFault(isNews ? m_keeper.library() + " has no " + DBSymbols[function].key : std::string());
+    }
+
+    int resultOf(Subject subject, const std::string &message)
+    {
+        return ask(subject, message, m_keeper.deadline()).answer.head.result;
+    }
+
+    /** The size query; what is right for the library is right here, whatever the word widths. */
+    int askForSizes(DBFunction function, const Deadline &deadline)
+    {
+        const int sizes = ask({function, Use::Query}, Calls::queryCall(function), deadline).answer.head.result;
+        const int wanted = sizesFor(function, m_keeper.greeting(function, deadline).bits);
+        if (sizes == wanted) {
+            m_checked[function] = m_keeper.generation();
+            return ownSizes(function);
+        }
+        return sizes == ownSizes(function) ? 0 : sizes;
+    }
+
+    /** The host of the call may be another one than that which the size query went to. */
+    void requireSizes(DBFunction function, const Deadline &deadline)
+    {
+        if (m_checked[function] == m_keeper.generation())
+            return;
+        const int sizes = askForSizes(function, deadline);
+        if (sizes != ownSizes(function))
+            throw CallFault(m_keeper.library() + " has records of another size: " + DBSymbols[function].key +
+                            " answers " + sizesText(function, sizes));
+    }
+
+    template <class Record>
+    int lend(DBFunction function, int *n, Record **records, Loans<Record> &loans, const std::string &message)
+    {
+        if (n)
+            *n = 0;
+        if (!n || !records)
+            throw std::invalid_argument("no place for the records was given");
+        *records = nullptr;
+        const Deadline deadline = m_keeper.deadline();
+        m_keeper.greeting(function, deadline);
+        requireSizes(function, deadline);
+        auto [bytes, answer] = ask({function, Use::Fetch}, message, deadline);
+        if (const auto &reader = recordsOf(answer, *records)) {
+            auto loan = std::make_unique<Loan<Record>>(std::move(bytes), *reader);
+            Record *array = loan->records.data();
+            loans.emplace(array, std::move(loan));
+            *records = array;
+        }
+        *n = answer.count;
+        return answer.head.result;
+    }
+
+    template <class Record> static int takeBack(Record **records, Loans<Record> &loans)
+    {
+        Record *const array = *records;
+        *records = nullptr;
+        if (array && loans.erase(array) == 0)
+            throw std::invalid_argument("the array that was handed back is none of this library's");
+        return 0;
+    }
+
+    template <class Record> int put(DBFunction function, Record *record, int Record::*identifier)
+    {
+        const auto answer = ask({function, Use::Plain}, Calls::putCall(record), m_keeper.deadline()).answer;
+        if (record)
+            record->*identifier = answer.id;
+        return answer.head.result;
+    }
+
+    HostKeeper m_keeper;
+    Loans<CSensor> m_sensors;
+    Loans<CMessageEvent> m_events;
+    Loans<CMessageCommand> m_commands;
+    // By function: the host, as HostKeeper counts them, that was found to have the right sizes, or told to lack it.
+    std::array<int, DBFunctionCount> m_checked = {};
+    std::array<int, DBFunctionCount> m_missing = {};
+};
+} // namespace
+
+StandIn &standIn()
+{
+    alignas(Bridge) static char place[sizeof(Bridge)];
+    static auto *const bridge = new (place) Bridge;
+    return *bridge;
+}

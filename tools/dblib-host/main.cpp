@@ -1,0 +1,156 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+/**
+ * @file
+ * dblib-host: the process that the bridge has a DB library work in. It loads
+ * the library as the console does, and calls it as it is told through a
+ * socket. It ends with the program that started it.
+ */
+#include "channel.h"
+#include "dblibrary.h"
+#include "dispatch.h"
+#include "foreigncall.h"
+#include "hostprotocol.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace
+{
+/** The system kills this process when its parent ends; a parent that had already ended is noticed. */
+void endWithParent(pid_t parent)
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent)
+        _exit(EXIT_FAILURE);
+}
+
+void limitMemory([[maybe_unused]] int megabytes)
+{
+#ifndef __SANITIZE_ADDRESS__ // which reserves terabytes
+    const rlim_t most = sizeof(void *) == 4 && megabytes >= 4096 ? RLIM_INFINITY : rlim_t(megabytes) << 20;
+    const rlimit limit = {most, most};
+    setrlimit(RLIMIT_AS, &limit);
+#endif
+}
+
+/** Keeps the loader's words until it is known whether they are news: the console has told of the bridge's own load. */
+class KeptWords : public LoaderWords
+{
+public:
+    void progress(const std::string &lines) override
+    {
+        m_words.emplace_back(stdout, lines);
+    }
+    void reason(const std::string &line) override
+    {
+        m_words.emplace_back(stderr, line);
+    }
+    void print() const
+    {
+        for (const auto &[stream, words] : m_words)
+            std::fputs(words.c_str(), stream);
+    }
+
+private:
+    std::vector<std::pair<std::FILE *, std::string>> m_words;
+};
+
+/** Loads the library and says what it has. */
+Calls::Greeting load(const char *library, const char *nameMap, DBFunctions &functions)
+{
+    KeptWords words;
+    Calls::Greeting greeting;
+    greeting.bits = std::uint32_t(sizeof(void *) * 8);
+    const DBFunctionPlaces places = placesIn(functions);
+    attempt("LoadDLL", [&] {
+        const LoadOutcome outcome = loadDBLibraryFile(library, nameMap, places, words);
+        greeting.loaded = outcome != LoadOutcome::NoFile && outcome != LoadOutcome::NotOpened;
+        if (outcome != LoadOutcome::Cxx)
+            words.print();
+        return 0;
+    });
+    for (std::size_t i = 0; i < places.size(); ++i)
+        if (*static_cast<void **>(places[i]))
+            greeting.functions |= 1U << i;
+    return greeting;
+}
+
+void wait(const Channel &channel, short events)
+{
+    pollfd waiting = {channel.descriptor(), events, 0};
+    while (poll(&waiting, 1, -1) < 0 && errno == EINTR)
+        ;
+}
+
+template <class Message> void send(Channel &channel, std::uint32_t number, const Message &message)
+{
+    // What the library has printed stands before what the console prints next.
+    std::fflush(nullptr);
+    while (!channel.send(number, message))
+        wait(channel, POLLOUT);
+}
+
+Received receive(Channel &channel)
+{
+    for (;;) {
+        wait(channel, POLLIN);
+        if (std::optional<Received> received = channel.receive())
+            return std::move(*received);
+    }
+}
+
+[[noreturn]] void serve(Channel &channel, const DBFunctions &functions)
+{
+    const pid_t self = getpid();
+    for (;;) {
+        std::optional<Received> received;
+        try {
+            received.emplace(receive(channel));
+        } catch (const ChannelClosed &) {
+            std::exit(EXIT_SUCCESS); // the program is done with the library, whose destructors run
+        }
+        const Calls::Call call = Calls::readCall(received->bytes());
+        const AnswerBytes answer = answerTo(call, functions);
+        if (getpid() != self)
+            _exit(EXIT_SUCCESS); // a copy of this process that came back from the library
+        if (answer.large)
+            send(channel, received->number(), *answer.large);
+        else
+            send(channel, received->number(), std::string_view(answer.small));
+    }
+}
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc != 5 || fcntl(HostDescriptor, F_SETFD, FD_CLOEXEC) != 0) {
+        std::fprintf(stderr, "dblib-host is started by the bridge of the DB libraries, not by hand\n");
+        return EXIT_FAILURE;
+    }
+    endWithParent(pid_t(std::atol(argv[1])));
+    limitMemory(std::atoi(argv[2]));
+    try {
+        Channel channel{Descriptor(HostDescriptor)};
+        DBFunctions functions;
+        const Calls::Greeting greeting = load(argv[3], argv[4], functions);
+        send(channel, 0, std::string_view(Calls::greetingMessage(greeting)));
+        if (greeting.loaded)
+            serve(channel, functions);
+        return EXIT_SUCCESS;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "dblib-host: %s\n", error.what());
+        std::fflush(nullptr);
+        _exit(HostLostConnection); // nothing of the library's runs any more
+    }
+}
