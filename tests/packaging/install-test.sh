@@ -21,7 +21,7 @@ fail() {
 
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
-for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" "$data/icons/hicolor/scalable/apps/obrim.svg" \
+for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$lib/obrim/bridge/DBLib.a" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" "$data/icons/hicolor/scalable/apps/obrim.svg" \
     "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
 done
@@ -59,3 +59,10 @@ ln -s "$stage$lib/obrim/DBLib.a" "$plant/Libs/DBLib.a"
     fail "the installed simulator does not fill the installation: $(cat "$stage/sim")"
 "$stage$bin/dblib-check" --only file --only load --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
     fail "the installed checker does not like the installed library: $(cat "$stage/check")"
+
+# The same library behind the bridge, which finds its host where it was installed.
+ln -sf "$stage$lib/obrim/bridge/DBLib.a" "$plant/Libs/DBLib.a"
+echo "Library=$stage$lib/obrim/DBLib.a" >"$plant/Config/DBLib.def"
+"$stage$bin/dblib-check" --only load --only initialise --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
+    fail "the installed checker does not like the installed bridge: $(cat "$stage/check")"
+! grep -q warn "$stage/check" || fail "the installed bridge does not come to work: $(cat "$stage/check")"
