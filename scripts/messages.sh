@@ -14,6 +14,7 @@ extract_messages() {
         -e '2s/.*/# SPDX-License-Identifier: GPL-2.0-or-later/' -e '3,4d' -e 's,charset=CHARSET,charset=UTF-8,' "$1"
     tracked 'src/*.cpp' 'src/*.h' |
         xargs -0 xgettext "${common[@]}" --language=C++ --kde --keyword --keyword=tr2i18n --keyword=i18n \
+            --keyword=forTranslators --flag=forTranslators:1:c-format \
             --join-existing --omit-header --output="$1"
 }
 

@@ -12,6 +12,7 @@
 #include <QByteArray>
 #include <QFile>
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -22,18 +23,66 @@
 namespace
 {
 InformationBox informationBox = nullptr;
+TextLookUp textLookUp = nullptr;
+
+/** Marks a text that the catalogues have. */
+constexpr const char *forTranslators(const char *text)
+{
+    return text;
+}
+
+QString lookedUp(const char *text)
+{
+    return textLookUp ? textLookUp(text) : QString::fromLatin1(text);
+}
+
+/** A printf text and what goes into it: a name, where it begins with one, and numbers. */
+struct Message {
+    const char *text;
+    const char *name = nullptr;
+    std::array<int, 4> numbers = {};
+};
+
+/** In the operator's language. A catalogue that is wrong makes a wrong sentence: nothing formats by it. */
+QString wording(const Message &message)
+{
+    QString text = lookedUp(message.text);
+    qsizetype from = 0;
+    const auto put = [&text, &from](const char *place, const QString &what) {
+        const qsizetype at = text.indexOf(QLatin1String(place), from);
+        if (at < 0)
+            return;
+        text.replace(at, 2, what);
+        from = at + what.size();
+    };
+    if (message.name)
+        put("%s", QString::fromLatin1(message.name));
+    for (const int number : message.numbers)
+        put("%d", QString::number(number));
+    return text;
+}
+
+void print(const Message &message)
+{
+    const auto &[a, b, c, d] = message.numbers;
+    if (message.name)
+        std::fprintf(stderr, message.text, message.name, a);
+    else
+        std::fprintf(stderr, message.text, a, b, c, d);
+    std::fputc('\n', stderr);
+}
 
 /** Shows a message. Where memory is too short even for that, it goes to standard error. */
-void inform(QDialog *parent, const char *caption, const char *text)
+void inform(QDialog *parent, const char *caption, const Message &message)
 {
     if (informationBox) {
         try {
-            informationBox(parent, QString::fromLatin1(caption), QString::fromLatin1(text));
+            informationBox(parent, lookedUp(caption), wording(message));
             return;
         } catch (...) {
         }
     }
-    std::fprintf(stderr, "%s\n", text);
+    print(message);
 }
 
 FailureNotice failureNotice = nullptr;
@@ -84,9 +133,9 @@ constexpr FetchTexts SensorTexts = {
     "DBGetSensors",
     "DBGetSensors<",
     "DBGetSensors> (rtn=%d; N=%d)\n",
-    "DBGetSensors(NULL,NULL) return incorrect value (should return sizeof(CSensor))",
-    "FDBGetSensors: s==NULL",
-    "FDBGetSensors return incorrect struct size:sizeof(CSensor)=%d,return=%d",
+    forTranslators("DBGetSensors(NULL,NULL) return incorrect value (should return sizeof(CSensor))"),
+    forTranslators("FDBGetSensors: s==NULL"),
+    forTranslators("FDBGetSensors return incorrect struct size:sizeof(CSensor)=%d,return=%d"),
 };
 
 constexpr FetchTexts EventTexts = {
@@ -94,11 +143,11 @@ constexpr FetchTexts EventTexts = {
     "DBGetEvents",
     "DBGetEvents<",
     "DBGetEvents> \n",
-    "FDBGetEvents(NULL,NULL,NULL) return incorrect value (should return "
-    "sizeof(CMessageEvent)|(sizeof(CMessageEventRequest)<<16))",
-    "FDBGetEvents:event==NULL",
-    "FDBGetEvents return incorrect struct size:sizeof(CMessageEvent)=%d,return=%d; "
-    "size(CCMessageEventRequest)=%d,return=%d",
+    forTranslators("FDBGetEvents(NULL,NULL,NULL) return incorrect value (should return "
+                   "sizeof(CMessageEvent)|(sizeof(CMessageEventRequest)<<16))"),
+    forTranslators("FDBGetEvents:event==NULL"),
+    forTranslators("FDBGetEvents return incorrect struct size:sizeof(CMessageEvent)=%d,return=%d; "
+                   "size(CCMessageEventRequest)=%d,return=%d"),
 };
 
 constexpr FetchTexts CommandTexts = {
@@ -106,11 +155,11 @@ constexpr FetchTexts CommandTexts = {
     "DBGetCommands",
     "DBGetCommands<",
     "DBGetCommands> \n",
-    "FDBGetCommands(NULL,NULL,NULL) return incorrect value (should return "
-    "sizeof(CMessageCommand)|(sizeof(CMessageCommandRequest)<<16))",
-    "FDBGetCommands:command==NULL",
-    "FDBGetCommands return incorrect struct size:sizeof(CMessageCommand)=%d,return=%d; "
-    "size(CMessageCommandRequest)=%d,return=%d",
+    forTranslators("FDBGetCommands(NULL,NULL,NULL) return incorrect value (should return "
+                   "sizeof(CMessageCommand)|(sizeof(CMessageCommandRequest)<<16))"),
+    forTranslators("FDBGetCommands:command==NULL"),
+    forTranslators("FDBGetCommands return incorrect struct size:sizeof(CMessageCommand)=%d,return=%d; "
+                   "size(CMessageCommandRequest)=%d,return=%d"),
 };
 
 /** The sizes of a record and its request (0: it has none), here or as a library answered. */
@@ -135,17 +184,16 @@ bool agree(const FetchTexts &texts, RecordSizes ours, int answer, bool hasArray,
 {
     const std::optional<RecordSizes> theirs = readSizes(answer, ours.request > 0);
     if (!theirs) {
-        inform(parent, "", texts.badAnswer);
+        inform(parent, "", {texts.badAnswer});
         return false;
     }
     if (!hasArray) {
-        inform(parent, "", texts.noArray);
+        inform(parent, "", {texts.noArray});
         return false;
     }
     if (theirs->record != ours.record || theirs->request != ours.request) {
-        char text[256];
-        std::snprintf(text, sizeof(text), texts.badSizes, ours.record, theirs->record, ours.request, theirs->request);
-        inform(parent, "", text);
+        const std::array sizes = {ours.record, theirs->record, ours.request, theirs->request};
+        inform(parent, "", {texts.badSizes, nullptr, sizes});
         return false;
     }
     return true;
@@ -153,9 +201,7 @@ bool agree(const FetchTexts &texts, RecordSizes ours, int answer, bool hasArray,
 
 void informNoMemory(const FetchTexts &texts, int count, QDialog *parent)
 {
-    char text[128];
-    std::snprintf(text, sizeof(text), "%s: not enough memory for %d records", texts.name, count);
-    inform(parent, "", text);
+    inform(parent, "", {forTranslators("%s: not enough memory for %d records"), texts.name, {count}});
 }
 
 /** A deep copy of `count` records; NULL when memory is short. */
@@ -279,7 +325,8 @@ void findBaseDirectory()
     } else {
         std::perror("The working directory cannot be read");
     }
-    inform(nullptr, "Can't find base dir", "Can't find base dir");
+    constexpr const char *text = forTranslators("Can't find base dir");
+    inform(nullptr, text, {text});
     // The application is still there when the process ends, of which Qt 6 complains.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     std::exit(-1);
@@ -289,6 +336,11 @@ void findBaseDirectory()
 void setInformationBox(InformationBox show)
 {
     informationBox = show;
+}
+
+void setTextLookUp(TextLookUp lookUp)
+{
+    textLookUp = lookUp;
 }
 
 void setFailureNotice(FailureNotice show)

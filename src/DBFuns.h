@@ -28,6 +28,15 @@ using InformationBox = void (*)(QDialog *parent, const QString &caption, const Q
  */
 void setInformationBox(InformationBox show);
 
+/** A text in the operator's language, with the placeholders that it has. */
+using TextLookUp = QString (*)(const char *text);
+
+/**
+ * Says where that is looked up, so that this layer needs no catalogues: before
+ * anything is filled in. Until then, and after NULL, texts stay as they are.
+ */
+void setTextLookUp(TextLookUp lookUp);
+
 /**
  * Tells the operator, beside the windows, that a function of the DB library
  * fails or, after that, that it works again: `result` is then 0. It has none

@@ -20,6 +20,7 @@
 #include <KLocalizedString>
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QIcon>
@@ -99,6 +100,7 @@ void setUpApplication(KAboutData &about)
     KAboutData::setApplicationData(about);
     QGuiApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("obrim")));
     setInformationBox(showBox);
+    setTextLookUp([](const char *text) { return tr2i18n(text); });
     setFailureNotice(showFailureNotice);
     prepareFailureNotices();
 }

@@ -30,22 +30,12 @@ bool runBox(QMessageBox *box, const char *name, const QAbstractButton *button)
     return pressed;
 }
 
-QString translated(const QString &text)
-{
-    return tr2i18n(text.toUtf8().constData());
-}
-
 } // namespace
 
 void showInformationBox(QWidget *parent, const QString &caption, const QString &text)
 {
     auto *box = new QMessageBox(QMessageBox::Information, caption, text, QMessageBox::Ok, parent);
     runBox(box, "information", nullptr);
-}
-
-void showInformationBox(QDialog *parent, const QString &caption, const QString &text)
-{
-    showInformationBox(static_cast<QWidget *>(parent), translated(caption), translated(text));
 }
 
 bool askQuestion(QWidget *parent, const QString &caption, const QString &text)

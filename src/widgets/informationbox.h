@@ -4,7 +4,6 @@
 
 #include <QString>
 
-class QDialog;
 class QWidget;
 
 /**
@@ -14,12 +13,6 @@ class QWidget;
  * with it. The box is named "information".
  */
 void showInformationBox(QWidget *parent, const QString &caption, const QString &text);
-
-/**
- * The same for a dialog: the form that the data access layer reports through.
- * That layer knows no catalogues, so caption and text are translated here.
- */
-void showInformationBox(QDialog *parent, const QString &caption, const QString &text);
 
 /**
  * Asks a plain-text question with the toolkit's buttons for Yes and No; true when Yes was chosen.

@@ -173,6 +173,8 @@ private slots:
     void eachHalfOfTheAnswerHas16Bits();
     void aMissingArrayAddressIsShown_data();
     void aMissingArrayAddressIsShown();
+    void aMessageIsLookedUpBeforeItIsFilledIn_data();
+    void aMessageIsLookedUpBeforeItIsFilledIn();
     void aMissingArrayAddressIsShownBeforeAWrongSize();
     void aWrongAnswerIsShownBeforeAMissingArrayAddress();
     void aMissingCountFetchesNothing_data()
@@ -282,6 +284,7 @@ void TestDBFuns::init()
 void TestDBFuns::cleanup()
 {
     setInformationBox(nullptr);
+    setTextLookUp(nullptr);
 }
 
 void TestDBFuns::aFetchQueriesFetchesCopiesAndReleases()
@@ -514,6 +517,33 @@ void TestDBFuns::aMissingArrayAddressIsShown()
     QCOMPARE(boxes[0].text, text);
     QCOMPARE(log(), "FDBGet" + kind.toLatin1() + " query\n");
     QCOMPARE(fetch.output.out, "DBGet" + kind.toLatin1() + "<\n");
+}
+
+static const char *catalogueText = nullptr;
+
+void TestDBFuns::aMessageIsLookedUpBeforeItIsFilledIn_data()
+{
+    QTest::addColumn<QByteArray>("translated");
+    QTest::addColumn<QString>("shown");
+    const int ours = sizeof(CSensor);
+    QTest::newRow("both numbers") << QByteArray("Taille %d, %d")
+                                  << QStringLiteral("Taille %1, %2").arg(ours).arg(ours + 8);
+    QTest::newRow("a placeholder is lost") << QByteArray("Taille %d") << QStringLiteral("Taille %1").arg(ours);
+    QTest::newRow("a placeholder of another kind") << QByteArray("%s%n %d") << QStringLiteral("%s%n %1").arg(ours);
+    QTest::newRow("no placeholder") << QByteArray("Taille") << QStringLiteral("Taille");
+}
+
+void TestDBFuns::aMessageIsLookedUpBeforeItIsFilledIn()
+{
+    QFETCH(QByteArray, translated);
+    QFETCH(QString, shown);
+    catalogueText = translated.constData();
+    setTextLookUp([](const char *text) { return QString::fromLatin1(*text ? catalogueText : ""); });
+    use("sensor-size");
+    Fetch fetch("Sensors");
+    fetch.call();
+    QCOMPARE(boxes.size(), 1);
+    QCOMPARE(boxes[0].text, shown);
 }
 
 void TestDBFuns::aMissingArrayAddressIsShownBeforeAWrongSize()

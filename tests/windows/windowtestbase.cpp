@@ -5,6 +5,9 @@
 #include "clock.h"
 #include "informationbox.h"
 
+#include <KLocalizedString>
+#include <QDialog>
+
 namespace
 {
 std::time_t now = 0;
@@ -19,7 +22,10 @@ void WindowTestBase::init()
 {
     m_library = std::make_unique<FakeLibrary>();
     m_watch = std::make_unique<MessageWatch>();
-    setInformationBox(showInformationBox);
+    setInformationBox([](QDialog *parent, const QString &caption, const QString &text) {
+        showInformationBox(parent, caption, text);
+    });
+    setTextLookUp([](const char *text) { return tr2i18n(text); });
     setTime(StartTime);
     setClock([] { return now; });
 }
