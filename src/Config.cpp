@@ -24,7 +24,7 @@ char lower(char c)
 /** Reads and trims the next line that is neither empty nor a comment; false at the end of the file. */
 bool readLine(std::FILE *f, char (&line)[ConfigLineSize])
 {
-    while (std::fgets(line, ConfigLineSize, f))
+    while (std::ftell(f) <= MaxConfigFileSize && std::fgets(line, ConfigLineSize, f))
         if (clear_string_end_with_bells(line) && line[0] != '%')
             return true;
     return false;
@@ -55,7 +55,9 @@ std::FILE *openRegularFile(const char *path)
     struct stat status = {}; // should fstat fail, it stays that of no regular file
     fstat(descriptor, &status);
     std::FILE *f = S_ISREG(status.st_mode) ? fdopen(descriptor, "r") : nullptr;
-    if (!f)
+    if (f)
+        std::rewind(f); // From now on the stream itself knows where it is: ftell need not ask the system.
+    else
         close(descriptor);
     return f;
 }

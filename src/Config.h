@@ -11,8 +11,13 @@
  * (the function-name map) or in blocks between braces (the test data).
  *
  * A line whose first byte is '%' is a comment, an empty one is skipped. A line
- * of more than 511 bytes counts as several. Nothing here depends on the locale.
+ * of more than 511 bytes counts as several. A file ends for the reader behind
+ * the line in which it passes MaxConfigFileSize. Nothing here depends on the
+ * locale.
  */
+
+/** Bytes of a file that are read: no file that somebody put there holds a window up for long. */
+constexpr long MaxConfigFileSize = 64L * 1024 * 1024;
 
 /** Bytes in a line buffer, the NUL counted. */
 constexpr int ConfigLineSize = 512;

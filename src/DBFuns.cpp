@@ -117,6 +117,14 @@ int judged(DBFunction function, std::optional<int> result)
     return result.value_or(-1);
 }
 
+/** Tells of a test data file that was not read to its end: the source says nothing of itself. */
+void tellOfCutTestFile()
+{
+    const QString file = testFileCutShort();
+    if (!file.isEmpty())
+        std::fprintf(stderr, "%s is longer than 64 MB: the rest is not read\n", QFile::encodeName(file).constData());
+}
+
 /** What the operator and the trace read of one fetch function. */
 struct FetchTexts {
     DBFunction function; ///< the DB library's
@@ -262,6 +270,7 @@ int fetch(const FetchTexts &texts, int (*library)(int *, Record **, Request *...
     std::puts(texts.entry);
     if (!library) {
         const int result = testSource(n, array ? *array : nullptr, request...);
+        tellOfCutTestFile();
         std::printf(texts.exit, result, n ? *n : -1);
         return result;
     }
@@ -287,6 +296,8 @@ int initialise(DBFunction function, const char *entry, const char *exit, InitDBS
     const QByteArray path = QFile::encodeName(dir);
     const int result =
         library ? judged(function, callLibrary(function, [&] { return library(path.constData()); })) : testSource(dir);
+    if (!library)
+        tellOfCutTestFile();
     std::puts(exit);
     return result;
 }

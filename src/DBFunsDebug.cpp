@@ -22,6 +22,7 @@ template <typename Record, int Size> struct Table {
 Table<CSensor, DebugSensorCapacity> sensorTable;
 Table<CMessageEvent, DebugEventCapacity> eventTable;
 Table<CMessageCommand, DebugCommandCapacity> commandTable;
+QString cutFile;       ///< what testFileCutShort() returns
 QString rememberedDir; ///< given last to the initialiser of events or of commands
 
 struct CloseFile {
@@ -113,11 +114,14 @@ bool fill(CMessageCommand &command, const Block &block)
 template <typename Table> void readTable(Table &table, const QString &path)
 {
     table.count = 0;
+    cutFile.clear();
     const std::unique_ptr<std::FILE, CloseFile> file(openRegularFile(QFile::encodeName(path).constData()));
     Block block;
     while (file && table.count < Table::Capacity && block.read(file.get()))
         if (fill(table.records[table.count], block))
             ++table.count;
+    if (file && std::ftell(file.get()) > MaxConfigFileSize)
+        cutFile = path;
 }
 
 /**
@@ -180,4 +184,9 @@ int DBGetCommandsDebug(int *n, CMessageCommand *commands, CMessageCommandRequest
 {
     const int result = InitDBCommandsDebug(rememberedDir);
     return result == 0 ? handOut(commandTable, n, commands) : result;
+}
+
+QString testFileCutShort()
+{
+    return cutFile;
 }

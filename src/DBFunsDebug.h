@@ -52,3 +52,6 @@ int InitDBCommandsDebug(QString dir);
 int DBGetSensorsDebug(int *n, CSensor *sensors);
 int DBGetEventsDebug(int *n, CMessageEvent *events, CMessageEventRequest *request);
 int DBGetCommandsDebug(int *n, CMessageCommand *commands, CMessageCommandRequest *request);
+
+/** The file that was read last if it is longer than MaxConfigFileSize and was therefore left at that, else empty. */
+QString testFileCutShort();

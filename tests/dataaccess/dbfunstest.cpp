@@ -208,6 +208,7 @@ private slots:
     void theOperatorIsToldOnceThatAFunctionFailsAndOnceThatItWorks();
     void anExceptionIsAFailureLikeAResult();
     void theTestDataSourceIsNoFunctionThatFails();
+    void aTestDataFileThatIsCutIsTold();
     void whatTheLibraryPrintsStandsInTheTrace();
     void oddRecordsAreCopiedAsFarAsTheyGo();
     void anExceptionEndsAtTheBoundary_data();
@@ -766,6 +767,21 @@ void TestDBFuns::theTestDataSourceIsNoFunctionThatFails()
              QByteArray());
     setFailureNotice(nullptr);
     QVERIFY(notices.isEmpty());
+}
+
+void TestDBFuns::aTestDataFileThatIsCutIsTold()
+{
+    const QString config = m_folder.filePath("config");
+    QVERIFY(QDir().mkpath(config));
+    const QString file = config + "/DebugInitEvents.txt";
+    write(file, "");
+    QVERIFY(QFile::resize(file, 65 * 1024 * 1024));
+    const QByteArray told = QFile::encodeName(file) + " is longer than 64 MB: the rest is not read\n";
+    QCOMPARE(captured([&] { InitDBEvents(config); }).err, told);
+    int count = -1;
+    CMessageEventRequest request;
+    QCOMPARE(captured([&] { DBGetEvents(&count, nullptr, &request, nullptr); }).err, told);
+    QCOMPARE(captured([&] { InitDBEvents("/nowhere"); }).err, QByteArray());
 }
 
 void TestDBFuns::whatTheLibraryPrintsStandsInTheTrace()

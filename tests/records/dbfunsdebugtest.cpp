@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "DBFunsDebug.h"
 
+#include "Config.h"
 #include "configvalue.h"
 #include "messagetext.h"
 #include "recordmaking.h"
@@ -63,7 +64,8 @@ private slots:
     void tableStopsAtItsCapacity_data();
     void tableStopsAtItsCapacity();
     void fileIsNotReadOnWhenTheTableIsFull();
-    void hugeFileIsReadToItsEnd();
+    void aFileIsReadToItsLimit();
+    void aFileBeyondTheLimitIsNotReadOn();
     void configVanishesBetweenFetches();
 
 private:
@@ -634,15 +636,33 @@ void TestDBFunsDebug::fileIsNotReadOnWhenTheTableIsFull()
     QVERIFY(bytesRead() - before < 1024 * 1024);
 }
 
-void TestDBFunsDebug::hugeFileIsReadToItsEnd()
+void TestDBFunsDebug::aFileIsReadToItsLimit()
 {
+    const QByteArray last = "}\n{\nSENSOR_ID=b\n}\n";
     QByteArray content = "{\nSENSOR_ID=a\n}\n";
-    content += QByteArray(50 * 1024 * 1024, 'x'); // one line
-    content += '\n' + QByteArray("x\n").repeated(25 * 1024 * 1024);
-    content += "}\n{\nSENSOR_ID=b\n}\n";
-    write(EventFile, content);
+    content += QByteArray(32 * 1024 * 1024, 'x'); // one line
+    content += '\n' + QByteArray("x\n").repeated(16 * 1024 * 1024);
+    content.truncate(MaxConfigFileSize - last.size() - 1);
+    write(EventFile, content + '\n' + last);
     QCOMPARE(InitDBEventsDebug(m_dir->path()), 0);
     QCOMPARE(eventNames(), QStringList({"a", "b"}));
+    QCOMPARE(testFileCutShort(), QString());
+    write(EventFile, content + "\n\n" + last);
+    QCOMPARE(eventNames(), QStringList({"a", "b"}));
+    QCOMPARE(testFileCutShort(), path(EventFile));
+}
+
+void TestDBFunsDebug::aFileBeyondTheLimitIsNotReadOn()
+{
+    write(EventFile, "{\nSENSOR_ID=a\n}\n");
+    QVERIFY(QFile::resize(path(EventFile), Q_INT64_C(16) << 30)); // a hole: it takes no room
+    const qint64 before = bytesRead();
+    QCOMPARE(InitDBEventsDebug(m_dir->path()), 0);
+    QVERIFY(before < 0 || bytesRead() - before < 65 * 1024 * 1024);
+    QCOMPARE(testFileCutShort(), path(EventFile));
+    write(EventFile, "{\nSENSOR_ID=a\n}\n");
+    QCOMPARE(eventNames(), QStringList("a"));
+    QCOMPARE(testFileCutShort(), QString());
 }
 
 void TestDBFunsDebug::configVanishesBetweenFetches()
