@@ -8,11 +8,13 @@
 #include "dbsymbols.h"
 #include "foreigncall.h"
 #include "installation.h"
+#include "visibletext.h"
 
 #include <QByteArray>
 #include <QFile>
 
 #include <array>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -323,18 +325,39 @@ int deleteRecord(DBFunction function, const char *entry, const char *exit, DBDel
     return 0;
 }
 
+/** What is wrong with a path from which the installation is to be looked for; NULL when nothing is. */
+const char *reasonAgainst(const QByteArray &directory)
+{
+    constexpr int room = 64; // for what comes behind it, as "/../../../Config/DebugInitCommands.txt"
+    if (directory.size() + room > PATH_MAX)
+        return "is too long";
+    return QFile::encodeName(QFile::decodeName(directory)) == directory ? nullptr : "has bytes that are no text here";
+}
+
+/** The working directory; empty, which is told, when there is none that could be used. */
+QByteArray workingDirectory()
+{
+    const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
+    if (!directory) {
+        std::perror("The working directory cannot be read");
+        return {};
+    }
+    const char *reason = reasonAgainst(directory.get());
+    if (!reason)
+        return directory.get();
+    std::fprintf(stderr, "The path of the working directory %s: %s\n", reason, visibleText(directory.get()).c_str());
+    return {};
+}
+
 /** Sets CurWD and BaseWD, or ends the process. */
 void findBaseDirectory()
 {
-    const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
-    if (directory) {
-        CurWD = QFile::decodeName(directory.get());
-        if (const std::optional<std::string> base = baseDirectoryAbove(directory.get())) {
-            BaseWD = QFile::decodeName(base->c_str());
-            return;
-        }
-    } else {
-        std::perror("The working directory cannot be read");
+    const QByteArray directory = workingDirectory();
+    CurWD = QFile::decodeName(directory);
+    const auto base = directory.isEmpty() ? std::nullopt : baseDirectoryAbove(directory.toStdString());
+    if (base) {
+        BaseWD = QFile::decodeName(base->c_str());
+        return;
     }
     constexpr const char *text = forTranslators("Can't find base dir");
     inform(nullptr, text, {text});

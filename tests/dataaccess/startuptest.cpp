@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <climits>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -60,6 +61,9 @@ private slots:
     void theLibraryGetsTheConfigurationDirectory();
     void aWorkingDirectoryThatIsGoneIsNoBaseDirectory();
     void aPathBeyondAsciiIsFound();
+    void aPathThatIsNoTextIsRefusedWithTheReason();
+    void aLongPathIsFoundOrRefusedWithTheReason_data();
+    void aLongPathIsFoundOrRefusedWithTheReason();
     void fileExistsTellsReadableRegularFiles();
     void anUnreadableFileCountsAsMissing();
 
@@ -245,6 +249,56 @@ void TestStartup::aPathBeyondAsciiIsFound()
                                                 "e/bin 1");
     folder(directory);
     QCOMPARE(run(directory).out, found(directory, "/.."));
+}
+
+/** Runs the probe in a folder that is made and entered step by step: no text and no call need take its whole path. */
+static Run runBelow(const QString &start, const QByteArrayList &steps)
+{
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(start);
+    for (const QByteArray &step : steps)
+        if (mkdir(step.constData(), 0700) != 0 || chdir(step.constData()) != 0)
+            qFatal("A folder cannot be made or entered");
+    QProcess process;
+    process.start("/bin/sh", {"-c", "mkdir ../Pics && : >../Pics/Red.bmp && exec '" INITDATA_PROBE "'"});
+    const bool ended = process.waitForFinished(Patience);
+    QDir::setCurrent(before);
+    QProcess::execute("rm", {"-rf", start + "/" + steps.first()});
+    return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+void TestStartup::aPathThatIsNoTextIsRefusedWithTheReason()
+{
+    const Run result = runBelow(m_folder->path(), {"a", "caf\xe9", "bin"});
+    QCOMPARE(result.status, 255);
+    QCOMPARE(result.out, QByteArray());
+    QCOMPARE(result.err, "The path of the working directory has bytes that are no text here: " +
+                             QFile::encodeName(path("a/caf")) + "\xe9/bin\nCan't find base dir\n");
+}
+
+void TestStartup::aLongPathIsFoundOrRefusedWithTheReason_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("found");
+    QTest::newRow("the longest") << PATH_MAX - 64 << true;
+    QTest::newRow("one longer") << PATH_MAX - 63 << false;
+    QTest::newRow("the longest that the system knows") << PATH_MAX - 1 << false;
+    QTest::newRow("a longer one") << PATH_MAX + 500 << false;
+}
+
+void TestStartup::aLongPathIsFoundOrRefusedWithTheReason()
+{
+    QFETCH(int, length);
+    QFETCH(bool, found);
+    QByteArrayList steps = {"a"};
+    int left = length - QFile::encodeName(path("a")).size();
+    for (; left > 250; left -= 101)
+        steps << QByteArray(100, 'd');
+    steps << QByteArray(left - 1, 'e');
+    const Run result = runBelow(m_folder->path(), steps);
+    QCOMPARE(result.status, found ? 0 : 255);
+    const QByteArray told = "The path of the working directory is too long: " + QFile::encodeName(path("a/ddd"));
+    QVERIFY2(found ? result.err.isEmpty() : result.err.startsWith(told), result.err);
 }
 
 void TestStartup::fileExistsTellsReadableRegularFiles()
