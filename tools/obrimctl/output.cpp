@@ -34,7 +34,7 @@ Output::Output()
 
 Output::~Output()
 {
-    dup2(m_descriptor, STDOUT_FILENO);
+    // What a library printed may wait in a buffer until the process ends: standard output is not put back.
     close(m_descriptor);
 }
 

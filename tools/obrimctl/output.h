@@ -16,8 +16,7 @@ enum class ColourUse { Auto, Always, Never };
 
 /**
  * Standard output, kept for the program itself: what a DB library prints goes
- * to standard error as long as this lives, so that it does not stand between
- * the records.
+ * to standard error from here on, so that it does not stand between the records.
  *
  * Writing throws OutputClosed, and Failure with the system's reason.
  */
