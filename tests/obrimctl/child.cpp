@@ -146,7 +146,8 @@ Ended runCtl(const std::vector<std::string> &arguments, const std::string &direc
     return Child(arguments, directory, environment).end();
 }
 
-Ended runOnTerminal(const std::vector<std::string> &arguments, int width, const std::vector<std::string> &environment)
+Ended runOnTerminal(const std::vector<std::string> &arguments, int width, bool errorsToo,
+                    const std::vector<std::string> &environment)
 {
     winsize size = {};
     size.ws_col = static_cast<unsigned short>(width);
@@ -155,7 +156,8 @@ Ended runOnTerminal(const std::vector<std::string> &arguments, int width, const 
     int terminal = -1;
     const pid_t process = forkpty(&terminal, nullptr, nullptr, &size);
     if (process == 0) {
-        dup2(errors, STDERR_FILENO);
+        if (!errorsToo)
+            dup2(errors, STDERR_FILENO);
         setenv("TERM", "xterm", 1);
         alarm(PatienceSeconds);
         become(arguments, "/", environment);

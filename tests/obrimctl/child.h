@@ -47,6 +47,9 @@ private:
 Ended runCtl(const std::vector<std::string> &arguments, const std::string &directory = "/",
              const std::vector<std::string> &environment = {});
 
-/** Runs obrimctl on a terminal that is `width` columns wide. What it writes there is the output, with CR LF. */
-Ended runOnTerminal(const std::vector<std::string> &arguments, int width,
+/**
+ * Runs obrimctl on a terminal that is `width` columns wide. What it writes there, with `errorsToo` standard error
+ * among it, is the output, with CR LF.
+ */
+Ended runOnTerminal(const std::vector<std::string> &arguments, int width, bool errorsToo = false,
                     const std::vector<std::string> &environment = {});
