@@ -213,6 +213,10 @@ TEST(CtlLibraries, OneThatEndsItsThreadOrThrowsEndsNothingElse)
 TEST(CtlLibraries, SensorsAreNamedForCompletion)
 {
     const TestInstallation installation(contractLibrary("cxx"));
-    EXPECT_EQ(runCtl({"sensor-names", "-C", installation.base()}).out, "sensor1\nsensor2\nsensor3\n");
+    EXPECT_EQ(runCtl({"complete", "-C", installation.base(), "put", ""}).out,
+              "sensor1\tFirst sensor\nsensor2\tSecond sensor\nsensor3\t\n");
+    EXPECT_EQ(runCtl({"complete", "events", "-C", installation.base(), "--sensor=sensor2"}).out,
+              "sensor2\tSecond sensor\n");
+    EXPECT_EQ(runCtl({"complete", "put", ""}).out, "") << "there is no installation";
 }
 } // namespace

@@ -21,8 +21,10 @@ fail() {
 
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
-for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" "$lib/obrim/bridge/DBLib.a" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" "$data/icons/hicolor/scalable/apps/obrim.svg" \
-    "$data/icons/hicolor/48x48/apps/obrim.png" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
+for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" \
+    "$lib/obrim/bridge/DBLib.a" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" \
+    "$data/icons/hicolor/scalable/apps/obrim.svg" "$data/icons/hicolor/48x48/apps/obrim.png" \
+    "$data/bash-completion/completions/obrimctl" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
 done
 [[ -s $(echo "$stage$data"/knotifications[56]/obrim.notifyrc) ]] || fail "obrim.notifyrc is not installed"
@@ -42,7 +44,7 @@ width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
 [[ $width == *'48 x 48'* ]] || fail "the icon of 48 pixels is: $width"
 
 # What is installed must not look for libraries in the build folder.
-for file in "$bin/obrim" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a"; do
+for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a"; do
     readelf -d "$stage$file" >"$stage/dynamic"
     ! grep -qE 'RPATH|RUNPATH' "$stage/dynamic" || fail "$file carries the build's library path"
 done
@@ -66,3 +68,13 @@ echo "Library=$stage$lib/obrim/DBLib.a" >"$plant/Config/DBLib.def"
 "$stage$bin/dblib-check" --only load --only initialise --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
     fail "the installed checker does not like the installed bridge: $(cat "$stage/check")"
 ! grep -q warn "$stage/check" || fail "the installed bridge does not come to work: $(cat "$stage/check")"
+
+# The same by the tool for the shell, which finds the library beside itself, wherever that is.
+XDG_DATA_HOME=$stage/home "$stage$bin/obrimctl" init "$stage/tooled" --database sqlite --desktop-entry >"$stage/init" ||
+    fail "the installed tool makes no installation"
+[[ $stage/tooled/Libs/DBLib.a -ef $stage$lib/obrim/DBLib.a ]] || fail "the tool links to another library"
+"$stage$bin/obrimctl" -C "$stage/tooled" status >"$stage/status" || fail "it is not well: $(cat "$stage/status")"
+entry=$(echo "$stage"/home/applications/*.desktop)
+desktop-file-validate "$entry" || fail "its menu entry is not valid"
+grep -qFx "Exec=\"$stage$bin/obrim\"" "$entry" || fail "its menu entry does not start the installed console: $(cat "$entry")"
+[[ -n $(find "$stage$data/zsh" -name _obrimctl) ]] || fail "there is no completion for zsh"

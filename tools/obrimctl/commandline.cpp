@@ -65,6 +65,7 @@ private:
     void addOthers();
 
     Invocation invocation(std::time_t now) const;
+    Invocation completion(const std::vector<std::string> &words) const;
     std::string missingCommand() const;
     std::string unexpected() const;
     CommandLineEnd usageEnd(const std::string &reason) const;
@@ -194,19 +195,14 @@ void Parser::addOthers()
     addValue(init, "--database", "DATABASE", "sqlite or library:FILE");
     addValue(init, "--group", "GROUP", "the group of operators and sensors, which owns the files");
     init.add_flag("--desktop-entry", m_typed.desktopEntry, "a menu entry that starts the console there");
-
-    CLI::App *names = m_app.add_subcommand("sensor-names", "List the names of the sensors, for completion.");
-    addDirectory(*names);
-    names->group("");
 }
 
 CommandName Parser::name() const
 {
     static const std::map<std::string, CommandName> names = {
-        {"sensors", CommandName::Sensors},   {"events", CommandName::Events},
-        {"commands", CommandName::Commands}, {"put", CommandName::Put},
-        {"status", CommandName::Status},     {"copy", CommandName::Copy},
-        {"init", CommandName::Init},         {"sensor-names", CommandName::SensorNames},
+        {"sensors", CommandName::Sensors}, {"events", CommandName::Events}, {"commands", CommandName::Commands},
+        {"put", CommandName::Put},         {"status", CommandName::Status}, {"copy", CommandName::Copy},
+        {"init", CommandName::Init},
     };
     const std::string parsed = m_app.get_subcommands().front()->get_name();
     if (parsed != "delete")
@@ -350,9 +346,18 @@ Invocation Parser::invocation(std::time_t now) const
         read.init = {m_typed.to, *m_typed.value("database"), m_typed.value("group") ? *m_typed.value("group") : "",
                      m_typed.desktopEntry};
         break;
-    case CommandName::SensorNames:
+    case CommandName::Complete:
         break;
     }
+    return read;
+}
+
+Invocation Parser::completion(const std::vector<std::string> &words) const
+{
+    Invocation read;
+    read.command = CommandName::Complete;
+    read.completion = completionOf(m_app, words);
+    read.directory = read.completion.directory;
     return read;
 }
 
@@ -382,6 +387,8 @@ std::variant<Invocation, CommandLineEnd> Parser::read(std::vector<std::string> a
 {
     if (arguments.size() == 1 && arguments.front() == "--help-json")
         return CommandLineEnd{ExitWell, helpJson(m_app), {}};
+    if (!arguments.empty() && arguments.front() == "complete")
+        return completion({arguments.begin() + 1, arguments.end()});
     for (std::string &argument : arguments) {
         if (argument == "--")
             break;

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "completion.h"
 #include "options.h"
 
 #include <ctime>
@@ -9,18 +10,7 @@
 #include <variant>
 #include <vector>
 
-enum class CommandName {
-    Sensors,
-    Events,
-    Commands,
-    Put,
-    DeleteEvent,
-    DeleteCommand,
-    Status,
-    Copy,
-    Init,
-    SensorNames ///< for completion
-};
+enum class CommandName { Sensors, Events, Commands, Put, DeleteEvent, DeleteCommand, Status, Copy, Init, Complete };
 
 /** A command line that was understood. */
 struct Invocation {
@@ -32,6 +22,7 @@ struct Invocation {
     StatusOptions status;
     std::string copyTo;
     InitOptions init;
+    Completion completion;
 };
 
 /** A command line that ends the program at once, with this text on standard output or standard error. */

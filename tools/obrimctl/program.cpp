@@ -62,16 +62,28 @@ void copy(const Invocation &invocation, Output &output)
     copyRecords(Source(from), target, visibleText(to.base), output);
 }
 
-/** One a line, so that those with a line feed in them are left out. */
-void listSensorNames(const Source &source, Output &output)
+/** Those with a line feed or a tab in them cannot stand in a line of candidates. */
+void addSensors(Completion &completion, const Source &source)
 {
     for (const CSensor &sensor : source.sensors()) {
         const std::string_view name = recordBytes(sensor.SensorID, sensor.LSensorID);
-        std::string line;
-        appendUtf8(line, name);
-        if (visible(name) == line)
-            output.write(line + "\n");
+        std::string word;
+        appendUtf8(word, name);
+        if (visible(name) == word && word.compare(0, completion.begin.size(), completion.begin) == 0)
+            completion.candidates.push_back({word, visible(recordBytes(sensor.Description, sensor.LDescription))});
     }
+}
+
+/** One candidate a line, with its description behind a tab; "/" stands for any folder. */
+void complete(const Invocation &invocation, Output &output)
+{
+    Completion completion = invocation.completion;
+    if (completion.others == Completion::Others::Sensors)
+        addSensors(completion, Source(installationOf(invocation)));
+    for (const Candidate &candidate : completion.candidates)
+        output.write(candidate.word + "\t" + candidate.description + "\n");
+    if (completion.others == Completion::Others::Folders)
+        output.write("/\n");
 }
 } // namespace
 
@@ -103,8 +115,8 @@ int run(const Invocation &invocation, Output &output)
     case CommandName::Init:
         makeInstallation(invocation.init, output);
         break;
-    case CommandName::SensorNames:
-        listSensorNames(Source(installationOf(invocation)), output);
+    case CommandName::Complete:
+        complete(invocation, output);
         break;
     }
     return ExitWell;
