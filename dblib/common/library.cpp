@@ -27,8 +27,10 @@ Store &Library::store()
     if (!m_settings)
         m_settings = readSettings(m_configDir);
     leaveParentsStore();
-    if (m_opened && !m_opened->serves(*m_settings))
+    if (m_opened && !m_opened->serves(*m_settings)) {
+        m_opened->leave();
         m_opened.reset();
+    }
     if (!m_opened) {
         m_opened = openStore(*m_settings);
         m_owner = ::getpid();

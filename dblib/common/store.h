@@ -35,6 +35,8 @@ public:
     virtual void open() {}
     /** True while this is the database that the settings name, and it is still there. */
     virtual bool serves(const Settings &settings) const = 0;
+    /** To be called before it is closed to open another one in its place; while this throws, none may be opened. */
+    virtual void leave() {}
 
     /**
      * The records that `request` selects: the newest first when the last are

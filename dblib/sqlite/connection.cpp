@@ -1,17 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "databasefiles.h"
 #include "sqlite.h"
 #include "sqlitereason.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <thread>
 #include <utility>
 
 namespace
 {
-constexpr int PauseOfOpening = 5;
+using namespace std::chrono_literals;
+
+constexpr auto PauseOfOpening = 5ms;
+constexpr auto PauseOfHandingOver = 1ms;
 /** So many operations of SQLite's machine take well under a millisecond. */
 constexpr int OperationsBetweenLooks = 10000;
 
@@ -52,7 +58,10 @@ bool isImmutable(const std::string &path)
     struct stat log = {};
     if (::statvfs(path.c_str(), &volume) != 0 || (volume.f_flag & ST_RDONLY) == 0)
         return false;
-    return ::stat((path + "-wal").c_str(), &log) == 0 ? log.st_size == 0 : errno == ENOENT;
+    // SQLite puts the log beside the file that a link leads to.
+    std::error_code error;
+    const std::string resolved = std::filesystem::canonical(path, error).string();
+    return !error && (::stat((resolved + "-wal").c_str(), &log) == 0 ? log.st_size == 0 : errno == ENOENT);
 }
 } // namespace
 
@@ -63,12 +72,16 @@ void Connection::Closer::operator()(sqlite3 *handle) const
     sqlite3_close_v2(handle);
 }
 
-Connection::Connection(const std::string &path, Durability durability, int busyMilliseconds)
+Connection::Connection(const std::string &path, Durability durability, int busyMilliseconds, WhenMissing whenMissing)
     : m_file(path)
     , m_patience(busyMilliseconds)
 {
-    open();
-    configure(durability);
+    const Clock::time_point start = Clock::now();
+    while (!connect(durability, whenMissing)) {
+        if (Clock::now() - start >= m_patience)
+            throw Error(m_file, "another program still has the file open that was here before");
+        std::this_thread::sleep_for(PauseOfOpening);
+    }
     m_beginReading = std::make_unique<Statement>(*this, "BEGIN");
     m_beginWriting = std::make_unique<Statement>(*this, "BEGIN IMMEDIATE");
     m_commit = std::make_unique<Statement>(*this, "COMMIT");
@@ -76,12 +89,45 @@ Connection::Connection(const std::string &path, Durability durability, int busyM
     m_undo = std::make_unique<Statement>(*this, "ROLLBACK");
 }
 
-Connection::~Connection() = default;
+Connection::~Connection()
+{
+    // SQLite would unlink whatever has the name of its log.
+    keepLogWhenClosed(!isInPlace());
+    try {
+        handOver();
+    } catch (const std::exception &) {
+        // Others have the same files open, and will do it.
+    }
+}
 
-void Connection::open()
+/** False when the log at the file's name is in use for another file, which may let go of it soon. */
+bool Connection::connect(Durability durability, WhenMissing whenMissing)
+{
+    m_db.reset();
+    m_files.reset();
+    open(whenMissing);
+    keepLogWhenClosed(true);
+    auto files = std::make_unique<DatabaseFiles>(m_file, handle());
+    configure();
+    if (!files->takeLog())
+        return false;
+    if (whenMissing == WhenMissing::Refuse && number("PRAGMA page_count") == 0)
+        throw Error(m_file, "the database is empty");
+    if (!readOnly()) {
+        enterWriteAheadMode();
+        run(durability == Durability::PowerLoss ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+    }
+    if (files->log() < 0 && !files->takeLog())
+        return false;
+    m_files = std::move(files);
+    return true;
+}
+
+void Connection::open(WhenMissing whenMissing)
 {
     const bool immutable = isImmutable(m_file);
-    const int access = immutable ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    const int create = whenMissing == WhenMissing::Make ? SQLITE_OPEN_CREATE : 0;
+    const int access = immutable ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | create;
     const std::string uri = uriOf(m_file) + (immutable ? "?immutable=1" : "");
     sqlite3 *handle = nullptr;
     const int code = sqlite3_open_v2(uri.c_str(), &handle, access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -90,7 +136,7 @@ void Connection::open()
         fail(code);
 }
 
-void Connection::configure(Durability durability)
+void Connection::configure()
 {
     sqlite3_extended_result_codes(handle(), 1);
     sqlite3_busy_timeout(handle(), int(m_patience.count()));
@@ -100,11 +146,14 @@ void Connection::configure(Durability durability)
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_ENABLE_FKEY, 0, nullptr);
     for (const auto &[limit, most] : Limits)
         sqlite3_limit(handle(), limit, most);
-    run("PRAGMA cell_size_check=ON; PRAGMA cache_size=-16000; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY");
-    if (!readOnly()) {
-        enterWriteAheadMode();
-        run(durability == Durability::PowerLoss ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
-    }
+    run("PRAGMA cell_size_check=ON; PRAGMA cache_size=-16000; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY; "
+        "PRAGMA schema_version");
+}
+
+void Connection::keepLogWhenClosed(bool keep)
+{
+    if (handle())
+        sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, int(keep), nullptr);
 }
 
 void Connection::enterWriteAheadMode()
@@ -114,13 +163,14 @@ void Connection::enterWriteAheadMode()
     const Clock::time_point start = Clock::now();
     for (;;) {
         char *message = nullptr;
-        const int code = sqlite3_exec(handle(), "PRAGMA journal_mode=WAL", nullptr, nullptr, &message);
+        const int code =
+            sqlite3_exec(handle(), "PRAGMA journal_mode=WAL; PRAGMA schema_version", nullptr, nullptr, &message);
         sqlite3_free(message);
         if (code == SQLITE_OK)
             return;
         if ((code & 0xff) != SQLITE_BUSY || Clock::now() - start >= m_patience)
             fail(code);
-        sqlite3_sleep(PauseOfOpening);
+        std::this_thread::sleep_for(PauseOfOpening);
     }
 }
 
@@ -163,6 +213,46 @@ void Connection::rollBackWhatWasLeft() noexcept
 {
     if (m_leftOpen)
         rollBack();
+}
+
+bool Connection::isInPlace() const
+{
+    return m_files->areInPlace();
+}
+
+void Connection::requireInPlace() const
+{
+    if (!isInPlace())
+        throw Error(m_file, "the database was replaced meanwhile");
+}
+
+void Connection::handOver()
+{
+    const Clock::time_point start = Clock::now();
+    while (!isInPlace() && !readOnly() && m_files->mayEmptyLog()) {
+        const int code = emptyLog();
+        // Others may be about the same, or in the midst of a transaction.
+        if ((code & 0xff) != SQLITE_BUSY) {
+            m_files->unlinkLog();
+            return;
+        }
+        if (Clock::now() - start >= m_patience)
+            fail(code);
+        std::this_thread::sleep_for(PauseOfHandingOver);
+    }
+}
+
+/** Writes all of the log into the file, unless another program is in the way: that is the result then. */
+int Connection::emptyLog()
+{
+    sqlite3_busy_timeout(handle(), 0);
+    const int code = sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+    sqlite3_busy_timeout(handle(), int(m_patience.count()));
+    // What is damaged cannot be saved by keeping its log.
+    const int primary = code & 0xff;
+    if (code != SQLITE_OK && primary != SQLITE_BUSY && primary != SQLITE_CORRUPT && primary != SQLITE_NOTADB)
+        fail(code);
+    return code;
 }
 
 unsigned Connection::dataVersion() const

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "library.h"
-#include "sqlitestore.h"
+#include "opensqlitestore.h"
 
 std::unique_ptr<Store> openStore(const Settings &settings)
 {
-    return std::make_unique<SqliteStore>(settings.database, Sqlite::Durability::PowerLoss);
+    return openSqliteStore(settings.database, Sqlite::Durability::PowerLoss);
 }

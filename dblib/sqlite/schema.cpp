@@ -81,7 +81,7 @@ std::int64_t valueOf(Sqlite::Statement &statement)
 
 namespace Schema
 {
-void prepare(Sqlite::Connection &connection)
+void prepare(Sqlite::Connection &connection, bool mayMake)
 {
     {
         // Another program may be making the tables: both marks come from one view.
@@ -92,6 +92,8 @@ void prepare(Sqlite::Connection &connection)
     // It may have finished since, so the question is asked again.
     Sqlite::Transaction transaction(connection, Sqlite::Transaction::Write);
     const int version = versionOf(connection);
+    if (version == 0 && !mayMake)
+        throw Sqlite::Error(connection.path(), "the database is empty");
     if (version > 0)
         requireOwnTables(connection);
     if (version < Version) {

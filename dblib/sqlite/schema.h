@@ -28,13 +28,13 @@ constexpr int ZoneShifts[] = {8, 14, 20};
 constexpr int ZoneLevels = int(sizeof ZoneShifts / sizeof ZoneShifts[0]);
 
 /**
- * Makes the tables in an empty file and brings those of an older version up to
- * date, in one transaction. Throws Sqlite::Error for a newer version, for
- * another program's database, for one whose tables are not as this program makes
- * them or that holds foreign triggers or virtual tables, and when it cannot be
- * written; the file is then as it was.
+ * Makes the tables in an empty file, if that is wanted, and brings those of an
+ * older version up to date, in one transaction. Throws Sqlite::Error for a newer
+ * version, for another program's database, for one whose tables are not as this
+ * program makes them or that holds foreign triggers or virtual tables, and when
+ * it cannot be written; the file is then as it was.
  */
-void prepare(Sqlite::Connection &connection);
+void prepare(Sqlite::Connection &connection, bool mayMake = true);
 
 /** A file that was prepared has tables of an older version now: it has to be prepared again. */
 class Outdated : public StoreError

@@ -57,11 +57,15 @@ private:
     sqlite3_value **m_values;
 };
 
+class DatabaseFiles;
 class Statement;
+
+/** What becomes of a file that is not there. */
+enum class WhenMissing { Make, Refuse };
 
 /**
  * One connection to a database file in write-ahead mode. Not for two threads
- * at a time. The file is made when it is missing, its folder is not.
+ * at a time. The file's folder is not made.
  */
 class Connection
 {
@@ -69,8 +73,9 @@ public:
     /** How long a statement may take to its next row or its end, unless it is allowed more. */
     static constexpr std::chrono::milliseconds LongestStep{3000};
 
-    /** Opens or makes `path`; another program's lock is waited for up to `busyMilliseconds`. Throws Error. */
-    Connection(const std::string &path, Durability durability, int busyMilliseconds);
+    /** Opens `path`; another program's lock is waited for up to `busyMilliseconds`. Throws Error. */
+    Connection(const std::string &path, Durability durability, int busyMilliseconds,
+               WhenMissing whenMissing = WhenMissing::Make);
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
     ~Connection();
@@ -107,6 +112,17 @@ public:
         m_longestStep = longest;
     }
 
+    /** True while the files at the database's names are the ones that are open. */
+    bool isInPlace() const;
+    /** Throws Error when they are not. */
+    void requireInPlace() const;
+    /**
+     * When the database is no longer at its path: brings all that was written
+     * into it, and leaves nothing behind that would be taken for part of the
+     * one that comes in its place. Throws Error when that is not possible yet.
+     */
+    void handOver();
+
     /** Begins one consistent view for several statements. */
     void beginReading();
     /** Takes the writer's place at once, so that no later step fails on a lock. */
@@ -123,9 +139,12 @@ private:
     friend class Statement;
     using Clock = std::chrono::steady_clock;
 
-    void open();
-    void configure(Durability durability);
+    bool connect(Durability durability, WhenMissing whenMissing);
+    void open(WhenMissing whenMissing);
+    void configure();
     void enterWriteAheadMode();
+    void keepLogWhenClosed(bool keep);
+    int emptyLog();
     static int takesTooLong(void *connection) noexcept;
 
     struct Closer {
@@ -144,6 +163,7 @@ private:
     std::uint64_t m_steps = 0;   ///< of all statements: how many rows were asked for
     std::uint64_t m_stepsLookedAt = 0;
     Clock::time_point m_stepSince;
+    std::unique_ptr<DatabaseFiles> m_files; ///< given up after the connection is closed
     std::unique_ptr<sqlite3, Closer> m_db;
     std::unique_ptr<Statement> m_beginReading;
     std::unique_ptr<Statement> m_beginWriting;

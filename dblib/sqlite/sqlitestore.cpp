@@ -10,7 +10,6 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
-#include <sys/stat.h>
 
 namespace
 {
@@ -21,8 +20,10 @@ constexpr int FewRows = 1000;
 /** From so many rows on it pays to do without the trigger. */
 constexpr std::size_t ManyRows = 1000;
 
-const std::string &withFolder(const std::string &path)
+const std::string &withFolder(const std::string &path, Sqlite::WhenMissing whenMissing)
 {
+    if (whenMissing == Sqlite::WhenMissing::Refuse)
+        return path;
     const std::filesystem::path folder = std::filesystem::path(path).parent_path();
     std::error_code error;
     if (!folder.empty())
@@ -138,21 +139,17 @@ private:
     std::optional<Sqlite::Transaction> m_own;
 };
 
-SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds)
-    : m_db(withFolder(path), durability, busyMilliseconds)
+SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds,
+                         Sqlite::WhenMissing whenMissing)
+    : m_db(withFolder(path, whenMissing), durability, busyMilliseconds, whenMissing)
     , m_watch(m_db)
     , m_eventTable(m_db, "event")
     , m_commandTable(m_db, "command")
 {
-    Schema::prepare(m_db);
+    Schema::prepare(m_db, whenMissing == Sqlite::WhenMissing::Make);
     View view(*this);
     m_prepared = std::make_unique<Statements>(m_db);
     view.end();
-    struct stat status = {};
-    if (::stat(path.c_str(), &status) == 0) {
-        m_device = status.st_dev;
-        m_inode = status.st_ino;
-    }
 }
 
 SqliteStore::~SqliteStore() = default;
@@ -174,27 +171,34 @@ bool SqliteStore::serves(const Settings &settings) const
 
 bool SqliteStore::isInPlace() const
 {
-    struct stat status = {};
-    return ::stat(path().c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
+    return m_db.isInPlace();
 }
 
-/** Begins a transaction: what was true of the file when it was opened has to be true in each. */
+void SqliteStore::leave()
+{
+    m_db.handOver();
+}
+
+/** Begins a transaction: what was true of the files when they were opened has to be true in each. */
 void SqliteStore::enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind)
 {
     try {
         transaction.emplace(m_db, kind);
-        lookAtFile();
+        lookAtFiles();
     } catch (const Schema::Outdated &) {
+        m_db.requireInPlace();
         transaction.reset();
-        Schema::prepare(m_db);
+        Schema::prepare(m_db, false);
         transaction.emplace(m_db, kind);
-        lookAtFile();
+        lookAtFiles();
     }
 }
 
-void SqliteStore::lookAtFile()
+void SqliteStore::lookAtFiles()
 {
-    if (m_watch.look()) {
+    const bool mayHaveChanged = m_watch.look();
+    m_db.requireInPlace();
+    if (mayHaveChanged) {
         for (LazyTable *table : {&m_eventTable, &m_commandTable})
             if (table->isReady())
                 (*table)->series.expectChange();

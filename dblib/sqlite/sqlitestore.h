@@ -21,15 +21,17 @@ public:
     /** How long to wait for another program's lock, in milliseconds. */
     static constexpr int BusyTime = 3000;
 
-    /** Opens `path`; makes the file and its folder when they are missing. */
-    SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds = BusyTime);
+    /** Opens `path`; makes the file and its folder when they are missing, unless that is to be refused. */
+    SqliteStore(const std::string &path, Sqlite::Durability durability, int busyMilliseconds = BusyTime,
+                Sqlite::WhenMissing whenMissing = Sqlite::WhenMissing::Make);
     ~SqliteStore() override;
 
     const std::string &path() const;
-    /** True while the file at the path is the one that is open. */
+    /** True while the file at the path, with its log, is the one that is open; every function throws when it is not. */
     bool isInPlace() const;
 
     bool serves(const Settings &settings) const override;
+    void leave() override;
     std::unique_ptr<Records<CMessageEvent>> events(const CMessageEventRequest &request) override;
     std::unique_ptr<Records<CMessageCommand>> commands(const CMessageCommandRequest &request) override;
     int putEvent(const NewMessage &event) override;
@@ -85,7 +87,7 @@ private:
     void noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series);
     bool remove(Table &table, int id);
     void enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind);
-    void lookAtFile();
+    void lookAtFiles();
     std::int64_t newestIdentifier(Table &table);
     int checkedIdentifier(std::int64_t id) const;
 
@@ -95,6 +97,4 @@ private:
     mutable LazyTable m_eventTable;
     mutable LazyTable m_commandTable;
     std::optional<Sqlite::Transaction> m_transaction; ///< of the batch that is open
-    std::uint64_t m_device = 0;
-    std::uint64_t m_inode = 0;
 };

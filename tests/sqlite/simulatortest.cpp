@@ -435,12 +435,35 @@ protected:
         text << file.rdbuf();
         return text.str();
     }
+    template <class Condition> static void await(Condition condition)
+    {
+        for (int i = 0; i < 6000 && !condition(); ++i)
+            ::usleep(10000);
+        EXPECT_TRUE(condition());
+    }
     /** Waits until the log has a line; the program is then in full run. */
     void awaitEvents()
     {
-        for (int i = 0; i < 2000 && textOf("log").empty(); ++i)
-            ::usleep(10000);
-        ASSERT_NE(textOf("log"), "");
+        await([this] { return !textOf("log").empty(); });
+    }
+    /** Identifiers of the events that the log has as written. */
+    std::multiset<int> loggedEvents()
+    {
+        std::multiset<int> ids;
+        std::istringstream log(textOf("log"));
+        for (std::string line; std::getline(log, line);)
+            if (line.rfind("event ", 0) == 0)
+                ids.insert(std::atoi(line.c_str() + 6));
+        return ids;
+    }
+    static std::multiset<int> eventsIn(const std::string &path)
+    {
+        SqliteStore store(path, Sqlite::Durability::Crash);
+        const auto events = store.events(eventsWanted(INT_MAX));
+        std::multiset<int> ids;
+        for (int i = 0; i < events->size(); ++i)
+            ids.insert((*events)[i].MessageID);
+        return ids;
     }
 
     TemporaryFolder m_folder;
@@ -567,6 +590,71 @@ TEST_F(ProgramTest, ADatabaseOfAnotherNameBesideItIsAnother)
     EXPECT_EQ(end(start({"--duration", "0.1"})), 0) << textOf("out");
     ::kill(first, SIGTERM);
     EXPECT_EQ(end(first), 0);
+}
+
+TEST_F(ProgramTest, GoesOnWhenAFileThatWasGoneIsBack)
+{
+    const pid_t child = start({"--rate", "200", "--log", m_folder.file("log")});
+    awaitEvents();
+    const std::string away = m_folder.file("away.db");
+    std::filesystem::rename(m_database, away);
+    await([&] { return textOf("out").find(": the database is gone\n") != std::string::npos; });
+    EXPECT_FALSE(std::filesystem::exists(m_database));
+    const std::string before = textOf("log");
+    std::filesystem::rename(away, m_database);
+    await([&] { return textOf("log").size() > before.size() + 1000; });
+    ::kill(child, SIGTERM);
+    EXPECT_EQ(end(child), 0);
+    EXPECT_EQ(eventsIn(m_database), loggedEvents());
+    EXPECT_THAT(textOf("out"), HasSubstr(" " + std::to_string(loggedEvents().size()) + " events written"));
+}
+
+TEST_F(ProgramTest, EndsWithAnErrorWhenItsFileIsGone)
+{
+    const pid_t child = start({"--rate", "200", "--log", m_folder.file("log")});
+    awaitEvents();
+    const std::string away = m_folder.file("away.db");
+    std::filesystem::rename(m_database, away);
+    await([&] { return textOf("out").find(": the database is gone\n") != std::string::npos; });
+    ::kill(child, SIGTERM);
+    EXPECT_EQ(end(child), 1);
+    EXPECT_FALSE(std::filesystem::exists(m_database));
+    EXPECT_EQ(eventsIn(away), loggedEvents()) << "what was not stored was not counted as written";
+}
+
+TEST_F(ProgramTest, FollowsAFileThatWasReplaced)
+{
+    // Its events have other numbers, so that each tells where it is.
+    const std::string other = m_folder.file("other.db");
+    {
+        SqliteStore store(other, Sqlite::Durability::Crash);
+        store.registerSensor("analyser01", 1, "");
+        store.setState("analyser01", SensorState::Killed);
+        store.put(makeEvent("s", "e", 0));
+        store.connection().run("DELETE FROM event; UPDATE sqlite_sequence SET seq = 1000000 WHERE name = 'event'");
+    }
+    const pid_t child = start({"--rate", "200", "--log", m_folder.file("log")});
+    awaitEvents();
+    const std::string away = m_folder.file("away.db");
+    std::filesystem::rename(m_database, away);
+    std::filesystem::copy_file(other, m_database);
+    await([&] { return textOf("log").find("event 10005") != std::string::npos; });
+    {
+        SqliteStore store(m_database, Sqlite::Durability::Crash);
+        const int id = store.put(makeCommand("analyser01", CommandStart, 0));
+        await([&] {
+            return textOf("log").find("command " + std::to_string(id) + " analyser01 Start") != std::string::npos;
+        });
+        EXPECT_EQ(store.connection().number("SELECT count(*) FROM event WHERE id > 1000000"),
+                  store.connection().number("SELECT count(*) FROM event"));
+    }
+    ::kill(child, SIGTERM);
+    EXPECT_EQ(end(child), 0);
+    std::multiset<int> stored = eventsIn(away);
+    for (const int id : eventsIn(m_database))
+        stored.insert(id);
+    EXPECT_EQ(stored, loggedEvents());
+    EXPECT_THAT(textOf("out"), HasSubstr(" 0 dead, ")) << "it was dead in the file that came";
 }
 
 TEST_F(ProgramTest, FaultsAreNamed)

@@ -222,6 +222,29 @@ TEST_F(FaultTest, MediumThatCannotBeWritten)
     });
 }
 
+TEST_F(FaultTest, ALogBehindALinkOnAMediumThatCannotBeWritten)
+{
+    {
+        SqliteStore store(database(), Sqlite::Durability::Crash);
+        store.put(makeEvent("sensor", "event", 1000));
+        std::filesystem::create_directory(m_folder.file("Medium"));
+        for (const char *suffix : {"", "-wal", "-shm"})
+            std::filesystem::copy_file(database() + suffix, m_folder.file("Medium/x.db") + suffix);
+    }
+    for (const char *suffix : {"", "-wal", "-shm"})
+        std::filesystem::remove(database() + suffix);
+    inChild([this] {
+        ownMounts();
+        const std::string medium = m_folder.file("Medium");
+        if (::mount(medium.c_str(), medium.c_str(), nullptr, MS_BIND, nullptr) != 0 ||
+            ::mount(nullptr, medium.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) != 0)
+            ::_exit(NotPossible);
+        std::filesystem::create_symlink(m_folder.file("Medium/x.db"), database());
+        EXPECT_EQ(initialise(), 0);
+        EXPECT_EQ(count(), 1) << "the row stands in the log";
+    });
+}
+
 TEST_F(FaultTest, ReadOnlyFile)
 {
     // A writer that lives holds the files of write-ahead mode open, as an installation's sensors do.

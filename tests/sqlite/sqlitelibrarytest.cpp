@@ -4,9 +4,11 @@
 /** @file What the library does with its files, beside what every library has to do. */
 #include "DBFuns.h"
 #include "LoadDLL.h"
+#include "capturedoutput.h"
 #include "data.h"
 #include "storetesting.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -15,6 +17,8 @@
 
 namespace
 {
+using testing::HasSubstr;
+
 constexpr char Library[] = DBLIB_SQLITE;
 
 /** An installation with a library of its own: a copied file is loaded anew, so that no test meets another's state. */
@@ -88,14 +92,27 @@ TEST_F(LibraryTest, TheDatabaseIsClosedWhenTheProgramEnds)
     EXPECT_EQ(eventCount(), 1);
 }
 
-TEST_F(LibraryTest, AReplacedFileIsOpenedAnew)
+TEST_F(LibraryTest, ADatabaseThatIsGoneIsNotMadeAnew)
 {
     initialise();
     CMessageEvent event = makeEvent("s", "e", 0);
     ASSERT_EQ(FDBPutEvent(&event), 0);
     std::filesystem::remove_all(m_folder.file("Data"));
+    {
+        const CapturedOutput errors(stderr);
+        EXPECT_NE(FDBPutEvent(&event), 0);
+        EXPECT_NE(FInitDBEvents(m_folder.file("Config").c_str()), 0);
+        EXPECT_THAT(errors.text(), HasSubstr("cannot store an event: "));
+        EXPECT_THAT(errors.text(), HasSubstr("/Data/installation.db: the database is gone"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_folder.file("Data")));
+    // Another one that the settings name is another matter, and does not bring back the right to make the first.
+    std::ofstream(m_folder.file("Config/DBLib.def")) << "Database=../other.db\n";
+    initialise();
     EXPECT_EQ(eventCount(), 0);
-    ASSERT_EQ(FDBPutEvent(&event), 0);
-    EXPECT_EQ(eventCount(), 1);
+    std::filesystem::remove(m_folder.file("Config/DBLib.def"));
+    const CapturedOutput errors(stderr);
+    EXPECT_NE(FInitDBEvents(m_folder.file("Config").c_str()), 0);
+    EXPECT_FALSE(std::filesystem::exists(m_folder.file("Data")));
 }
 } // namespace

@@ -204,7 +204,15 @@ protected:
     }
     std::string database() const
     {
-        return m_folder.file("Own/Data/installation.db");
+        return m_folder.file(m_own + "/Data/installation.db");
+    }
+    /** Lets the settings name a database that is not there and never was: only such a one is made. */
+    void chooseNewDatabase()
+    {
+        m_own = "Own" + std::to_string(++m_choices);
+        std::ofstream(m_folder.file("Config/DBLib.def")) << "Database=../" << m_own << "/Data/installation.db\n";
+        m_events.clear();
+        m_commands.clear();
     }
     /** Closes the database: the library opens another one. */
     void leave()
@@ -489,6 +497,8 @@ protected:
 
     TemporaryFolder m_folder;
     std::string m_config = m_folder.file("Config");
+    std::string m_own = "Own";
+    int m_choices = 0;
     std::vector<CMessageEvent> m_events;
     std::vector<CMessageCommand> m_commands;
     std::set<int> m_undecidedEvents;
@@ -632,8 +642,8 @@ TEST_P(NthFailure, MakeAndPut)
         50,
         [&] {
             leave();
-            std::filesystem::remove_all(m_folder.file("Own"));
-            m_events.clear();
+            std::filesystem::remove_all(m_folder.file(m_own));
+            chooseNewDatabase();
         },
         [&] {
             initialised = result = 1;

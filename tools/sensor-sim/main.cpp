@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "options.h"
-#include "sensorslock.h"
+#include "sensorsdatabase.h"
 #include "settings.h"
 #include "simulation.h"
-#include "sqlitestore.h"
 
 #include <algorithm>
 #include <chrono>
@@ -106,7 +105,23 @@ int fill(Simulation &simulation, int count, EndSignals &signals, ProgressLine &l
     return 0;
 }
 
-int run(Simulation &simulation, const Options &options, EndSignals &signals, ProgressLine &line)
+/** One round on whichever database is there. */
+void advance(Simulation &simulation, SensorsDatabase &database, double elapsed)
+{
+    const int before = database.generation();
+    try {
+        SqliteStore &store = database.store();
+        if (database.generation() != before || !simulation.hasStore())
+            simulation.moveTo(store);
+    } catch (const std::exception &) {
+        simulation.draw(elapsed);
+        throw;
+    }
+    simulation.advance(elapsed);
+}
+
+int run(Simulation &simulation, SensorsDatabase &database, const Options &options, EndSignals &signals,
+        ProgressLine &line)
 {
     const Clock::time_point start = Clock::now();
     std::string fault;
@@ -117,7 +132,7 @@ int run(Simulation &simulation, const Options &options, EndSignals &signals, Pro
         // A last round, so that nothing drawn before the end stays unwritten.
         last = signals.wait(0) || (options.duration && elapsed >= *options.duration);
         try {
-            simulation.advance(options.duration ? std::min(elapsed, *options.duration) : elapsed);
+            advance(simulation, database, options.duration ? std::min(elapsed, *options.duration) : elapsed);
             fault.clear();
         } catch (const std::exception &error) {
             complain(fault, error.what());
@@ -152,13 +167,16 @@ int play(const Options &options)
             return 1;
         }
     }
-    SensorsLock lock; // outlives the store
-    SqliteStore store(readSettings(options.configDir).database, Sqlite::Durability::Crash);
-    if (!options.fill)
-        lock.take(store.path());
+    const std::string path = readSettings(options.configDir).database;
     const unsigned seed = options.seed ? *options.seed : std::random_device()();
-    Simulation simulation(store, options.sensors, seed, options.rate, log.get());
-    return options.fill ? fill(simulation, *options.fill, signals, line) : run(simulation, options, signals, line);
+    if (options.fill) {
+        SqliteStore store(path, Sqlite::Durability::Crash);
+        Simulation simulation(store, options.sensors, seed, options.rate, log.get());
+        return fill(simulation, *options.fill, signals, line);
+    }
+    SensorsDatabase database(path);
+    Simulation simulation(database.store(), options.sensors, seed, options.rate, log.get());
+    return run(simulation, database, options, signals, line);
 }
 } // namespace
 

@@ -26,7 +26,8 @@ public:
      * Sqlite::Error when another program plays them and goes on doing so for
      * `patience` milliseconds: one that was just killed may need a moment to end.
      */
-    void take(const std::string &path, int patience = 1000);
+    void take(const std::string &path, int patience = Patience);
+    static constexpr int Patience = 1000;
 
 private:
     int m_descriptor = -1;

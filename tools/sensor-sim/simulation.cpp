@@ -62,24 +62,30 @@ const char *stateName(SensorState state)
 } // namespace
 
 Simulation::Simulation(Store &used, int sensorCount, unsigned seed, double eventRate, std::FILE *logFile)
-    : m_store(used)
-    , m_source(makeSensors(sensorCount), seed)
+    : m_source(makeSensors(sensorCount), seed)
     , m_rate(eventRate)
     , m_log(logFile)
 {
-    std::vector<SimulatedSensor> made = makeSensors(sensorCount);
-    Store::Batch batch(m_store);
-    for (SimulatedSensor &sensor : made) {
-        m_store.registerSensor(sensor.name, sensor.kind, sensor.description);
+    for (SimulatedSensor &sensor : makeSensors(sensorCount)) {
         m_sensorByName.emplace(sensor.name, m_sensors.size());
         m_sensors.emplace_back();
         m_sensors.back().self = std::move(sensor);
     }
-    takeStates();
+    moveTo(used);
+}
+
+void Simulation::moveTo(Store &store)
+{
+    m_store = nullptr;
+    Store::Batch batch(store);
+    for (const Sensor &sensor : m_sensors)
+        store.registerSensor(sensor.self.name, sensor.self.kind, sensor.self.description);
+    takeStates(store);
     m_lastCommandSeen = INT_MAX;
     for (const Sensor &sensor : m_sensors)
         m_lastCommandSeen = std::min(m_lastCommandSeen, sensor.lastCommand);
     batch.commit();
+    m_store = &store;
 }
 
 void Simulation::advance(double elapsed)
@@ -88,7 +94,7 @@ void Simulation::advance(double elapsed)
         obey();
         m_nextCommands = elapsed + CommandSeconds;
     }
-    drawDue(elapsed);
+    draw(elapsed);
     writePending();
     if (elapsed >= m_nextKeepAlive) {
         keepAlive();
@@ -96,7 +102,7 @@ void Simulation::advance(double elapsed)
     }
 }
 
-void Simulation::drawDue(double elapsed)
+void Simulation::draw(double elapsed)
 {
     const auto due = std::int64_t(std::floor(elapsed * m_rate));
     for (; m_drawn < due && m_pending.size() < MostPending; ++m_drawn) {
@@ -125,7 +131,7 @@ void Simulation::writePending()
     std::vector<NewMessage> messages;
     for (const Pending &event : m_pending)
         messages.push_back(message(m_sensors[event.sensor], event.name, event.params, event.time));
-    int id = m_store.putEvents(messages);
+    int id = m_store->putEvents(messages);
     for (const Pending &event : m_pending)
         note("event", id++, m_sensors[event.sensor].self.name, event.name);
     m_written += std::int64_t(m_pending.size());
@@ -138,17 +144,19 @@ void Simulation::keepAlive()
     for (const Sensor &sensor : m_sensors)
         if (sensor.state != SensorState::Killed)
             living.push_back(sensor.self.name);
-    m_store.keepAlive(living, currentTime());
+    m_store->keepAlive(living, currentTime());
 }
 
 void Simulation::obey()
 {
+    if (m_lastCommandSeen == INT_MAX)
+        return; // there is none behind it
     CMessageCommandRequest request;
     request.NMax = CommandsAtOnce;
     request.TakeFirst1_Last0 = 1;
     request.UseCommandID0 = 1;
     request.CommandID0 = m_lastCommandSeen + 1;
-    const auto commands = m_store.commands(request);
+    const auto commands = m_store->commands(request);
     for (int i = 0; i < commands->size(); ++i) {
         obey((*commands)[i]);
         m_lastCommandSeen = (*commands)[i].CommandID;
@@ -163,21 +171,21 @@ void Simulation::noteCommandsRead()
     std::vector<std::string> names;
     for (const Sensor &sensor : m_sensors)
         names.push_back(sensor.self.name);
-    m_store.readCommands(names, m_lastCommandSeen);
-    takeStates();
+    m_store->readCommands(names, m_lastCommandSeen);
+    takeStates(*m_store);
 }
 
 SensorState Simulation::storedState(const std::string &sensor)
 {
-    for (const StoredSensor &stored : m_store.storedSensors())
+    for (const StoredSensor &stored : m_store->storedSensors())
         if (stored.name == sensor)
             return stored.state;
     return SensorState::Running;
 }
 
-void Simulation::takeStates()
+void Simulation::takeStates(Store &store)
 {
-    for (const StoredSensor &stored : m_store.storedSensors()) {
+    for (const StoredSensor &stored : store.storedSensors()) {
         const auto found = m_sensorByName.find(stored.name);
         if (found != m_sensorByName.end()) {
             m_sensors[found->second].state = stored.state;
@@ -195,16 +203,16 @@ void Simulation::obey(const CMessageCommand &command)
     Sensor after = m_sensors[found->second];
     after.lastCommand = command.CommandID;
     int reportId = 0;
-    Store::Batch batch(m_store);
+    Store::Batch batch(*m_store);
     // Other programs may play the same sensors.
-    if (m_store.readCommands({after.self.name}, command.CommandID) == 0)
+    if (m_store->readCommands({after.self.name}, command.CommandID) == 0)
         return;
     after.state = storedState(after.self.name);
     const bool hears = after.state != SensorState::Killed || command.CommandType == CommandStart;
     if (hears) {
         after.state = stateAfter(command.CommandType, after.state);
-        m_store.setState(after.self.name, after.state);
-        m_store.keepAlive({after.self.name}, currentTime());
+        m_store->setState(after.self.name, after.state);
+        m_store->keepAlive({after.self.name}, currentTime());
         reportId = report(after, command);
     }
     batch.commit();
@@ -223,7 +231,7 @@ int Simulation::report(const Sensor &sensor, const CMessageCommand &command)
     writer.addInteger("command", command.CommandID)
         .addText("order", orderName(command.CommandType))
         .addText("result", isKnownOrder(command.CommandType) ? stateName(sensor.state) : "unknown order");
-    return m_store.putEvent(message(sensor, ReportName, writer.finish(), currentTime()));
+    return m_store->putEvent(message(sensor, ReportName, writer.finish(), currentTime()));
 }
 
 void Simulation::note(const char *what, int id, const std::string &sensor, std::string_view name)
@@ -261,7 +269,7 @@ void Simulation::fill(int count, const std::function<bool(int)> &progress)
 {
     const double historyRate = m_rate > 0 ? m_rate : DefaultHistoryRate;
     const std::int64_t now = currentTime();
-    m_store.expectMany();
+    m_store->expectMany();
     // The next portion is drawn while the store is busy with this one.
     const auto startDrawing = [&](int done) {
         return std::async(std::launch::async, [this, done, count, historyRate, now] {
@@ -274,7 +282,7 @@ void Simulation::fill(int count, const std::function<bool(int)> &progress)
         const int drawnUpTo = done + int(portion.messages.size());
         if (drawnUpTo < count)
             next = startDrawing(drawnUpTo);
-        m_store.putEvents(portion.messages);
+        m_store->putEvents(portion.messages);
         done = drawnUpTo;
         m_written += std::int64_t(portion.messages.size());
         if (!progress(done))

@@ -37,12 +37,22 @@ public:
     /** Makes the sensors known to the store and goes on in the state in which it has them. `log` may be NULL. */
     Simulation(Store &store, int sensors, unsigned seed, double rate, std::FILE *log);
 
+    /** Goes on with another store in the state in which that has the sensors. What was not written yet goes there. */
+    void moveTo(Store &store);
+    /** False when that has failed: it has to be done again before anything else. */
+    bool hasStore() const
+    {
+        return m_store != nullptr;
+    }
+
     /**
      * Does what is due `elapsed` seconds after the start: events, signs of life
      * and commands, each as one transaction. What could not be written when this
      * throws is written by the next call.
      */
     void advance(double elapsed);
+    /** Draws the events that are due and keeps them for the next call of advance: for when there is no store. */
+    void draw(double elapsed);
 
     /**
      * Writes `count` events of history that end now, as fast as it goes.
@@ -72,20 +82,19 @@ private:
         std::unique_ptr<std::string> params;
     };
 
-    void drawDue(double elapsed);
     void writePending();
     void keepAlive();
     void obey();
     void obey(const CMessageCommand &command);
     void noteCommandsRead();
-    void takeStates();
+    void takeStates(Store &store);
     SensorState storedState(const std::string &sensor);
     Portion drawPortion(int count, std::int64_t oldestAge, double historyRate, std::int64_t now);
     int report(const Sensor &sensor, const CMessageCommand &command);
     NewMessage message(const Sensor &sensor, std::string_view name, std::string_view params, std::int64_t time) const;
     void note(const char *what, int id, const std::string &sensor, std::string_view name);
 
-    Store &m_store;
+    Store *m_store = nullptr; ///< not while moving
     EventSource m_source;
     double m_rate;
     std::FILE *m_log;
