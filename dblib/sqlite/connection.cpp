@@ -3,6 +3,7 @@
 #include "databasefiles.h"
 #include "sqlite.h"
 #include "sqlitereason.h"
+#include "writerqueue.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -17,7 +18,11 @@ namespace
 using namespace std::chrono_literals;
 
 constexpr auto PauseOfOpening = 5ms;
+constexpr auto PauseOfQueue = 500us;
 constexpr auto PauseOfHandingOver = 1ms;
+/** So often whoever waits tries to write, whoever stands before: seldom, as one who is served in turn looks more often.
+ */
+constexpr auto PauseOfOvertaking = 100ms;
 /** So many operations of SQLite's machine take well under a millisecond. */
 constexpr int OperationsBetweenLooks = 10000;
 
@@ -147,7 +152,7 @@ void Connection::configure()
     for (const auto &[limit, most] : Limits)
         sqlite3_limit(handle(), limit, most);
     run("PRAGMA cell_size_check=ON; PRAGMA cache_size=-16000; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY; "
-        "PRAGMA schema_version");
+        "PRAGMA journal_size_limit=4194304; PRAGMA schema_version");
 }
 
 void Connection::keepLogWhenClosed(bool keep)
@@ -192,7 +197,34 @@ void Connection::beginReading()
 
 void Connection::beginWriting()
 {
-    m_beginWriting->run();
+    WriterQueue queue(m_files->log());
+    const Clock::time_point start = Clock::now();
+    Clock::time_point overtaking = start + PauseOfOvertaking;
+    for (;;) {
+        const Clock::time_point now = Clock::now();
+        // One that stands still in the queue must not stop all behind it.
+        const bool mayOvertake = now >= overtaking;
+        if ((mayOvertake || queue.isFirst()) && tryToBeginWriting())
+            return;
+        if (now - start >= m_patience)
+            fail(SQLITE_BUSY);
+        overtaking = mayOvertake ? now + PauseOfOvertaking : overtaking;
+        queue.join();
+        std::this_thread::sleep_for(PauseOfQueue);
+    }
+}
+
+/** False when another program is writing. */
+bool Connection::tryToBeginWriting()
+{
+    const Resetter reset(*m_beginWriting);
+    ++m_steps;
+    sqlite3_busy_timeout(handle(), 0);
+    const int code = sqlite3_step(m_beginWriting->handle());
+    sqlite3_busy_timeout(handle(), int(m_patience.count()));
+    if (code != SQLITE_DONE && (code & 0xff) != SQLITE_BUSY)
+        fail(code);
+    return code == SQLITE_DONE;
 }
 
 void Connection::commit()

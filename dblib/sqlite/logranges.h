@@ -13,6 +13,8 @@
  */
 namespace Sqlite::LogRanges
 {
+/** Exclusive: the numbers that those have who wait for their turn to write. */
+constexpr std::int64_t Numbers = 0;
 /** Shared: the inode of the database that the log is used for. */
 constexpr std::int64_t Owners = std::int64_t(1) << 62;
 /** Behind the last one. */

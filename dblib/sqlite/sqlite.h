@@ -125,7 +125,7 @@ public:
 
     /** Begins one consistent view for several statements. */
     void beginReading();
-    /** Takes the writer's place at once, so that no later step fails on a lock. */
+    /** Takes the writer's place at once, in turn with other programs, so that no later step fails on a lock. */
     void beginWriting();
     void commit();
     /** Undoes the transaction that is open, if any; needs no memory as long as no table was made since. */
@@ -144,6 +144,7 @@ private:
     void configure();
     void enterWriteAheadMode();
     void keepLogWhenClosed(bool keep);
+    bool tryToBeginWriting();
     int emptyLog();
     static int takesTooLong(void *connection) noexcept;
 
