@@ -1,7 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-/** @file A writer that is killed at any moment loses nothing that it was told to be stored. */
+/**
+ * @file
+ * Three writers that are killed at any moment lose nothing that they were told
+ * to be stored. OBRIM_KILL_ROUNDS is how often.
+ */
 #include "sqlitestore.h"
 #include "storetesting.h"
 
@@ -9,13 +13,20 @@
 
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <random>
 #include <set>
 #include <sys/wait.h>
 
 namespace
 {
-constexpr int Kills = 200;
+constexpr int Writers = 3;
+
+int rounds()
+{
+    const char *given = std::getenv("OBRIM_KILL_ROUNDS");
+    return given ? std::atoi(given) : 60;
+}
 
 /** What a writer tells through its pipe: each change when it was confirmed, a delete also before. */
 struct Told {
@@ -85,34 +96,68 @@ struct Confirmed {
     }
 };
 
-/**
- * Lets a writer live for some time, counted from its start or from its first
- * record; what it was told to be stored is added to `confirmed`.
- */
-void runAndKill(const std::string &path, bool afterFirst, int microseconds, Confirmed &confirmed)
+/** A writer as a process of its own. */
+class Writer
 {
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t writer = ::fork();
-    if (writer == 0) {
-        ::close(ends[0]);
-        writeUntilKilled(path, ends[1]);
+public:
+    explicit Writer(const std::string &path)
+    {
+        int ends[2];
+        if (::pipe(ends) != 0)
+            ::abort();
+        m_pid = ::fork();
+        if (m_pid == 0) {
+            ::close(ends[0]);
+            writeUntilKilled(path, ends[1]);
+        }
+        ::close(ends[1]);
+        m_end = ends[0];
     }
-    ::close(ends[1]);
-    Told told = {};
-    if (afterFirst) {
-        ASSERT_EQ(::read(ends[0], &told, sizeof told), ssize_t(sizeof told));
+    void awaitFirst(Confirmed &confirmed) const
+    {
+        Told told = {};
+        ASSERT_EQ(::read(m_end, &told, sizeof told), ssize_t(sizeof told));
         confirmed.add(told);
     }
-    // The moment is drawn, not waited for: any moment has to do.
-    ::usleep(useconds_t(microseconds));
-    ::kill(writer, SIGKILL);
-    while (::read(ends[0], &told, sizeof told) == ssize_t(sizeof told))
-        confirmed.add(told);
-    ::close(ends[0]);
-    int status = 0;
-    ::waitpid(writer, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
+    void kill() const
+    {
+        ::kill(m_pid, SIGKILL);
+    }
+    /** When it was killed; what it was told to be stored is added. */
+    void end(Confirmed &confirmed) const
+    {
+        Told told = {};
+        while (::read(m_end, &told, sizeof told) == ssize_t(sizeof told))
+            confirmed.add(told);
+        ::close(m_end);
+        int status = 0;
+        ::waitpid(m_pid, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
+    }
+
+private:
+    pid_t m_pid = 0;
+    int m_end = -1;
+};
+
+/**
+ * Lets writers live for some time, counted from their start or from the first
+ * record of each. One is killed before the others, which go on meanwhile.
+ */
+void runAndKill(const std::string &path, bool afterFirst, std::mt19937 &random, Confirmed &confirmed)
+{
+    std::vector<Writer> writers;
+    for (int i = 0; i < Writers; ++i)
+        writers.emplace_back(path);
+    for (std::size_t i = 0; afterFirst && i < writers.size(); ++i)
+        ASSERT_NO_FATAL_FAILURE(writers[i].awaitFirst(confirmed));
+    // The moments are drawn, not waited for: any moment has to do.
+    for (const Writer &writer : writers) {
+        ::usleep(useconds_t(random() % 30000));
+        writer.kill();
+    }
+    for (const Writer &writer : writers)
+        writer.end(confirmed);
 }
 
 void expectWhatWasConfirmed(SqliteStore &store, const Confirmed &confirmed)
@@ -158,9 +203,10 @@ TEST(Kill, NothingThatWasConfirmedIsLost)
     std::mt19937 random(seed);
     Confirmed confirmed;
     std::size_t deletes = 0;
-    for (int i = 0; i < Kills; ++i) {
-        SCOPED_TRACE("after kill " + std::to_string(i));
-        runAndKill(path, i % 4 != 0, int(random() % 20000), confirmed);
+    std::size_t total = 0;
+    for (int i = 0; i < rounds(); ++i) {
+        SCOPED_TRACE("after round " + std::to_string(i));
+        ASSERT_NO_FATAL_FAILURE(runAndKill(path, i % 4 != 0, random, confirmed));
         SqliteStore store(path, Sqlite::Durability::PowerLoss);
         ASSERT_EQ(integrity(store), "ok");
         ASSERT_NO_FATAL_FAILURE(expectWhatWasConfirmed(store, confirmed));
@@ -169,13 +215,17 @@ TEST(Kill, NothingThatWasConfirmedIsLost)
             ASSERT_EQ(rowsOutsideTheirZones(store), 0);
             store.connection().run("DELETE FROM event; DELETE FROM command");
             deletes += confirmed.deleted.size();
+            total += confirmed.events.size() + confirmed.commands.size();
             confirmed = {};
         }
     }
     EXPECT_GT(deletes + confirmed.deleted.size(), 0U) << "nothing was deleted";
     SqliteStore store(path, Sqlite::Durability::PowerLoss);
     EXPECT_EQ(rowsOutsideTheirZones(store), 0);
-    EXPECT_GT(store.connection().number("SELECT seq FROM sqlite_sequence WHERE name = 'event'"), Kills)
+    EXPECT_GT(store.connection().number("SELECT seq FROM sqlite_sequence WHERE name = 'event'"), rounds())
         << "hardly anything was written";
+    total += confirmed.events.size() + confirmed.commands.size();
+    std::printf("%d rounds of %d writers: %zu confirmed records, none lost or doubled; %zu confirmed deletes\n",
+                rounds(), Writers, total, deletes + confirmed.deleted.size());
 }
 } // namespace
