@@ -330,6 +330,24 @@ TEST_F(SimulationTest, SensorsThatAreNewHearNoOldCommands)
     EXPECT_EQ(more.totals().dead, 1);
 }
 
+TEST_F(SimulationTest, AnEarlierStateThatIsRestoredUnderItIsGoneOnFrom)
+{
+    order("analyser01", CommandRestart);
+    order("analyser01", CommandStop);
+    advance(1);
+    m_store.connection().run("UPDATE sensor SET state = 'running', last_command = 0; DELETE FROM command;"
+                             "UPDATE sqlite_sequence SET seq = 0 WHERE name = 'command';"
+                             "DELETE FROM sensor WHERE name = 'converter01'");
+    advance(1);
+    const int before = newest();
+    EXPECT_EQ(order("analyser01", CommandRestart), 1);
+    EXPECT_EQ(order("converter01", CommandStop), 2);
+    advance(1);
+    EXPECT_EQ(lastReport(), "converter01 command=2 order=Stop result=stopped");
+    EXPECT_GT(eventsOf("analyser01", before), 0);
+    EXPECT_EQ(m_store.connection().number("SELECT count(*) FROM sensor WHERE description = ''"), 0);
+}
+
 TEST_F(SimulationTest, WhatCouldNotBeWrittenIsWrittenLater)
 {
     advance(1);

@@ -77,15 +77,17 @@ Simulation::Simulation(Store &used, int sensorCount, unsigned seed, double event
 void Simulation::moveTo(Store &store)
 {
     m_store = nullptr;
+    introduceSensors(store);
+    m_store = &store;
+}
+
+void Simulation::introduceSensors(Store &store)
+{
     Store::Batch batch(store);
     for (const Sensor &sensor : m_sensors)
         store.registerSensor(sensor.self.name, sensor.self.kind, sensor.self.description);
     takeStates(store);
-    m_lastCommandSeen = INT_MAX;
-    for (const Sensor &sensor : m_sensors)
-        m_lastCommandSeen = std::min(m_lastCommandSeen, sensor.lastCommand);
     batch.commit();
-    m_store = &store;
 }
 
 void Simulation::advance(double elapsed)
@@ -149,6 +151,9 @@ void Simulation::keepAlive()
 
 void Simulation::obey()
 {
+    // Another state of the database may have been restored under it, with other sensors and fewer commands.
+    if (!takeStates(*m_store))
+        introduceSensors(*m_store);
     if (m_lastCommandSeen == INT_MAX)
         return; // there is none behind it
     CMessageCommandRequest request;
@@ -183,15 +188,21 @@ SensorState Simulation::storedState(const std::string &sensor)
     return SensorState::Running;
 }
 
-void Simulation::takeStates(Store &store)
+/** Goes on from what the store has of the sensors; false when it does not have all. */
+bool Simulation::takeStates(Store &store)
 {
+    std::size_t found = 0;
+    m_lastCommandSeen = INT_MAX;
     for (const StoredSensor &stored : store.storedSensors()) {
-        const auto found = m_sensorByName.find(stored.name);
-        if (found != m_sensorByName.end()) {
-            m_sensors[found->second].state = stored.state;
-            m_sensors[found->second].lastCommand = stored.lastCommand;
+        const auto own = m_sensorByName.find(stored.name);
+        if (own != m_sensorByName.end()) {
+            m_sensors[own->second].state = stored.state;
+            m_sensors[own->second].lastCommand = stored.lastCommand;
+            m_lastCommandSeen = std::min(m_lastCommandSeen, stored.lastCommand);
+            ++found;
         }
     }
+    return found == m_sensors.size();
 }
 
 /** Its effect, the report of it, and the note that it was read are one transaction: a command is obeyed once. */

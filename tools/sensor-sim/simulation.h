@@ -87,7 +87,8 @@ private:
     void obey();
     void obey(const CMessageCommand &command);
     void noteCommandsRead();
-    void takeStates(Store &store);
+    void introduceSensors(Store &store);
+    bool takeStates(Store &store);
     SensorState storedState(const std::string &sensor);
     Portion drawPortion(int count, std::int64_t oldestAge, double historyRate, std::int64_t now);
     int report(const Sensor &sensor, const CMessageCommand &command);
