@@ -67,7 +67,7 @@ ln -sf "$stage$lib/obrim/bridge/DBLib.a" "$plant/Libs/DBLib.a"
 echo "Library=$stage$lib/obrim/DBLib.a" >"$plant/Config/DBLib.def"
 "$stage$bin/dblib-check" --only load --only initialise --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
     fail "the installed checker does not like the installed bridge: $(cat "$stage/check")"
-! grep -q warn "$stage/check" || fail "the installed bridge does not come to work: $(cat "$stage/check")"
+! grep -q "^warn" "$stage/check" || fail "the installed bridge does not come to work: $(cat "$stage/check")"
 
 # The same by the tool for the shell, which finds the library beside itself, wherever that is.
 XDG_DATA_HOME=$stage/home "$stage$bin/obrimctl" init "$stage/tooled" --database sqlite --desktop-entry >"$stage/init" ||
