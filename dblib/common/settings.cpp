@@ -15,6 +15,8 @@ namespace
 {
 constexpr char DefaultDatabase[] = "../Data/installation.db";
 constexpr int DefaultDeadAfterSeconds = 10;
+constexpr int DefaultConnectSeconds = 3;
+constexpr int DefaultStatementSeconds = 10;
 
 int positiveNumber(const std::string &text, int otherwise)
 {
@@ -59,24 +61,59 @@ File openDefinitions(const std::string &path)
         fail(path, error ? std::strerror(error) : "Not a regular file");
     return file;
 }
+
+/** The lines of a file. */
+class Definitions
+{
+public:
+    Definitions(const std::string &path, std::FILE *file)
+    {
+        GetDefs(file, m_lines, m_count);
+        if (file && std::ferror(file))
+            fail(path, std::strerror(errno));
+        // A line beyond the reader's buffer comes in pieces, of which the first would pass for the whole.
+        for (int i = 0; i < m_count; ++i)
+            if (std::strlen(m_lines[i]) == ConfigLineSize - 1)
+                fail(path, "a line is longer than 510 bytes");
+    }
+    std::string text(const char *key) const
+    {
+        std::string value;
+        findConfigValue(m_lines, m_count, key, value);
+        return value;
+    }
+    int number(const char *key, int otherwise) const
+    {
+        return positiveNumber(text(key), otherwise);
+    }
+
+private:
+    char m_lines[MaxDefLines][ConfigLineSize];
+    int m_count = 0;
+};
+
+bool isShared(std::FILE *file)
+{
+    struct stat status = {};
+    return ::fstat(::fileno(file), &status) == 0 && (status.st_mode & (S_IRGRP | S_IROTH)) != 0;
+}
 } // namespace
 
 Settings readSettings(const std::string &configDir)
 {
-    const std::string path = configDir + "/DBLib.def";
-    const File file = openDefinitions(path);
-    char lines[MaxDefLines][ConfigLineSize];
-    int count = 0;
-    GetDefs(file.get(), lines, count);
-    if (file && std::ferror(file.get()))
-        fail(path, std::strerror(errno));
-
-    std::string database;
-    std::string deadAfter;
-    findConfigValue(lines, count, "Database", database);
-    findConfigValue(lines, count, "DeadAfter", deadAfter);
     Settings settings;
-    settings.database = within(configDir, database.empty() ? DefaultDatabase : database);
-    settings.deadAfterSeconds = positiveNumber(deadAfter, DefaultDeadAfterSeconds);
+    settings.file = configDir + "/DBLib.def";
+    const File file = openDefinitions(settings.file);
+    const Definitions definitions(settings.file, file.get());
+    settings.isFileShared = file && isShared(file.get());
+    settings.connection = definitions.text("Connection");
+    settings.connectSeconds = definitions.number("ConnectTimeout", DefaultConnectSeconds);
+    settings.statementSeconds = definitions.number("StatementTimeout", DefaultStatementSeconds);
+    settings.deadAfterSeconds = definitions.number("DeadAfter", DefaultDeadAfterSeconds);
+    const std::string database = definitions.text("Database");
+    if (settings.connection.empty())
+        settings.database = within(configDir, database.empty() ? DefaultDatabase : database);
+    else if (!database.empty())
+        throw StoreError(settings.file, "Database= and Connection= name two databases");
     return settings;
 }

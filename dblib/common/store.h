@@ -93,6 +93,12 @@ public:
         bool m_committed = false;
     };
 
+protected:
+    bool isInBatch() const
+    {
+        return m_inBatch;
+    }
+
 private:
     virtual void begin() = 0;
     /** When this throws, the transaction is still to be rolled back. */

@@ -5,5 +5,7 @@
 
 std::unique_ptr<Store> openStore(const Settings &settings)
 {
+    if (!settings.connection.empty())
+        throw StoreError(settings.file, "Connection= names a server, and this is the library of SQLite databases");
     return openSqliteStore(settings.database, Sqlite::Durability::PowerLoss);
 }

@@ -89,7 +89,7 @@ private:
 std::int64_t gap(Random &random)
 {
     const int kind = below(random, 40);
-    return kind == 0 ? below(random, 6000000) : kind < 4 ? below(random, 40000) : kind < 10 ? below(random, 600) : 0;
+    return kind == 0 ? below(random, 2500000) : kind < 4 ? below(random, 40000) : kind < 10 ? below(random, 600) : 0;
 }
 
 template <class Record> struct Traits;
@@ -316,7 +316,7 @@ template <class Record> void compareAll(Course course)
     SCOPED_TRACE("OBRIM_TEST_SEED=" + std::to_string(seed));
     std::printf("seed %u\n", seed);
     Comparison<Record> comparison(seed);
-    comparison.run(course, 250, 15000);
+    comparison.run(course, 250, 12500);
 }
 
 class RandomRequests : public ::testing::TestWithParam<Course>
