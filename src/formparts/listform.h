@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "controlpanel.h"
 #include "formtexts.h"
 #include "panelfont.h"
 
@@ -15,6 +16,13 @@
  */
 template <class Widgets> class ListForm : public QDialog, public Widgets
 {
+public:
+    /** Makes the window, which is not shown yet, no larger than that. */
+    void fitInto(QSize room)
+    {
+        resize(size().boundedTo(room));
+    }
+
 protected:
     /** A NULL `name` gives the object name of the .ui file. */
     ListForm(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
@@ -41,8 +49,21 @@ protected:
 /** What the forms of events and of commands do alike beyond that: they have the same panel of filter controls. */
 template <class Widgets> class RecordForm : public ListForm<Widgets>
 {
+public:
+    /** As ListForm; the panel scrolls where it would be higher than the room. */
+    void fitInto(QSize room)
+    {
+        if (this->minimumSizeHint().height() > room.height())
+            letScroll(this->GB0);
+        ListForm<Widgets>::fitInto(room);
+    }
+
 protected:
-    using ListForm<Widgets>::ListForm;
+    RecordForm(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
+        : ListForm<Widgets>(parent, name, modal, fl)
+    {
+        keepFromStrayWheel(this);
+    }
 
     /** Sets the texts of all that both forms have, and the headings of the list. */
     void setTexts(ListView *list, const QStringList &headings)

@@ -5,6 +5,7 @@
 #include "accelerators.h"
 #include "listmenus.h"
 #include "loadguard.h"
+#include "windowplace.h"
 
 #include <QMenuBar>
 #include <QPointer>
@@ -23,6 +24,8 @@ template <class Window, class... Arguments> Window *openListWindow(QWidget *pare
     auto *window = new Window(parent, arguments...);
     if (!alive)
         return nullptr;
+    window->fitInto(roomOnScreen(parent));
+    placeWindow(window);
     window->show();
     return window;
 }

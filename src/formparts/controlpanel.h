@@ -1,0 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#pragma once
+
+class QWidget;
+
+/**
+ * Lets the mouse wheel change the combo boxes and date fields of a form only
+ * while they have the focus, which it does not give them: a turn of the wheel
+ * on the way to the list must not change what is asked for.
+ */
+void keepFromStrayWheel(QWidget *form);
+
+/** Puts a panel of fixed size into an area in its place that scrolls up and down. */
+void letScroll(QWidget *panel);
