@@ -114,21 +114,23 @@ Watch::Watch(Sqlite::Connection &connection)
 
 Watch::~Watch() = default;
 
-bool Watch::look()
+Change Watch::look()
 {
     const std::int64_t cookie = valueOf(*m_cookie);
     const unsigned data = m_db.dataVersion();
     if (m_cookieSeen && data == m_dataSeen)
-        return false;
+        return Change::None;
     const std::int64_t version = valueOf(*m_version);
     requireKnown(m_db, version, valueOf(*m_application));
     if (version < Version)
         throw Outdated(m_db.path(), "an older version of the database was restored");
-    if (cookie != m_cookieSeen)
+    // SQLite counts up the schema's version also when it writes another state over this one.
+    const bool mayBeAnother = cookie != m_cookieSeen;
+    if (mayBeAnother)
         requireOwnDefinitions(m_db);
     m_cookieSeen = cookie;
     m_dataSeen = data;
-    return true;
+    return mayBeAnother ? Change::Anything : Change::Rows;
 }
 
 void Watch::passOver()

@@ -43,6 +43,13 @@ public:
     using StoreError::StoreError;
 };
 
+/** What other programs may have done to a file. */
+enum class Change {
+    None,
+    Rows,    ///< written in it
+    Anything ///< changed its tables, or restored another state into it
+};
+
 /**
  * Watches a prepared file: another program may change its tables at any time,
  * or restore another state into it.
@@ -56,11 +63,11 @@ public:
     ~Watch();
 
     /**
-     * To be called at the beginning of each transaction. True when another
-     * program may have written since the last call. Throws what prepare throws,
-     * and Outdated, as long as there is a reason.
+     * To be called at the beginning of each transaction: what may have changed
+     * since the last call. Throws what prepare throws, and Outdated, as long as
+     * there is a reason.
      */
-    bool look();
+    Change look();
     /** To be called after a transaction of this connection, whose changes are no news. */
     void passOver();
 

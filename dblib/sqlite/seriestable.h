@@ -2,16 +2,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "schema.h"
 #include "series.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
-
-namespace Sqlite
-{
-class Connection;
-class Statement;
-} // namespace Sqlite
 
 /** The series of one table in memory, up to date after each refresh. */
 class SeriesTable : public SeriesCatalogue
@@ -21,25 +17,33 @@ public:
     SeriesTable(Sqlite::Connection &connection, const std::string &table);
     ~SeriesTable();
 
-    /** Lets the next refresh look what other programs have added or changed. */
-    void expectChange()
+    /** Lets the next refresh look what other programs have added or, after a change of anything, changed. */
+    void expect(Schema::Change change)
     {
-        m_mayHaveChanged = true;
+        if (change != Schema::Change::None)
+            m_mayHaveChanged = m_isUnchecked = true;
+        m_mayBeAnother = m_mayBeAnother || change == Schema::Change::Anything;
     }
-    /** Reads the table when it may have changed. Call inside the transaction that uses it. */
+    /** Reads what may be new or changed. Call inside the transaction that uses it. */
     void refresh();
     void forget();
     /** The series with this key, added to the table when it is new. Inside a write transaction. */
     int findOrAdd(const SeriesKey &key);
 
 private:
-    bool readAll();
+    using Clock = std::chrono::steady_clock;
+
+    bool readFrom(std::int64_t first);
+    void check();
     bool isKnown(std::int64_t id, const SeriesKey &key) const;
     std::int64_t knownCount() const;
 
     Sqlite::Connection &m_db;
     bool m_hasNames;
     bool m_mayHaveChanged = true;
-    std::unique_ptr<Sqlite::Statement> m_all;
+    bool m_isUnchecked = true;  ///< since a change
+    bool m_mayBeAnother = true; ///< than the one whose series are known
+    Clock::time_point m_checked;
+    std::unique_ptr<Sqlite::Statement> m_rows;
     std::unique_ptr<Sqlite::Statement> m_insert;
 };

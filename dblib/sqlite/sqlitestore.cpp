@@ -179,30 +179,30 @@ void SqliteStore::leave()
     m_db.handOver();
 }
 
-/** Begins a transaction: what was true of the files when they were opened has to be true in each. */
+/** Begins a transaction: what was true of the file when it was opened has to be true in each. */
 void SqliteStore::enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind)
 {
     try {
         transaction.emplace(m_db, kind);
-        lookAtFiles();
+        lookAtFile(kind);
     } catch (const Schema::Outdated &) {
         m_db.requireInPlace();
         transaction.reset();
         Schema::prepare(m_db, false);
         transaction.emplace(m_db, kind);
-        lookAtFiles();
+        lookAtFile(kind);
     }
 }
 
-void SqliteStore::lookAtFiles()
+void SqliteStore::lookAtFile(Sqlite::Transaction::Kind kind)
 {
-    const bool mayHaveChanged = m_watch.look();
-    m_db.requireInPlace();
-    if (mayHaveChanged) {
-        for (LazyTable *table : {&m_eventTable, &m_commandTable})
-            if (table->isReady())
-                (*table)->series.expectChange();
-    }
+    const Schema::Change change = m_watch.look();
+    for (LazyTable *table : {&m_eventTable, &m_commandTable})
+        if (table->isReady())
+            (*table)->series.expect(change);
+    // Whoever reads has asked before, and has the file open that was there then.
+    if (kind == Sqlite::Transaction::Write)
+        m_db.requireInPlace();
 }
 
 std::vector<std::string> SqliteStore::statements() const

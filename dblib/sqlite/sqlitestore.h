@@ -27,7 +27,7 @@ public:
     ~SqliteStore() override;
 
     const std::string &path() const;
-    /** True while the file at the path, with its log, is the one that is open; every function throws when it is not. */
+    /** True while the file at the path, with its log, is the one that is open; nothing is written when it is not. */
     bool isInPlace() const;
 
     bool serves(const Settings &settings) const override;
@@ -87,7 +87,7 @@ private:
     void noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series);
     bool remove(Table &table, int id);
     void enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind);
-    void lookAtFiles();
+    void lookAtFile(Sqlite::Transaction::Kind kind);
     std::int64_t newestIdentifier(Table &table);
     int checkedIdentifier(std::int64_t id) const;
 
