@@ -300,7 +300,7 @@ Outcome checkReleaseOrder(const Target &target)
         });
     });
     // What releasing does wrong in any order is told elsewhere.
-    if (fault.empty() && (mixed.doubleFrees > apart.doubleFrees || mixed.wildFrees > apart.wildFrees))
+    if (fault.empty() && (mixed.doubleFrees > apart.doubleFrees || mixed.invalidFrees > apart.invalidFrees))
         fault = "several arrays, released in another order: " + mixed.text();
     return fault.empty() ? passed() : failed(fault);
 }
@@ -500,9 +500,9 @@ Outcome checkOverrun(const Target &target)
     return passed();
 }
 
-void tellFence(int number, siginfo_t *info, void *)
+void tellGuard(int number, siginfo_t *info, void *)
 {
-    if (Heap::isFence(info->si_addr))
+    if (Heap::isGuard(info->si_addr))
         settle(Verdict::Fail, "the library went past a block of its own, or used one that it had freed");
     std::signal(number, SIG_DFL);
 }
@@ -519,10 +519,10 @@ Outcome checkMemory(const Target &target)
         session.initialise(target.config);
     }
     // Once more with a closed page behind each block. No masks: what the library does to them is judged elsewhere.
-    onTrespass(tellFence);
-    Heap::fence(true);
+    onTrespass(tellGuard);
+    Heap::guard(true);
     useAsConsole(session.library);
-    Heap::fence(false);
+    Heap::guard(false);
     const Heap::Faults faults = Heap::faults() - session.whileFilling;
     return faults.any() ? failed(faults.text()) : passed();
 }

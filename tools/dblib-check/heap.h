@@ -21,7 +21,7 @@ namespace Heap
 struct Faults {
     unsigned overruns = 0;
     unsigned doubleFrees = 0;
-    unsigned wildFrees = 0;
+    unsigned invalidFrees = 0;
 
     Faults operator-(const Faults &earlier) const;
     bool any() const;
@@ -45,10 +45,10 @@ template <class Act> Faults faultsOf(Act act)
  * cannot be touched, and its own pages cannot be touched once it is freed. Slow,
  * and only for so many blocks as room was reserved for; the others are as ever.
  */
-void fence(bool yes);
+void guard(bool yes);
 
-/** Whether touching this address can only mean that a fenced block was left or used after its end. */
-bool isFence(const void *address);
+/** Whether touching this address can only mean that a guarded block was overrun or used after it was freed. */
+bool isGuard(const void *address);
 
 /**
  * From now on only the latest freed blocks are kept for what is freed or used
