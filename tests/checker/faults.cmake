@@ -5,26 +5,43 @@
 set(CHECKER_FAULTS
     abort
     abort-at-exit
+    answers-change
     array-overread
     block-signals
     bytes-lost
+    cache-that-stops
+    change-alarm
+    change-buffering
     change-directory
+    change-environment
     change-locale
+    change-rounding
+    change-thread-locale
+    change-time-zone
     change-umask
     close-descriptors
     close-output
     command-id0
     command-id1
+    command-limit-before-identifier
+    command-limit-before-mask
+    command-limit-before-time
+    command-limit-before-type
+    command-limit-off-with-mask
+    command-mask-folds-latin
     command-mask-swapped
     command-same-identifier
     command-size
     command-switch-ignored
+    command-switch-is-one
     command-text-cut
     command-text-open
     command-time-lost
     command-time0
     command-time1
     command-type-ignored
+    config-removed
+    config-rewritten
     count-negative
     count-null-array
     count-short
@@ -32,10 +49,16 @@ set(CHECKER_FAULTS
     crash-at-load
     crash-missing-directory
     crash-uninitialised
+    delete-falls-through
+    delete-first-of-time
     delete-ignored
     delete-neighbour
+    delete-same-time
+    delete-takes-command
+    delete-takes-event
     delete-throws
     delete-unknown
+    descriptor-at-initialise
     double-free
     eats-memory
     endless-loop
@@ -48,30 +71,56 @@ set(CHECKER_FAULTS
     exit
     first-thread-only
     fixed-place
+    forges-verdict
     fork
     fork-daemon
     hang-at-exit
     huge-allocation
+    ids-descending
+    ids-negative
+    ids-random
+    ids-sparse
     ignore-sigterm
     ignores-sigterm
+    init-overread
+    initialise-drops-commands
     initialise-empties
     initialise-fails
+    kills-checker
     large-cut
     large-refused
+    last-record-garbage
+    leak-at-initialise
     leak-descriptor
     leak-memory
     leak-thread
+    leak-when-empty
+    leak-with-mask
+    leak-with-sensors
+    leak-with-time
     length-negative
     length-padded
     length-too-long
+    limit-before-identifier
+    limit-before-mask
+    limit-before-name-mask
+    limit-before-sensor-type
+    limit-before-time
+    limit-before-type
+    limit-off-with-mask
+    limit-off-with-two
+    mask-folds-asked
+    mask-folds-latin
     mask-freed
     mask-letter-case
     mask-lowered
     mask-overread
+    name-mask-folds-latin
     name-mask-swapped
     negative-time
     nmax-ignored
     nmax-negative
+    open-array-short
     order-ascending
     order-random
     order-with-lowest
@@ -79,11 +128,13 @@ set(CHECKER_FAULTS
     overrun-block
     overrun-count
     overrun-request
+    overwrites-verdict
     parameter-lost
     parameters-missing
     persistent
     pointer-kept
     print
+    print-at-exit
     print-at-load
     print-at-put
     print-error
@@ -92,13 +143,23 @@ set(CHECKER_FAULTS
     put-ignored
     put-overrun
     put-pauses
+    put-reads-name
+    put-reads-record
+    put-reads-sensor
+    put-reads-value
     put-refused
     put-takes-text
     quick-exit
+    record-shared
     release-ignored
     release-last
     release-null-crash
     request-changed
+    restart-folds-lines
+    restart-loses-bytes
+    restart-loses-commands
+    restart-loses-long
+    restart-loses-parameters
     result
     reused-after-restart
     reused-identifier
@@ -111,19 +172,31 @@ set(CHECKER_FAULTS
     sensor-size
     sensor-twice
     sensor-type-ignored
+    sensors-kept
+    server
     size-half
+    size-query-empties
     size-unstable
     slow
     stack-overflow
     static-array
+    stops-checker
+    stops-itself
     switch-ignored
+    switch-is-one
+    switch-low-byte
+    switch-positive
+    takes-by-time
     text-cut
     text-null
     text-unterminated
+    thread-each-fetch
     throws
     throws-number
     time-cut
     types-swapped
     use-after-free
     value-short
+    writes-checker
+    zombie
 )

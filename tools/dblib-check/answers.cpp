@@ -5,6 +5,7 @@
 #include "MessageEventParam.h"
 
 #include <cstring>
+#include <type_traits>
 
 namespace
 {
@@ -157,39 +158,6 @@ CMessageCommand RecordReader::read(const CMessageCommand &from)
     return to;
 }
 
-Fetched<CSensor> fetchSensors(const Library &library)
-{
-    stage("fetching the sensors");
-    Slots<CSensor> slots;
-    Fetched<CSensor> fetched;
-    fetched.status = library.getSensors(&slots.count, &slots.array);
-    fetched.count = slots.count;
-    fetched.array = slots.array;
-    return fetched;
-}
-
-void releaseSensors(const Library &library, Fetched<CSensor> &fetched)
-{
-    stage("releasing the sensors");
-    Slots<CSensor> slots;
-    slots.array = fetched.array;
-    library.getSensors(nullptr, &slots.array);
-    fetched.array = slots.array;
-}
-
-Answer<CSensor> askSensors(const Library &library)
-{
-    Fetched<CSensor> fetched = fetchSensors(library);
-    stage("reading the sensors");
-    Answer<CSensor> answer;
-    answer.status = fetched.status;
-    answer.count = fetched.count;
-    for (int i = 0, readable = fetched.readableCount(); i < readable; ++i)
-        answer.records.push_back(answer.reader.read(fetched.array[i]));
-    releaseSensors(library, fetched);
-    return answer;
-}
-
 std::string firstDifference(const CSensor &a, const CSensor &b)
 {
     return firstOf({
@@ -226,25 +194,37 @@ std::string firstDifference(const CMessageCommand &a, const CMessageCommand &b)
     });
 }
 
-View look(const Library &library)
+Snapshot takeSnapshot(const Library &library)
 {
-    View view;
-    if (library.has(DBFunctionGetSensors)) {
-        const auto answer = askSensors(library);
-        view.results.push_back(answer.status);
-        view.sensors = answer.records.size();
+    Snapshot snapshot;
+    if (library.has(SensorKind::Fetch)) {
+        const auto answer = ask<SensorKind>(library, {});
+        snapshot.results.push_back(answer.status);
+        snapshot.sensors = answer.records.size();
     }
-    if (library.has(DBFunctionGetEvents)) {
-        const auto answer = ask<EventKind>(library, plain<EventKind>(50, true));
-        view.results.push_back(answer.status);
-        view.events = sorted(idsOf<EventKind>(answer.records));
-    }
-    if (library.has(DBFunctionGetCommands)) {
-        const auto answer = ask<CommandKind>(library, plain<CommandKind>(50, true));
-        view.results.push_back(answer.status);
-        view.commands = sorted(idsOf<CommandKind>(answer.records));
-    }
-    return view;
+    forEachSelected(library, [&](auto kind) {
+        using Kind = decltype(kind);
+        constexpr int shown = 50;
+        const auto answer = ask<Kind>(library, plain<Kind>(shown, true));
+        snapshot.results.push_back(answer.status);
+        auto &ids = std::is_same_v<Kind, EventKind> ? snapshot.events : snapshot.commands;
+        ids = sorted(idsOf<Kind>(answer.records));
+    });
+    return snapshot;
+}
+
+std::string change(const Snapshot &before, const Snapshot &after)
+{
+    const auto became = [](std::size_t from, std::size_t to, const std::string &what) {
+        return from == to ? "other " + what : std::to_string(from) + " " + what + " became " + std::to_string(to);
+    };
+    if (before.events != after.events)
+        return became(before.events.size(), after.events.size(), "events");
+    if (before.commands != after.commands)
+        return became(before.commands.size(), after.commands.size(), "commands");
+    if (before.sensors != after.sensors)
+        return became(before.sensors, after.sensors, "sensors");
+    return before.results == after.results ? std::string() : "the results of the fetches are others";
 }
 
 std::string listed(const std::vector<int> &ids)

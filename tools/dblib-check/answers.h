@@ -74,11 +74,17 @@ template <class Record> struct Slots {
     char after[64] = {};
 };
 
+/** Whether the console's size query goes before a fetch; it always does but in the check of just that. */
+enum class SizeQuery { Asked, Left };
+
 /** Fetches as the console does. The request goes as a copy: what the library does to it stays without effect. */
 template <class Kind>
-Fetched<typename Kind::Record> fetch(const Library &library, const typename Kind::Request &request)
+Fetched<typename Kind::Record> fetch(const Library &library, const typename Kind::Request &request,
+                                     SizeQuery query = SizeQuery::Asked)
 {
     stage("fetching the " + Kind::describe(request));
+    if (query == SizeQuery::Asked)
+        Kind::get(library, nullptr, nullptr, nullptr);
     Slots<typename Kind::Record> slots;
     typename Kind::Request copy(request);
     Fetched<typename Kind::Record> fetched;
@@ -108,9 +114,11 @@ template <class Record> struct Answer {
     RecordReader reader;
 };
 
-template <class Kind> Answer<typename Kind::Record> ask(const Library &library, const typename Kind::Request &request)
+template <class Kind>
+Answer<typename Kind::Record> ask(const Library &library, const typename Kind::Request &request,
+                                  SizeQuery query = SizeQuery::Asked)
 {
-    Fetched<typename Kind::Record> fetched = fetch<Kind>(library, request);
+    Fetched<typename Kind::Record> fetched = fetch<Kind>(library, request, query);
     stage("reading the " + Kind::describe(request));
     Answer<typename Kind::Record> answer;
     answer.status = fetched.status;
@@ -143,9 +151,40 @@ template <class Kind> typename Kind::Request plain(int nMax, bool first)
     return request;
 }
 
-Fetched<CSensor> fetchSensors(const Library &library);
-void releaseSensors(const Library &library, Fetched<CSensor> &fetched);
-Answer<CSensor> askSensors(const Library &library);
+/** A request that no record can pass. */
+template <class Kind> typename Kind::Request nothing()
+{
+    auto request = plain<Kind>(20, false);
+    Kind::setLowest(request, 1);
+    Kind::setHighest(request, 0);
+    return request;
+}
+
+/** The record with this identifier, or those that come for it. */
+template <class Kind> std::vector<typename Kind::Record> withId(const Library &library, int id)
+{
+    auto request = plain<Kind>(10, false);
+    Kind::setLowest(request, id);
+    Kind::setHighest(request, id);
+    return ask<Kind>(library, request).records;
+}
+
+/** Calls `act` with each of the kinds that are selected by requests and that the library can fetch. */
+template <class Act> void forEachSelected(const Library &library, Act act)
+{
+    if (library.has(EventKind::Fetch))
+        act(EventKind());
+    if (library.has(CommandKind::Fetch))
+        act(CommandKind());
+}
+
+/** Calls `act` with each kind that the library can fetch. */
+template <class Act> void forEachKind(const Library &library, Act act)
+{
+    if (library.has(SensorKind::Fetch))
+        act(SensorKind());
+    forEachSelected(library, act);
+}
 
 /** The name of the first field in which two records differ; empty when they are the same. */
 std::string firstDifference(const CSensor &a, const CSensor &b);
@@ -172,21 +211,18 @@ template <class Kind> std::vector<int> idsOf(const std::vector<typename Kind::Re
     return ids;
 }
 
-/** What a store shows at a glance: the oldest records and how many sensors there are. */
-struct View {
+/** What a store shows at a glance: the oldest records and the sensors. */
+struct Snapshot {
     std::vector<int> results;
     std::vector<int> events; ///< identifiers, sorted: the order of answers is judged elsewhere
     std::vector<int> commands;
     std::size_t sensors = 0;
-
-    bool operator==(const View &other) const
-    {
-        return results == other.results && events == other.events && commands == other.commands &&
-               sensors == other.sensors;
-    }
 };
 
-View look(const Library &library);
+Snapshot takeSnapshot(const Library &library);
+
+/** How two snapshots differ, in words: "60 events became 0"; empty when they do not. */
+std::string change(const Snapshot &before, const Snapshot &after);
 
 /** A few identifiers in words: "3, 4, 5 and 12 more". */
 std::string listed(const std::vector<int> &ids);

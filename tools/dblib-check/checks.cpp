@@ -7,8 +7,11 @@ namespace
 std::vector<Check> gathered()
 {
     std::vector<Check> all;
-    for (const auto &group : {fileChecks(), preparationChecks(), callChecks(), processChecks(), answerChecks(),
-                              enduranceChecks(), writeChecks(), largeAnswerChecks()})
+    for (const auto &group :
+         {fileChecks(),    preparationChecks(), sequenceChecks(),   stabilityChecks(), initialisationChecks(),
+          processChecks(), stateChecks(),       fetchChecks(),      releaseChecks(),   memoryChecks(),
+          textChecks(),    filterChecks(),      limitChecks(),      orderChecks(),     enduranceChecks(),
+          putChecks(),     deleteChecks(),      identifierChecks(), restartChecks(),   manyRecordsChecks()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }
@@ -26,17 +29,6 @@ template <class Kind> int fill(const Library &library, int wanted, std::mt19937 
     }
     return count - before;
 }
-
-template <class Kind> void fetchBothEnds(const Library &library)
-{
-    Kind::get(library, nullptr, nullptr, nullptr);
-    for (bool first : {false, true})
-        ask<Kind>(library, plain<Kind>(20, first));
-    auto nothing = plain<Kind>(20, false);
-    Kind::setLowest(nothing, 1);
-    Kind::setHighest(nothing, 0);
-    ask<Kind>(library, nothing);
-}
 } // namespace
 
 bool Pace::goesOn()
@@ -50,6 +42,19 @@ bool Pace::goesOn()
     }
     ++m_doneInRound;
     return !m_tooSlow;
+}
+
+Check asWriting(Check check)
+{
+    check.writes = true;
+    return check;
+}
+
+std::vector<Check> asWriting(std::vector<Check> checks)
+{
+    for (Check &check : checks)
+        check.writes = true;
+    return checks;
 }
 
 const std::vector<Check> &allChecks()
@@ -77,28 +82,37 @@ FillCounts fillStore(const Library &library, const Target &target)
     return {fill<EventKind>(library, events, random), fill<CommandKind>(library, commands, random)};
 }
 
+std::vector<int> initialiseAll(const Library &library, const char *config)
+{
+    stage(std::string("initialising with ") + config);
+    std::vector<int> results;
+    if (library.has(DBFunctionInitSensors))
+        results.push_back(library.initSensors(config));
+    if (library.has(DBFunctionInitEvents))
+        results.push_back(library.initEvents(config));
+    if (library.has(DBFunctionInitCommands))
+        results.push_back(library.initCommands(config));
+    return results;
+}
+
 std::vector<int> Session::initialise(const std::string &config) const
 {
-    stage("initialising with " + config);
-    std::vector<int> results;
-    for (DBFunction function : {DBFunctionInitSensors, DBFunctionInitEvents, DBFunctionInitCommands}) {
-        if (!library.has(function))
-            continue;
-        results.push_back(function == DBFunctionInitSensors  ? library.initSensors(config.c_str())
-                          : function == DBFunctionInitEvents ? library.initEvents(config.c_str())
-                                                             : library.initCommands(config.c_str()));
-    }
-    return results;
+    return initialiseAll(library, config.c_str());
 }
 
 void useAsConsole(const Library &library)
 {
-    if (library.has(DBFunctionGetSensors)) {
-        library.getSensors(nullptr, nullptr);
-        askSensors(library);
-    }
-    if (library.has(DBFunctionGetEvents))
-        fetchBothEnds<EventKind>(library);
-    if (library.has(DBFunctionGetCommands))
-        fetchBothEnds<CommandKind>(library);
+    forEachKind(library, [&](auto kind) { ask<decltype(kind)>(library, plain<decltype(kind)>(20, false)); });
+    forEachSelected(library, [&](auto kind) {
+        using Kind = decltype(kind);
+        ask<Kind>(library, plain<Kind>(20, true));
+        ask<Kind>(library, nothing<Kind>());
+    });
+}
+
+Outcome useOnce(const Target &target)
+{
+    const Session session(target);
+    useAsConsole(session.library);
+    return passed();
 }

@@ -1,112 +1,175 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "usage.h"
 
-#include <cstdio>
-#include <dirent.h>
-#include <unistd.h>
+#include <functional>
 
 namespace
 {
-int entriesOf(const char *directory)
-{
-    DIR *entries = opendir(directory);
-    int count = 0;
-    while (entries && readdir(entries))
-        ++count;
-    if (entries)
-        closedir(entries);
-    return count;
-}
-
-std::size_t residentBytes()
-{
-    std::size_t whole = 0;
-    std::size_t resident = 0;
-    if (std::FILE *file = std::fopen("/proc/self/statm", "re")) {
-        if (std::fscanf(file, "%zu %zu", &whole, &resident) != 2)
-            resident = 0;
-        std::fclose(file);
-    }
-    return resident * std::size_t(sysconf(_SC_PAGESIZE));
-}
-
-/** What must not grow with the number of fetches. */
-struct Usage {
-    std::size_t heap = Heap::liveBytes();
-    std::size_t resident = residentBytes();
-    int descriptors = entriesOf("/proc/self/fd");
-    int threads = entriesOf("/proc/self/task");
-};
-
-std::string growth(const Usage &from, const Usage &to, int fetches)
-{
-    // A cache may fill: what counts is growth that goes on with every fetch.
-    const auto grew = [fetches](std::size_t before, std::size_t after, std::size_t least, std::size_t each) {
-        return after > before && after - before > least && after - before > each * std::size_t(fetches);
-    };
-    const std::string over = " over " + std::to_string(fetches) + " fetches";
-    if (grew(from.heap, to.heap, 32 << 10, 4))
-        return std::to_string(to.heap - from.heap) + " bytes of memory were not given back" + over;
-#ifndef __SANITIZE_ADDRESS__ // the sanitizer keeps freed memory
-    if (grew(from.resident, to.resident, 16 << 20, 64))
-        return "the program grew by " + std::to_string((to.resident - from.resident) >> 10) + " KB" + over;
-#endif
-    if (to.descriptors > from.descriptors)
-        return std::to_string(to.descriptors - from.descriptors) + " descriptors were left open" + over;
-    if (to.threads > from.threads)
-        return std::to_string(to.threads - from.threads) + " threads were left running" + over;
-    return {};
-}
+/** Something that a console does all day, once; `i` counts the times. */
+using Deed = std::function<void(int i)>;
 
 template <class Kind> void fetchOnce(const Library &library, const typename Kind::Request &request)
 {
     Slots<typename Kind::Record> slots;
     typename Kind::Request copy(request);
+    Kind::get(library, nullptr, nullptr, nullptr);
     Kind::get(library, &slots.count, &slots.array, &copy);
     Kind::get(library, nullptr, &slots.array, &copy);
 }
 
-/** Fetch number `i` of a long day: mostly updates of lists, now and then the sensors. */
+/**
+ * Does `deed` `times` times and looks whether memory, descriptors or threads
+ * grow with it. Where they do, it goes on for as many times again: a cache
+ * stops growing, a leak does not.
+ */
+Outcome endure(const Target &target, const std::string &plural, int times, const Deed &deed)
+{
+    constexpr int mostMoments = 5;
+    const int half = std::max(times / 2, 1);
+    const int warmUp = std::min(times, 1000);
+    stage(std::to_string(times) + " " + plural);
+    Pace pace(target, times);
+    int done = 0;
+    const auto act = [&](int wanted) {
+        int count = 0;
+        while (count < wanted && pace.goesOn()) {
+            deed(done++);
+            ++count;
+        }
+        return count == wanted;
+    };
+    const auto inTime = [&] {
+        return warned("only " + std::to_string(done) + " " + plural + " in the time; a longer --timeout allows more");
+    };
+    Usage moments[mostMoments];
+    if (!act(warmUp))
+        return inTime();
+    moments[0] = Usage::now();
+    for (int i = 1; i < mostMoments; ++i) {
+        if (!act(half))
+            return inTime();
+        moments[i] = Usage::now();
+        if (i >= 2 && steadyGrowth(moments, i + 1, half).empty())
+            return passed(std::to_string(done) + " " + plural);
+    }
+    return failed(steadyGrowth(moments, mostMoments, half) + " were not given back over " +
+                  std::to_string((mostMoments - 1) * half) + " " + plural);
+}
+
+/** Fetch number `i` of a long day, from both ends. */
 void fetchNumber(const Library &library, int i)
 {
-    if (i % 10 == 0 && library.has(DBFunctionGetSensors)) {
-        Slots<CSensor> slots;
-        library.getSensors(&slots.count, &slots.array);
-        library.getSensors(nullptr, &slots.array);
-    } else if (i % 2 == 0 && library.has(DBFunctionGetEvents)) {
+    if (i % 2 == 0 && library.has(EventKind::Fetch))
         fetchOnce<EventKind>(library, plain<EventKind>(5, i % 4 == 0));
-    } else if (library.has(DBFunctionGetCommands)) {
+    else if (library.has(CommandKind::Fetch))
         fetchOnce<CommandKind>(library, plain<CommandKind>(5, i % 3 == 0));
-    }
 }
 
 Outcome checkEndurance(const Target &target)
 {
-    constexpr int warmUp = 1000;
     const Session session(target);
-    stage("fetching " + std::to_string(target.fetches) + " times");
-    Pace pace(target, warmUp + target.fetches);
-    for (int i = 0; i < warmUp && pace.goesOn(); ++i)
-        fetchNumber(session.library, i);
-    const Usage before;
-    int done = 0;
-    while (done < target.fetches && pace.goesOn())
-        fetchNumber(session.library, done++);
-    const std::string fault = growth(before, Usage(), done);
-    if (!fault.empty())
-        return failed(fault);
-    const std::string finding = std::to_string(done) + " fetches";
-    return done < target.fetches ? warned("only " + finding + " in the time; a longer --timeout allows more")
-                                 : passed(finding);
+    return endure(target, "fetches", target.fetches, [&](int i) { fetchNumber(session.library, i); });
+}
+
+/** A deed that makes fetches of events and commands in turn, with the requests of `questions`. */
+template <class Questions> Outcome endureQuestions(const Target &target, const std::string &plural, Questions questions)
+{
+    const Session session(target);
+    const auto events = questions(EventKind(), session.library);
+    const auto commands = questions(CommandKind(), session.library);
+    if (events.empty() && commands.empty())
+        return skipped("the store has no records to ask for; --write brings some");
+    return endure(target, plural, target.fetches, [&](int i) {
+        const auto number = std::size_t(i) / 2;
+        if (!events.empty() && (i % 2 == 0 || commands.empty()))
+            fetchOnce<EventKind>(session.library, events[number % events.size()]);
+        else
+            fetchOnce<CommandKind>(session.library, commands[number % commands.size()]);
+    });
+}
+
+Outcome checkEmptyEndurance(const Target &target)
+{
+    return endureQuestions(target, "fetches that find nothing", [](auto kind, const Library &library) {
+        using Kind = decltype(kind);
+        std::vector<typename Kind::Request> requests;
+        if (library.has(Kind::Fetch)) {
+            // "Get new", when nothing is.
+            requests = {nothing<Kind>(), plain<Kind>(50, false), plain<Kind>(50, true)};
+            Kind::setLowest(requests[1], INT_MAX);
+            Kind::setLowest(requests[2], INT_MAX);
+        }
+        return requests;
+    });
+}
+
+/** Requests with one value of each filter that `isWanted`, which find something where that can be. */
+template <class Kind, class Wanted>
+std::vector<typename Kind::Request> filteredRequests(const Library &library, Wanted isWanted)
+{
+    std::vector<typename Kind::Request> requests;
+    if (!library.has(Kind::Fetch))
+        return requests;
+    const auto records = ask<Kind>(library, plain<Kind>(100, false)).records;
+    std::mt19937 random(1);
+    for (const auto &filter : Kind::filters(records, random)) {
+        for (const auto &term : filter.terms) {
+            auto request = plain<Kind>(5, false);
+            term.apply(request);
+            const bool finds = std::any_of(records.begin(), records.end(),
+                                           [&](const auto &record) { return (request & record) != 0; });
+            if (isWanted(filter.group) && finds) {
+                requests.push_back(request);
+                break;
+            }
+        }
+    }
+    return requests;
+}
+
+template <class Group> bool isMask(Group group)
+{
+    return int(group) == int(Filter<CMessageEventRequest>::SensorMask) ||
+           int(group) == int(Filter<CMessageEventRequest>::NameMask);
+}
+
+Outcome checkMaskEndurance(const Target &target)
+{
+    return endureQuestions(target, "fetches with masks", [](auto kind, const Library &library) {
+        return filteredRequests<decltype(kind)>(library, [](auto group) { return isMask(group); });
+    });
+}
+
+Outcome checkFilterEndurance(const Target &target)
+{
+    return endureQuestions(target, "fetches with filters", [](auto kind, const Library &library) {
+        return filteredRequests<decltype(kind)>(library, [](auto group) { return !isMask(group); });
+    });
+}
+
+Outcome checkSensorEndurance(const Target &target)
+{
+    const Session session(target);
+    if (!session.library.has(SensorKind::Fetch))
+        return skipped("the library has no FDBGetSensors");
+    return endure(target, "fetches of sensors", target.fetches,
+                  [&](int) { fetchOnce<SensorKind>(session.library, {}); });
+}
+
+Outcome checkInitialiseEndurance(const Target &target)
+{
+    constexpr int share = 100;
+    const Session session(target);
+    return endure(target, "initialisations", std::max(target.fetches / share, 20),
+                  [&](int) { session.initialise(target.config); });
 }
 
 Outcome checkSpeed(const Target &target)
 {
     constexpr double longest = 2.0;
     const Session session(target);
-    if (!session.library.has(DBFunctionGetEvents))
-        return skipped("the library has no FDBGetEvents");
     double fastest = longest * 10;
     for (int i = 0; i < 3; ++i) {
         const auto start = std::chrono::steady_clock::now();
@@ -117,40 +180,26 @@ Outcome checkSpeed(const Target &target)
     return fastest < longest ? passed()
                              : warned("the last 100 events took " + std::to_string(fastest) + " s, again and again");
 }
-
-Outcome checkManyRecords(const Target &target)
-{
-    const Session session(target);
-    const auto request = plain<EventKind>(target.records, true);
-    auto fetched = fetch<EventKind>(session.library, request);
-    const int status = fetched.status;
-    const int count = fetched.count;
-    const int readable = fetched.readableCount();
-    release<EventKind>(session.library, fetched, request);
-    if (count == 0 && status != 0)
-        return passed("refused with the result " + std::to_string(status));
-    if (count < target.records)
-        return skipped("the store has only " + std::to_string(count) + " events; many-put (--write) puts more");
-    return readable == count
-               ? passed(std::to_string(count) + " events")
-               : failed("the count is " + std::to_string(count) + ", " + std::to_string(readable) + " records came");
-}
 } // namespace
 
 std::vector<Check> enduranceChecks()
 {
+    const char *const weeks = "A console that runs for weeks gets slower and goes down.";
     return {
-        {"endurance", "very many fetches (--fetches) with flat memory, descriptors and threads",
-         "A console that runs for weeks gets slower and goes down.", checkEndurance},
+        {"endurance",
+         "very many fetches (--fetches) with flat memory, descriptors and threads",
+         weeks,
+         checkEndurance,
+         {"release-once"}},
+        {"endurance-empty", "as many that find nothing, as most updates do", weeks, checkEmptyEndurance, {"endurance"}},
+        {"endurance-mask", "as many with masks", weeks, checkMaskEndurance, {"release-once", "endurance"}},
+        {"endurance-filter", "as many with other filters", weeks, checkFilterEndurance, {"release-once", "endurance"}},
+        {"endurance-sensors", "as many of sensors", weeks, checkSensorEndurance, {"release-once", "endurance"}},
+        {"endurance-initialise",
+         "a hundredth as many initialisations",
+         "A console that is asked to reload its sensors again and again goes down.",
+         checkInitialiseEndurance,
+         {"initialise-twice"}},
         {"speed", "the last 100 events come at once", "Every window stands still while the library works.", checkSpeed},
-    };
-}
-
-std::vector<Check> largeAnswerChecks()
-{
-    // Last, as a check that writes may have brought so many.
-    return {
-        {"many-records", "a million events (--records) in one answer, or an honest failure",
-         "The console goes down when the operator asks for everything.", checkManyRecords},
     };
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 /** A directory of the checker's own, removed with all that is in it at the end. */
 class TemporaryDirectory
@@ -14,6 +15,7 @@ public:
     TemporaryDirectory(const TemporaryDirectory &) = delete;
     TemporaryDirectory &operator=(const TemporaryDirectory &) = delete;
 
+    /** Absolute, no link in it. */
     const std::string &path() const
     {
         return m_path;
@@ -23,11 +25,19 @@ private:
     std::string m_path;
 };
 
+/** A copy of an installation. */
+struct InstallationCopy {
+    std::string config;               ///< the copy's configuration directory
+    std::vector<std::string> leftOut; ///< what could not be read, outside of the configuration directory
+};
+
 /**
- * Copies the installation that `config` belongs to below `to` and returns the
- * copy's configuration directory. The installation is the directory above when
- * it has a `Libs` folder, else the configuration directory alone: what lies
- * beside it is then none of ours. Pipes, devices and sockets are left out.
- * Throws std::runtime_error that names what could not be copied.
+ * Copies the installation that `config` belongs to below `to`. The installation
+ * is the directory above when it has a `Libs` folder, else the configuration
+ * directory alone: what lies beside it is then none of ours. Links stay links;
+ * pipes, devices and sockets are left out. An installation that is at work is
+ * copied again until it stood still meanwhile, a few times.
+ * Throws std::runtime_error that names what could not be copied, also when the
+ * user interrupts.
  */
-std::string copyInstallation(const std::string &config, const std::string &to);
+InstallationCopy copyInstallation(const std::string &config, const std::string &to);

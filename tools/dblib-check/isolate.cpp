@@ -2,62 +2,48 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "isolate.h"
 
+#include "faulthandler.h"
+#include "processtree.h"
+#include "signalname.h"
+#include "verdictmemory.h"
+
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <iostream>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace
 {
-/**
- * Where the child leaves its verdict. It is memory shared with the parent and
- * not a pipe, because a library may close every descriptor that it finds.
- */
-struct Board {
-    std::atomic<bool> settled;
-    std::atomic<unsigned> progress; ///< grows with each step of a long work
-    Verdict verdict;
-    char finding[4096];
-    char stage[1024];
-};
-
-Board *board = nullptr;
+VerdictMemory *memory = nullptr;
 bool inChild = false;
 volatile std::sig_atomic_t interruption = 0;
 
-template <std::size_t Size> void store(char (&to)[Size], const char *text)
+/** What the findings of a library that turns on the checker begin with. */
+const std::string Hostile = "hostile: ";
+
+/** Signals that end a program and can be caught, but those that tell of a fault of its own. */
+sigset_t endingSignals()
 {
-    const std::size_t length = std::min(std::strlen(text), Size - 1);
-    std::memcpy(to, text, length);
-    to[length] = '\0';
+    sigset_t signals;
+    sigfillset(&signals);
+    for (int number : {SIGKILL, SIGSTOP, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT, SIGCHLD, SIGURG, SIGWINCH, SIGPIPE,
+                       SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
+        sigdelset(&signals, number);
+    return signals;
 }
 
-void settleOnBoard(Verdict verdict, const char *finding)
-{
-    board->verdict = verdict;
-    store(board->finding, finding);
-    board->settled = true;
-}
-
-std::string signalName(int number)
-{
-    const char *name = sigabbrev_np(number);
-    return name ? std::string("SIG") + name : "signal " + std::to_string(number);
-}
+// The child.
 
 void redirectOutput(int output)
 {
@@ -87,11 +73,16 @@ void applyLimits([[maybe_unused]] const Limits &limits)
 
 void restoreSignals()
 {
-    for (int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD, SIGPIPE})
+    for (int number = 1; number < NSIG; ++number)
         std::signal(number, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+const char *explainVerdictMemory(const void *address)
+{
+    return memory->holds(address) ? "hostile: it wrote to the memory that the checker keeps its verdict in" : nullptr;
 }
 
 Outcome outcomeOf(const std::function<Outcome()> &body)
@@ -105,26 +96,43 @@ Outcome outcomeOf(const std::function<Outcome()> &body)
     }
 }
 
-[[noreturn]] void runChild(const std::function<Outcome()> &body, const Limits &limits, Leave leave, int output,
-                           pid_t parent)
+/** Makes the process one that a library may do its worst in. */
+void confine(const Isolation &isolation, int output, int parentSocket)
+{
+    restoreSignals();
+    redirectOutput(output);
+    applyLimits(isolation.limits);
+    FaultHandler::add(explainVerdictMemory);
+    memory->protect();
+    // Temporary files belong where all that the library makes is removed again.
+    if (!isolation.sandbox.directory.empty())
+        setenv("TMPDIR", isolation.sandbox.directory.c_str(), 1);
+    const int listener = enterSandbox();
+    sendDescriptor(parentSocket, listener);
+    close(listener);
+    close(parentSocket);
+}
+
+[[noreturn]] void runChild(const std::function<Outcome()> &body, const Isolation &isolation, int output,
+                           int parentSocket, pid_t parent)
 {
     inChild = true;
     setsid();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent)
         _exit(1);
-    restoreSignals();
-    redirectOutput(output);
-    applyLimits(limits);
+    confine(isolation, output, parentSocket);
     const Outcome outcome = outcomeOf(body);
     std::cout.flush();
     std::fflush(nullptr);
-    if (leave == Leave::AtOnce)
+    if (isolation.leave == Leave::AtOnce)
         settle(outcome.verdict, outcome.finding.c_str());
     stage("leaving the program");
-    settleOnBoard(outcome.verdict, outcome.finding.c_str());
+    memory->settle(outcome.verdict, outcome.finding.c_str());
     std::exit(0);
 }
+
+// The parent.
 
 double since(std::chrono::steady_clock::time_point start)
 {
@@ -143,100 +151,143 @@ void drain(int input, IsolatedRun &run)
     }
 }
 
-/** Waits for output or for a signal, SIGCHLD among them, at most `seconds`. */
-void await(int input, double seconds)
-{
-    pollfd waiting = {input, POLLIN, 0};
-    const double whole = std::max(0.0, seconds);
-    timespec span = {std::time_t(whole), long((whole - double(std::time_t(whole))) * 1e9)};
-    sigset_t open;
-    sigemptyset(&open);
-    ppoll(&waiting, 1, &span, &open);
-}
+/** How the child went. */
+enum class Ending { ByItself, Stopped, TimeOver };
 
-/** Waits for the child's end. False when the time was over or the user wants to stop; it is then killed. */
-bool awaitEnd(pid_t child, int input, double seconds, IsolatedRun &run, int &status)
+/** A running child, seen from its parent. */
+class Child
 {
-    auto start = std::chrono::steady_clock::now();
-    unsigned progress = 0;
-    while (waitpid(child, &status, WNOHANG) != child) {
-        if (board->progress != progress) {
-            progress = board->progress;
-            start = std::chrono::steady_clock::now();
-        }
-        if (since(start) >= seconds || interrupted()) {
-            kill(-child, SIGKILL);
-            kill(child, SIGKILL);
-            waitpid(child, &status, 0);
-            return false;
-        }
-        await(input, seconds - since(start));
-        drain(input, run);
+public:
+    Child(pid_t process, int output, int listener, const Isolation &isolation, IsolatedRun &run)
+        : m_process(process)
+        , m_output(output)
+        , m_supervisor(listener, isolation.sandbox)
+        , m_run(run)
+    {
     }
-    return true;
-}
 
-/** The process whose parent is `parent`, from its line in /proc; false for any other. */
-bool isChildOf(pid_t parent, const std::string &process)
-{
-    std::FILE *file = std::fopen(("/proc/" + process + "/stat").c_str(), "re");
-    if (!file)
+    /** Waits for the end, which comes at the latest when `seconds` pass without progress, or the user wants it. */
+    Ending awaitEnd(double seconds)
+    {
+        auto start = std::chrono::steady_clock::now();
+        unsigned steps = 0;
+        while (waitpid(m_process, &m_status, WNOHANG | WUNTRACED) != m_process) {
+            if (memory->steps() != steps) {
+                steps = memory->steps();
+                start = std::chrono::steady_clock::now();
+            }
+            if (since(start) >= seconds || interrupted())
+                return kill(Ending::TimeOver);
+            serve(seconds - since(start));
+        }
+        return WIFSTOPPED(m_status) ? kill(Ending::Stopped) : Ending::ByItself;
+    }
+
+    /** Whether a process that it started is still there after a while. */
+    bool isOutlived()
+    {
+        constexpr double patience = 2;
+        const auto start = std::chrono::steady_clock::now();
+        while (waitpid(-1, nullptr, WNOHANG) >= 0) {
+            if (since(start) >= patience || interrupted())
+                return true;
+            serve(std::min(0.1, patience - since(start)));
+        }
         return false;
-    char line[512] = {};
-    const bool got = std::fgets(line, sizeof(line), file) != nullptr;
-    std::fclose(file);
-    const char *name = got ? std::strrchr(line, ')') : nullptr;
-    char state = 0;
-    int found = 0;
-    return name && std::sscanf(name + 1, " %c %d", &state, &found) == 2 && found == parent;
-}
-
-void killChildren()
-{
-    DIR *processes = opendir("/proc");
-    while (const dirent *entry = processes ? readdir(processes) : nullptr) {
-        const int id = std::atoi(entry->d_name);
-        if (id > 0 && isChildOf(getpid(), entry->d_name))
-            kill(id, SIGKILL);
     }
-    if (processes)
-        closedir(processes);
-}
 
-/** Ends what the library forked: it has become a child of this process, the nearest subreaper. */
-void reapLeftovers()
-{
-    pid_t reaped = 0;
-    while ((reaped = waitpid(-1, nullptr, WNOHANG)) >= 0) {
-        if (reaped == 0) {
-            killChildren();
-            waitpid(-1, nullptr, 0);
+    /** Ends what it leaves behind: that has become a child of this process, the nearest subreaper. */
+    void reapLeftovers()
+    {
+        ::kill(-m_process, SIGKILL);
+        pid_t reaped = 0;
+        while ((reaped = waitpid(-1, nullptr, WNOHANG)) >= 0) {
+            if (reaped == 0) {
+                for (pid_t child : childrenOf(getpid()))
+                    ::kill(child, SIGKILL);
+                waitpid(-1, nullptr, 0);
+            }
         }
+        drain(m_output, m_run);
     }
-}
+
+    int status() const
+    {
+        return m_status;
+    }
+    const SandboxReport &sandbox() const
+    {
+        return m_supervisor.report();
+    }
+
+private:
+    Ending kill(Ending ending)
+    {
+        const int status = m_status;
+        ::kill(-m_process, SIGKILL);
+        ::kill(m_process, SIGKILL);
+        waitpid(m_process, &m_status, 0);
+        m_status = status;
+        return ending;
+    }
+
+    /** Waits for output, for a call to be looked at, or for a signal, SIGCHLD among them; at most `seconds`. */
+    void serve(double seconds)
+    {
+        pollfd waiting[] = {{m_outputClosed ? -1 : m_output, POLLIN, 0}, {m_supervisor.descriptor(), POLLIN, 0}};
+        const double whole = std::max(0.0, seconds);
+        const timespec span = {std::time_t(whole), long((whole - double(std::time_t(whole))) * 1e9)};
+        sigset_t open;
+        sigemptyset(&open);
+        ppoll(waiting, 2, &span, &open);
+        if (waiting[1].revents & POLLIN)
+            m_supervisor.answer();
+        else if (waiting[1].revents & POLLHUP)
+            m_supervisor.end();
+        drain(m_output, m_run);
+        m_outputClosed = m_outputClosed || waiting[0].revents == POLLHUP;
+    }
+
+    pid_t m_process;
+    int m_output;
+    bool m_outputClosed = false; ///< by all who had it
+    Supervisor m_supervisor;
+    IsolatedRun &m_run;
+    int m_status = 0;
+};
 
 std::string atStage()
 {
-    return board->stage[0] ? std::string(" while ") + board->stage : std::string();
+    const std::string stage = memory->stage();
+    return stage.empty() ? stage : " while " + stage;
 }
 
-Outcome judge(int status)
+Outcome outcomeOfEnd(int status)
 {
     if (WIFSIGNALED(status))
         return {Verdict::Crash, signalName(WTERMSIG(status)) + atStage()};
-    if (!board->settled || WEXITSTATUS(status) != 0) {
+    if (memory->isForged())
+        return failed(Hostile + "it left a verdict of its own in the checker's memory" + atStage());
+    if (!memory->isSettled() || WEXITSTATUS(status) != 0) {
         return {Verdict::Crash,
                 "the library ended the program with exit status " + std::to_string(WEXITSTATUS(status)) + atStage()};
     }
-    return {board->verdict, board->finding};
+    return memory->outcome();
 }
 
-Board *newBoard()
+Outcome outcomeOf(Ending ending, const Child &child, int seconds)
 {
-    void *memory = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED)
-        throw std::system_error(errno, std::generic_category(), "mmap");
-    return static_cast<Board *>(memory);
+    if (!child.sandbox().attack.empty())
+        return failed(Hostile + child.sandbox().attack);
+    if (ending == Ending::ByItself)
+        return outcomeOfEnd(child.status());
+    if (interrupted())
+        return skipped("interrupted");
+    if (ending == Ending::Stopped) {
+        return {Verdict::Crash,
+                "the library stopped the program with " + signalName(WSTOPSIG(child.status())) + atStage()};
+    }
+    return {Verdict::Timeout, "not back after " + std::to_string(seconds) + " s" + atStage()};
 }
 
 void ignoreSignal(int) {}
@@ -248,16 +299,42 @@ void prepareParent()
     action.sa_handler = ignoreSignal;
     sigaction(SIGCHLD, &action, nullptr);
     // Held back but while waiting, so that none is missed between the test and the wait.
-    sigset_t held;
-    sigemptyset(&held);
-    for (int number : {SIGCHLD, SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&held, number);
+    sigset_t held = endingSignals();
+    sigaddset(&held, SIGCHLD);
     sigprocmask(SIG_BLOCK, &held, nullptr);
 }
 
 void noteInterruption(int number)
 {
     interruption = number;
+}
+
+/** Two connected descriptors that close themselves when a program is started. */
+struct Ends {
+    int parent = -1;
+    int child = -1;
+
+    Ends(int made, const int (&pair)[2], const char *what)
+        : parent(pair[0])
+        , child(pair[1])
+    {
+        if (made != 0)
+            throw std::system_error(errno, std::generic_category(), what);
+    }
+};
+
+Ends newPipe()
+{
+    int pair[2] = {};
+    const Ends ends(pipe2(pair, O_CLOEXEC), pair, "pipe");
+    fcntl(ends.parent, F_SETFL, O_NONBLOCK);
+    return ends;
+}
+
+Ends newSockets()
+{
+    int pair[2] = {};
+    return Ends(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair), pair, "socketpair");
 }
 } // namespace
 
@@ -275,59 +352,61 @@ extern "C" int __lsan_is_turned_off()
 }
 #endif
 
-IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limits, Leave leave)
+IsolatedRun runIsolated(const std::function<Outcome()> &body, const Isolation &isolation)
 {
     prepareParent();
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    fcntl(ends[0], F_SETFL, O_NONBLOCK);
-    board = newBoard();
+    const Ends output = newPipe();
+    const Ends sockets = newSockets();
+    VerdictMemory verdict;
+    memory = &verdict;
     std::fflush(nullptr);
     IsolatedRun run;
     const auto start = std::chrono::steady_clock::now();
     const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child < 0)
+    const pid_t process = fork();
+    if (process < 0)
         throw std::system_error(errno, std::generic_category(), "fork");
-    if (child == 0) {
-        close(ends[0]);
-        runChild(body, limits, leave, ends[1], parent);
+    if (process == 0) {
+        close(output.parent);
+        close(sockets.parent);
+        runChild(body, isolation, output.child, sockets.child, parent);
     }
-    close(ends[1]);
-    int status = 0;
-    const bool ended = awaitEnd(child, ends[0], limits.seconds, run, status);
-    kill(-child, SIGKILL);
-    reapLeftovers();
-    drain(ends[0], run);
-    close(ends[0]);
+    close(output.child);
+    close(sockets.child);
+    const int listener = receiveDescriptor(sockets.parent);
+    close(sockets.parent);
+    {
+        Child child(process, output.parent, listener, isolation, run);
+        const Ending ending = child.awaitEnd(isolation.limits.seconds);
+        const bool outlived = isolation.mayNotOutlive && ending == Ending::ByItself && child.isOutlived();
+        child.reapLeftovers();
+        run.outcome = outcomeOf(ending, child, isolation.limits.seconds);
+        if (outlived && run.outcome.verdict == Verdict::Pass)
+            run.outcome = failed("it started a process that is still there after the program's end");
+        run.sandbox = child.sandbox();
+        run.hostile = run.outcome.finding.compare(0, Hostile.size(), Hostile) == 0;
+    }
+    close(output.parent);
     run.seconds = since(start);
-    if (ended)
-        run.outcome = judge(status);
-    else if (interrupted())
-        run.outcome = skipped("interrupted");
-    else
-        run.outcome = {Verdict::Timeout, "not back after " + std::to_string(limits.seconds) + " s" + atStage()};
-    munmap(board, sizeof(Board));
-    board = nullptr;
+    memory = nullptr;
     return run;
 }
 
 void stage(const std::string &what)
 {
-    if (board)
-        store(board->stage, what.c_str());
+    if (memory)
+        memory->setStage(what.c_str());
 }
 
 void progress()
 {
-    if (board)
-        ++board->progress;
+    if (memory)
+        memory->step();
 }
 
 void settle(Verdict verdict, const char *finding)
 {
-    settleOnBoard(verdict, finding);
+    memory->settle(verdict, finding);
     _exit(0);
 }
 
@@ -335,8 +414,10 @@ void catchInterruptions()
 {
     struct sigaction action = {};
     action.sa_handler = noteInterruption;
-    for (int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
+    const sigset_t signals = endingSignals();
+    for (int number = 1; number < NSIG; ++number)
+        if (sigismember(&signals, number) == 1)
+            sigaction(number, &action, nullptr);
     // A reader that goes away (a pager, head) must not keep the copy from being removed.
     std::signal(SIGPIPE, SIG_IGN);
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "outcome.h"
+#include "sandbox.h"
 
 #include <cstddef>
 #include <functional>
@@ -26,12 +27,22 @@ enum class Leave {
     Normally ///< as a program does: its exit handlers and destructors run
 };
 
+/** How a process is run. */
+struct Isolation {
+    Limits limits;
+    Sandbox sandbox;
+    Leave leave = Leave::AtOnce;
+    bool mayNotOutlive = false; ///< processes that it leaves behind are waited for, and are a failure when they stay
+};
+
 /** What came of a run. */
 struct IsolatedRun {
     Outcome outcome;
     std::string printed;          ///< the first bytes of standard output and standard error
     std::size_t printedBytes = 0; ///< how many there were altogether
     double seconds = 0;
+    bool hostile = false; ///< the library turned on the checker itself
+    SandboxReport sandbox;
 };
 
 /**
@@ -39,7 +50,7 @@ struct IsolatedRun {
  * process that it leaves behind are killed and reaped before this returns.
  * An exception out of `body` is the verdict if it is an Outcome.
  */
-IsolatedRun runIsolated(const std::function<Outcome()> &body, const Limits &limits, Leave leave = Leave::AtOnce);
+IsolatedRun runIsolated(const std::function<Outcome()> &body, const Isolation &isolation);
 
 /** Within `body`: what is about to be done, told when the process does not survive it. */
 void stage(const std::string &what);
@@ -50,7 +61,7 @@ void progress();
 /** Within `body`: settles the verdict and leaves at once; for signal handlers too. */
 [[noreturn]] void settle(Verdict verdict, const char *finding);
 
-/** Lets SIGINT, SIGTERM and SIGHUP end the current run instead of this program. */
+/** Lets every signal that would end this program, and can be caught, end the current run instead. */
 void catchInterruptions();
 /** Whether one of them came. */
 bool interrupted();

@@ -61,18 +61,24 @@ struct EventKind {
     {
         return request.UseMessageID0 != 0;
     }
-    /** Switches every filter off and leaves the values. */
-    static void switchOff(Request &request);
+    static std::time_t time(const Record &record)
+    {
+        return record.EventTime;
+    }
+    /** The switches of all filters. */
+    static const std::vector<int Request::*> &switches();
     /** Lowers the request's highest identifier to `highest`, or sets it. */
     static void bound(Request &request, int highest);
     /** Every filter with values that lie on, beside and far from those of `records`. */
     static std::vector<Filter<Request>> filters(const std::vector<Record> &records, std::mt19937 &random);
     /** The masks of a request. */
-    static std::vector<char * Request::*> masks();
+    static const std::vector<char * Request::*> &masks();
     /** The filters of a request in words, for messages. */
     static std::string describe(const Request &request);
     /** A record made up from `number`, with texts, parameters and times of every sort among them. */
     static Record sample(int number, std::mt19937 &random);
+    /** A record whose every text is this one. */
+    static Record withText(const std::string &text);
 };
 
 /** Commands, likewise. */
@@ -107,13 +113,52 @@ struct CommandKind {
     {
         return request.UseCommandID0 != 0;
     }
-    static void switchOff(Request &request);
+    static std::time_t time(const Record &record)
+    {
+        return record.CommandTime;
+    }
+    static const std::vector<int Request::*> &switches();
     static void bound(Request &request, int highest);
     static std::vector<Filter<Request>> filters(const std::vector<Record> &records, std::mt19937 &random);
-    static std::vector<char * Request::*> masks();
+    static const std::vector<char * Request::*> &masks();
     static std::string describe(const Request &request);
     static Record sample(int number, std::mt19937 &random);
+    static Record withText(const std::string &text);
 };
+
+/** Sensors come whole: nothing in such a request counts. */
+struct SensorRequest {
+    int NMax = 0;
+    int TakeFirst1_Last0 = 0;
+};
+
+/** Sensors, as far as they are fetched and released like the others. */
+struct SensorKind {
+    using Record = CSensor;
+    using Request = SensorRequest;
+    static constexpr const char *Plural = "sensors";
+    static constexpr int Sizes = SensorSize;
+    static constexpr DBFunction Fetch = DBFunctionGetSensors;
+
+    static int get(const Library &library, int *n, Record **records, Request *)
+    {
+        return library.getSensors(n, records);
+    }
+    static std::string describe(const Request &)
+    {
+        return Plural;
+    }
+};
+
+/** Times that a record can have, at the ends and before 1970: 32 bits, on every machine. */
+std::vector<std::time_t> recordTimes();
+
+/** Every byte that a text can hold. */
+std::string everyByte();
+
+/** The text with its ASCII letters in one case. */
+std::string upper(std::string text);
+std::string lower(std::string text);
 
 /** The text with every byte that is not printable ASCII as \xNN, in double quotes. */
 std::string quoted(const char *text);

@@ -1,17 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "checks.h"
-#include "disk.h"
 #include "installation.h"
-#include "isolate.h"
 #include "options.h"
-#include "report.h"
+#include "run.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <memory>
+#include <random>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -26,9 +23,14 @@ void printList()
     }
 }
 
+void printVersion()
+{
+    std::puts("dblib-check " OBRIM_VERSION);
+}
+
 bool isWanted(const Options &options, const Check &check)
 {
-    if (check.writes && !options.write)
+    if ((check.writes && !options.write) || (check.provesCopy && options.inPlace))
         return false;
     return options.only.empty() ||
            std::find(options.only.begin(), options.only.end(), check.name) != options.only.end();
@@ -46,77 +48,6 @@ std::string configDirectory(const Options &options, const std::string &spare)
     return fs::is_directory(beside) ? fs::canonical(beside).string() : spare;
 }
 
-/** The check that finds out whether the copy is what is written to. */
-const std::string SeparateCopy = "separate-copy";
-
-/** Runs the checks one after the other, and knows when the rest makes no sense any more. */
-class Run
-{
-public:
-    Run(const Options &options, const Target &target)
-        : m_options(options)
-        , m_target(target)
-    {
-    }
-
-    void add(const Check &check)
-    {
-        Result result = {&check, {}};
-        if (!m_unfit.empty()) {
-            result.run.outcome = skipped(m_unfit);
-        } else if (check.writes && !m_unsafe.empty()) {
-            result.run.outcome = skipped(m_unsafe);
-        } else {
-            Disk::wait(!worksOnCopy(check));
-            result.run = runIsolated([&] { return check.run(m_target); }, m_options.limits, check.leave);
-            moderate(result);
-            draw(result);
-        }
-        if (!m_options.onlyFailed || isFailure(result.run.outcome.verdict) ||
-            result.run.outcome.verdict == Verdict::Warn)
-            std::cout << resultText(result) << std::flush;
-        m_results.push_back(result);
-    }
-
-    const std::vector<Result> &results() const
-    {
-        return m_results;
-    }
-
-private:
-    /** Whether nothing but a copy that is removed again can be written to. */
-    bool worksOnCopy(const Check &check) const
-    {
-        return m_options.write && m_unsafe.empty() && check.name != SeparateCopy;
-    }
-    static void moderate(Result &result)
-    {
-        Outcome &outcome = result.run.outcome;
-        if (result.check->advisory && isFailure(outcome.verdict))
-            outcome = warned(std::string(verdictName(outcome.verdict)) + ", " + outcome.finding);
-        if (result.check->silent && outcome.verdict == Verdict::Pass && result.run.printedBytes > 0)
-            outcome = warned("it printed " + std::to_string(result.run.printedBytes) + " bytes");
-    }
-
-    /** What a result means for the checks after it. */
-    void draw(const Result &result)
-    {
-        const std::string name = result.check->name;
-        if (isFailure(result.run.outcome.verdict) && (name == "file" || name == "load"))
-            m_unfit = "the library cannot be loaded";
-        if (isFailure(result.run.outcome.verdict) && name == SeparateCopy)
-            m_unsafe = "the library would write to the installation itself";
-        if (name == "fill")
-            m_target.fill = result.run.outcome.verdict == Verdict::Pass;
-    }
-
-    const Options &m_options;
-    Target m_target;
-    std::string m_unfit;
-    std::string m_unsafe;
-    std::vector<Result> m_results;
-};
-
 void writeReport(const std::string &path, const std::string &text)
 {
     std::FILE *file = std::fopen(path.c_str(), "we");
@@ -125,39 +56,48 @@ void writeReport(const std::string &path, const std::string &text)
         throw std::runtime_error("the report could not be written to " + path);
 }
 
+/** What to work on; a copy of the installation is made in `directory`. */
+Target targetOf(const Options &options, const std::string &directory)
+{
+    const std::string spare = directory + "/Config";
+    fs::create_directory(spare);
+    Target target;
+    target.library = options.library;
+    target.original = target.config = configDirectory(options, spare);
+    target.seed = options.seed;
+    target.seconds = options.limits.seconds;
+    target.fetches = options.fetches;
+    target.records = options.records;
+    std::cout << "library " << target.library << "\nconfig  " << target.original
+              << (options.inPlace ? "" : ", a copy of it") << "\nseed    " << target.seed << "\n";
+    if (options.inPlace)
+        return target;
+    const std::string place = directory + "/copy";
+    fs::create_directory(place);
+    const InstallationCopy copy = copyInstallation(target.original, place);
+    for (const std::string &file : copy.leftOut)
+        std::cout << "not copied: " << file << "\n";
+    target.config = copy.config;
+    return target;
+}
+
 int run(Options options)
 {
     if (!fs::exists(options.library))
         throw std::runtime_error("there is no file " + options.library);
     options.library = fs::absolute(options.library).lexically_normal().string();
-    const TemporaryDirectory temporary;
-    const std::string spare = temporary.path() + "/Config";
-    fs::create_directory(spare);
-    Target target;
-    target.library = options.library;
-    target.config = configDirectory(options, spare);
-    target.seed = options.seed;
-    target.seconds = options.limits.seconds;
-    target.fetches = options.fetches;
-    target.records = options.records;
-    if (options.write) {
-        target.original = target.config;
-        const std::string place = temporary.path() + "/copy";
-        fs::create_directory(place);
-        target.config = copyInstallation(target.original, place);
-    }
-    std::cout << "library " << target.library << "\nconfig  " << target.config << "\nseed    " << target.seed << "\n";
     catchInterruptions();
-    Run checks(options, target);
+    const TemporaryDirectory temporary;
+    const Target target = targetOf(options, temporary.path());
+    Run run(options, target, temporary.path());
     for (const Check &check : allChecks())
         if (isWanted(options, check) && !interrupted())
-            checks.add(check);
-    std::cout << summaryText(checks.results());
+            run.add(check);
+    run.finish();
+    std::cout << summaryText(run.results());
     if (!options.report.empty())
-        writeReport(options.report, junitText(target.library, target.seed, checks.results()));
-    const bool bad = std::any_of(checks.results().begin(), checks.results().end(),
-                                 [](const Result &result) { return isFailure(result.run.outcome.verdict); });
-    return bad || interrupted() ? 1 : 0;
+        writeReport(options.report, junitText(target.library, target.seed, run.results()));
+    return run.hasFailure() || interrupted() ? 1 : 0;
 }
 } // namespace
 
@@ -165,8 +105,8 @@ int main(int argc, char **argv)
 {
     try {
         Options options = readOptions(argc, argv);
-        if (options.help || options.list) {
-            options.help ? void(std::fputs(helpText(), stdout)) : printList();
+        if (options.help || options.version || options.list) {
+            options.help ? void(std::fputs(helpText(), stdout)) : options.version ? printVersion() : printList();
             return 0;
         }
         if (!options.seeded)

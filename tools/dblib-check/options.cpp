@@ -11,7 +11,22 @@
 
 namespace
 {
-enum Key { Config = 256, List, Only, OnlyFailed, Write, ReportFile, Seed, Timeout, Memory, Fetches, Records, Help };
+enum Key {
+    Config = 256,
+    List,
+    Only,
+    OnlyFailed,
+    Write,
+    InPlace,
+    ReportFile,
+    Seed,
+    Timeout,
+    Memory,
+    Fetches,
+    Records,
+    Help,
+    Version
+};
 
 const option LongOptions[] = {
     {"config", required_argument, nullptr, Config},
@@ -19,6 +34,7 @@ const option LongOptions[] = {
     {"only", required_argument, nullptr, Only},
     {"only-failed", no_argument, nullptr, OnlyFailed},
     {"write", no_argument, nullptr, Write},
+    {"in-place", no_argument, nullptr, InPlace},
     {"report", required_argument, nullptr, ReportFile},
     {"seed", required_argument, nullptr, Seed},
     {"timeout", required_argument, nullptr, Timeout},
@@ -26,6 +42,7 @@ const option LongOptions[] = {
     {"fetches", required_argument, nullptr, Fetches},
     {"records", required_argument, nullptr, Records},
     {"help", no_argument, nullptr, Help},
+    {"version", no_argument, nullptr, Version},
     {nullptr, 0, nullptr, 0},
 };
 
@@ -67,6 +84,9 @@ void take(Options &options, int key)
     case Write:
         options.write = true;
         break;
+    case InPlace:
+        options.inPlace = true;
+        break;
     case ReportFile:
         options.report = optarg;
         break;
@@ -89,6 +109,9 @@ void take(Options &options, int key)
     case Help:
         options.help = true;
         break;
+    case Version:
+        options.version = true;
+        break;
     default:
         throw std::runtime_error("--help names the options");
     }
@@ -105,7 +128,7 @@ Options readOptions(int argc, char **argv)
         throw std::runtime_error(std::string("one library at a time: ") + argv[optind + 1] + " is too many");
     if (optind < argc)
         options.library = argv[optind];
-    else if (!options.list && !options.help)
+    else if (!options.list && !options.help && !options.version)
         throw std::runtime_error("no library given; --help tells more");
     return options;
 }
@@ -125,8 +148,10 @@ DESCRIPTION
     operator. Each check runs in a process of its own, so that a crash in one
     says nothing about the next.
 
-    Without --write the library is asked on the installation itself and nothing
-    is put or deleted (a library may make its files when it is initialised).
+    All this is done on a copy of the installation, made in the directory for
+    temporary files (TMPDIR) and removed at the end. Without --write nothing is
+    put or deleted, and the library is kept from making files outside of the
+    copy.
 
 OPTIONS
     --config DIR      the configuration directory that the library is
@@ -137,9 +162,12 @@ OPTIONS
                       when it fails, and ends
     --only NAME       runs this check; may be given several times
     --only-failed     prints only what failed or is warned of
-    --write           also puts and deletes: all checks then run on a copy of
-                      the installation, made in the directory for temporary
-                      files (TMPDIR) and removed at the end
+    --write           also puts and deletes. When the library turns out to write
+                      outside of the copy, or to keep its records on a server,
+                      it says so and puts nothing
+    --in-place        works on the installation itself, not on a copy; with
+                      --write, what is put stays there: for a store that is made
+                      for tests, as on a server
     --report FILE     writes the verdicts as JUnit XML too
     --seed N          repeats a run's random requests; each run prints its seed
     --timeout SECONDS time limit of each check, 45 by default; long checks may
@@ -150,6 +178,7 @@ OPTIONS
     --records N       records that are fetched at once in many-records and
                       many-put, 1000000 by default
     --help            this text
+    --version         the version
 
 EXIT STATUS
     0  no check failed, crashed or ran out of time

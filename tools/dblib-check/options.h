@@ -15,8 +15,10 @@ struct Options {
     std::string report;
     bool list = false;
     bool help = false;
+    bool version = false;
     bool onlyFailed = false;
     bool write = false;
+    bool inPlace = false; ///< on the installation itself, not on a copy
     bool seeded = false;
     unsigned seed = 0;
     int fetches = 100000;

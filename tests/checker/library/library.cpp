@@ -3,121 +3,26 @@
 #include "library.h"
 
 #include "MessageEventParam.h"
-#include "WCompare.h"
 #include "fault.h"
+#include "misbehaviour.h"
+#include "selection.h"
 #include "store.h"
 
 #include <algorithm>
-#include <chrono>
-#include <climits>
-#include <clocale>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <stdexcept>
-#include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
+#include <type_traits>
 #include <vector>
 
 namespace
 {
-/** An address on the first page, where nothing lies; not NULL, which sanitizers tell by other means than a signal. */
-volatile int *const Nowhere = reinterpret_cast<volatile int *>(64);
-
-[[noreturn]] void hang()
+void requireInitialised()
 {
-    std::signal(SIGTERM, SIG_IGN);
-    for (;;)
-        pause();
-}
-
-[[noreturn]] void spin()
-{
-    volatile unsigned turns = 0;
-    for (;;)
-        turns = turns + 1;
-}
-
-struct AtLoad {
-    AtLoad()
-    {
-        if (fault("crash-at-load"))
-            *Nowhere = 1;
-        if (fault("print-at-load"))
-            std::puts("library loaded");
-    }
-    ~AtLoad()
-    {
-        if (fault("abort-at-exit"))
-            std::abort();
-        if (fault("hang-at-exit"))
-            hang();
-    }
-} atLoad;
-
-// What a fetch does to the process around it.
-
-void forkAway()
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        if (fault("fork-daemon")) {
-            if (fork() > 0)
-                _exit(0);
-            setsid();
-        }
-        for (;;)
-            pause();
-    }
-}
-
-void misbehaveAtFetch()
-{
-    static int fetches = 0;
-    ++fetches;
-    if (fault("print"))
-        std::puts("fetching");
-    if (fault("print-error"))
-        std::fputs("fetching\n", stderr);
-    if (fault("leak-memory")) {
-        static char *volatile lost = nullptr;
-        lost = new char[24];
-        lost[0] = 'x';
-    }
-    if (fault("leak-descriptor") && fetches % 50 == 0)
-        (void)!dup(0);
-    if (fault("leak-thread") && fetches % 1000 == 0) {
-        std::thread([] {
-            for (;;)
-                pause();
-        }).detach();
-    }
-    if (fault("fork") && fetches == 1)
-        forkAway();
-    if (fault("fork-daemon") && fetches == 1)
-        forkAway();
-    if (fault("close-descriptors") && fetches == 1)
-        for (int descriptor = 3; descriptor < 1024; ++descriptor)
-            close(descriptor);
-    if (fault("close-output") && fetches == 1)
-        close(STDOUT_FILENO);
-    if (fault("change-directory"))
-        (void)!chdir("/");
-    if (fault("change-locale"))
-        std::setlocale(LC_ALL, "C.UTF-8");
-    if (fault("change-umask"))
-        umask(0);
-    if (fault("ignore-sigterm"))
-        std::signal(SIGTERM, SIG_IGN);
-    if (fault("block-signals")) {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_BLOCK, &all, nullptr);
-    }
+    if (fault("crash-uninitialised") && !store().initialised)
+        *Nowhere = 1;
 }
 
 bool refuseThread()
@@ -126,15 +31,12 @@ bool refuseThread()
     return fault("first-thread-only") && std::this_thread::get_id() != first;
 }
 
-void requireInitialised()
-{
-    if (fault("crash-uninitialised") && !store().initialised)
-        *Nowhere = 1;
-}
-
 // Records on their way out.
 
 void spoil(CSensor &) {}
+
+/** A text that two answers share, and that the release of either frees. */
+char *sharedText = nullptr;
 
 void spoil(CMessageCommand &command)
 {
@@ -166,8 +68,34 @@ void spoil(CMessageEvent &event)
         event.SensorID[event.LSensorID] = 'x';
 }
 
+/** What happens to a whole array on its way out. */
+template <class Record> void spoilArray(Record *, std::size_t) {}
+
+template <> void spoilArray(CMessageEvent *events, std::size_t count)
+{
+    if (count > 0 && fault("last-record-garbage")) {
+        CMessageEvent &last = events[count - 1];
+        last.clean();
+        last.MessageID = -842150451;
+        last.MessageType = -842150451;
+    }
+    if (count > 0 && fault("record-shared")) {
+        if (!sharedText) {
+            int length = 0;
+            CopyPtr(&sharedText, &length, events[0].SensorID, events[0].LSensorID);
+        }
+        if (std::strcmp(sharedText, events[0].SensorID) == 0) {
+            delete[] events[0].SensorID;
+            events[0].SensorID = sharedText;
+        }
+    }
+}
+
 /** The arrays given out and not yet released. */
 template <class Record> std::vector<Record *> open;
+
+/** How many arrays of any kind are given out. */
+int openCount = 0;
 
 template <class Record> void giveBack(Record **array)
 {
@@ -179,12 +107,15 @@ template <class Record> void giveBack(Record **array)
         *array = nullptr;
         return;
     }
+    openCount -= *array != nullptr;
     if (fault("static-array"))
         return;
-    if (fault("release-ignored")) {
+    if (fault("release-ignored") || (fault("sensors-kept") && std::is_same_v<Record, CSensor>)) {
         *array = nullptr;
         return;
     }
+    if (*array)
+        sharedText = nullptr;
     const bool held = *array != nullptr;
     const volatile auto *past = reinterpret_cast<const volatile char *>(*array);
     delete[] *array;
@@ -216,6 +147,7 @@ template <class Record> Record *newArray(const std::vector<const Record *> &reco
         array[i] = *records[i];
         spoil(array[i]);
     }
+    spoilArray(array, records.size());
     return array;
 }
 
@@ -225,11 +157,29 @@ template <class Record> void touch(const Record *record)
     (void)reinterpret_cast<const volatile char *>(record)[sizeof(Record) - 1];
 }
 
+/** Whether the latest call was a size query. */
+bool sizeWasAsked = false;
+
 /** As many records as a library gives that cuts large answers. */
 constexpr std::size_t MostGiven = 700;
 
-template <class Record> int answer(int *n, Record **array, const std::vector<const Record *> &records)
+/** Ways in which one answer depends on what came before it. */
+template <class Record> std::vector<const Record *> altered(std::vector<const Record *> records)
 {
+    static int answers = 0;
+    const bool changes = fault("answers-change") && ++answers % 5 == 4;
+    const bool disturbed = fault("open-array-short") && openCount > 0;
+    if ((changes || disturbed) && records.size() > 1)
+        records.pop_back();
+    if (fault("size-query-empties") && sizeWasAsked)
+        records.clear();
+    sizeWasAsked = false;
+    return records;
+}
+
+template <class Record> int answer(int *n, Record **array, const std::vector<const Record *> &selected)
+{
+    const std::vector<const Record *> records = altered(selected);
     *n = int(records.size());
     if (records.size() > MostGiven && fault("large-refused")) {
         *n = 0;
@@ -241,11 +191,14 @@ template <class Record> int answer(int *n, Record **array, const std::vector<con
     }
     if (!records.empty()) {
         *array = newArray(records);
+        ++openCount;
         if (fault("array-overread"))
             touch(*array + records.size());
         if (fault("release-last"))
             open<Record>.push_back(*array);
         *n += fault("count-too-high");
+    } else if (fault("leak-when-empty")) {
+        loseBytes(16);
     } else if (fault("release-null-crash")) {
         open<Record>.assign(1, nullptr);
     } else if (fault("count-null-array")) {
@@ -260,79 +213,28 @@ template <class Record> int answer(int *n, Record **array, const std::vector<con
     return fault("result") ? 1 : 0;
 }
 
-// What an event request can set off.
-
-void misbehaveFor(const CMessageEventRequest &request)
+/** Whether this build keeps what is put in a file of the configuration directory. */
+bool isLasting()
 {
-    if (fault("segfault") && request.NMax == INT_MAX)
-        *Nowhere = 1;
-    if (fault("abort") && request.NMax == INT_MAX)
-        std::abort();
-    if (fault("exit") && request.NMax == 0)
-        std::exit(0);
-    if (fault("quick-exit") && request.NMax == 0)
-        _exit(0);
-    if (fault("endless-loop") && request.NMax == INT_MIN)
-        spin();
-    if (fault("ignores-sigterm") && request.NMax == INT_MIN)
-        hang();
-    if (fault("throws") && request.NMax < 0)
-        throw std::runtime_error("NMax is negative");
-    if (fault("throws-number") && request.NMax < 0)
-        throw 42;
-    if (fault("huge-allocation") && request.NMax == INT_MAX)
-        delete[] new CMessageEvent[std::size_t(request.NMax)];
-    if (fault("eats-memory") && request.NMax == INT_MAX) {
-        // As much as there is, and then it does not look at what it got.
-        for (int i = 0; i < 1 << 16; ++i)
-            static_cast<volatile char *>(std::malloc(1 << 16))[0] = 1;
-    }
-    if (fault("slow") && request.NMax == 100)
-        std::this_thread::sleep_for(std::chrono::milliseconds(2100));
-    if (fault("stack-overflow") && request.NMax == INT_MAX) {
-        volatile char room[1 << 16] = {};
-        misbehaveFor(request);
-        room[1] = room[0];
-    }
-}
-
-void changeRequest(CMessageEventRequest &request)
-{
-    if (fault("request-changed"))
-        request.NMax = 7;
-    if (fault("mask-lowered") && request.SensorID) {
-        strlwr_win(request.SensorID);
-        request.SensorID[0] = '#';
-    }
-    if (fault("mask-freed") && request.SensorID) {
-        delete[] request.SensorID;
-        request.SensorID = nullptr;
-        request.LSensorID = 0;
-    }
-    if (fault("mask-overread") && request.SensorID) {
-        static char copy[512];
-        static volatile std::size_t fixed = 512;
-        std::memcpy(copy, request.SensorID, fixed);
-    }
-    if (fault("overrun-request"))
-        reinterpret_cast<volatile char *>(&request)[sizeof(request)] = 0;
+    const char *const lasting[] = {"persistent", "reused-after-restart", "print-at-put", "large-cut", "large-refused"};
+    return std::strncmp(FaultName, "restart-", 8) == 0 || std::any_of(std::begin(lasting), std::end(lasting), fault);
 }
 
 int initialise(const char *config)
 {
-    struct stat status;
-    if (fault("crash-missing-directory") && stat(config, &status) != 0)
-        *Nowhere = 1;
+    misbehaveAtInitialise(config);
     if (fault("initialise-fails"))
         return -1;
-    if (fault("second-initialise") && ++store().initialisations > 3)
+    const bool again = ++store().initialisations > 3;
+    if (fault("second-initialise") && again)
         return -2;
-    if (fault("initialise-empties") && ++store().initialisations > 3)
+    if (fault("initialise-empties") && again)
         store().events.records.clear();
+    if (fault("initialise-drops-commands") && again)
+        store().commands.records.clear();
     store().initialised = true;
-    const char *const lasting[] = {"persistent", "reused-after-restart", "print-at-put", "large-cut", "large-refused"};
-    if (std::any_of(std::begin(lasting), std::end(lasting), fault))
-        openLog(std::string(config) + "/events.log");
+    if (isLasting())
+        openLog(std::string(config) + "/records.log");
     if (fault("fixed-place")) {
         Dl_info self = {};
         dladdr(reinterpret_cast<void *>(&initialise), &self);
@@ -344,8 +246,10 @@ int initialise(const char *config)
 
 int Functions::getSensors(int *n, CSensor **sensors)
 {
-    if (!n && !sensors)
+    if (!n && !sensors) {
+        sizeWasAsked = true;
         return SensorSize + fault("sensor-size");
+    }
     if (!n) {
         giveBack(sensors);
         return 0;
@@ -354,6 +258,8 @@ int Functions::getSensors(int *n, CSensor **sensors)
     misbehaveAtFetch();
     if (refuseThread())
         return -1;
+    if (fault("leak-with-sensors"))
+        loseBytes(8);
     std::vector<const CSensor *> records;
     for (const CSensor &sensor : store().sensors)
         records.push_back(&sensor);
@@ -377,6 +283,7 @@ int Functions::getEvents(int *n, CMessageEvent **events, CMessageEventRequest *r
 {
     if (!n && !events && !request) {
         static int calls = 0;
+        sizeWasAsked = true;
         if (fault("size-unstable") && ++calls > 60)
             return int(sizeof(CMessageEvent));
         return fault("size-half") ? int(sizeof(CMessageEvent)) : EventSizes;
@@ -402,8 +309,10 @@ int Functions::initEvents(const char *config)
 
 int Functions::getCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request)
 {
-    if (!n && !commands && !request)
+    if (!n && !commands && !request) {
+        sizeWasAsked = true;
         return fault("command-size") ? CommandSizes - 4 : CommandSizes;
+    }
     if (!n) {
         giveBack(commands);
         return 0;
@@ -428,25 +337,7 @@ int Functions::putCommand(CMessageCommand *command)
 int Functions::putEvent(CMessageEvent *event)
 {
     const int result = put(*event);
-    if (fault("print-at-put"))
-        std::puts("stored");
-    if (fault("put-overrun")) {
-        char *text = new char[16];
-        static volatile int past = 16;
-        text[past] = 'x';
-        delete[] text;
-    }
-    static int puts = 0;
-    if (fault("put-pauses") && ++puts % 100 == 0)
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-    if (fault("put-crawls"))
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    if (fault("put-takes-text")) {
-        event->SensorID = nullptr;
-        event->LSensorID = 0;
-    }
-    if (fault("put-crashes"))
-        *Nowhere = 1;
+    misbehaveAtPut(*event);
     return result;
 }
 

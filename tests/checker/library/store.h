@@ -8,33 +8,42 @@
 #include <vector>
 
 /** A store in memory with a little of everything in it: the library's data. */
-template <class Record> struct Shelf {
-    std::vector<Record> records; ///< by growing identifier
+template <class Record> struct Table {
+    std::vector<Record> records; ///< in the order in which they were put
     int nextId = 1;
 };
 
 struct Store {
     std::vector<CSensor> sensors;
-    Shelf<CMessageEvent> events;
-    Shelf<CMessageCommand> commands;
+    Table<CMessageEvent> events;
+    Table<CMessageCommand> commands;
     bool initialised = false;
     int initialisations = 0;
-    std::string log; ///< file that puts and deletes of events are kept in; empty: only memory
 };
 
 Store &store();
 
-/** Reads the log, and keeps what follows in it. */
-void openLog(const std::string &path);
-
 int &idOf(CMessageEvent &event);
 int &idOf(CMessageCommand &command);
+int idOf(const CMessageEvent &event);
+int idOf(const CMessageCommand &command);
 
-/** The records that a request selects, in the order that suits the windows. */
-std::vector<const CMessageEvent *> select(const CMessageEventRequest &request);
-std::vector<const CMessageCommand *> select(const CMessageCommandRequest &request);
+/** Fills an owned text. */
+void setText(char *&text, int &length, const std::string &value);
+
+/** Adds a record under the next identifier of its table. */
+void add(CMessageEvent event);
+void add(CMessageCommand command);
 
 int put(const CMessageEvent &event);
 int put(const CMessageCommand &command);
 void removeEvent(int id);
 void removeCommand(int id);
+
+// The file that some builds keep their records in.
+
+/** Reads the file, and keeps what follows in it. */
+void openLog(const std::string &path);
+void logPut(const CMessageEvent &event);
+void logPut(const CMessageCommand &command);
+void logRemoval(char kind, int id);
