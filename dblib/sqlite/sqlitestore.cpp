@@ -148,6 +148,8 @@ SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability,
 {
     Schema::prepare(m_db, whenMissing == Sqlite::WhenMissing::Make);
     View view(*this);
+    // It may have been replaced while it was opened.
+    m_db.requireInPlace();
     m_prepared = std::make_unique<Statements>(m_db);
     view.end();
 }
