@@ -4,9 +4,20 @@
 #
 # The console in its demo installation, on this display or on a virtual one.
 
+# shellcheck source=scripts/postgresql.sh
+source "$scripts/postgresql.sh"
+
 console_program() { printf '%s' "$build_root/$target_name/src/obrim"; }
 simulator() { printf '%s' "$build_root/$target_name/tools/sensor-sim/sensor-sim"; }
-installation() { printf '%s' "$build_root/$target_name/demo/installation"; }
+demo_installation() { printf '%s' "$build_root/$target_name/demo/installation"; }
+# On a server of its own the installation is one of its own, too.
+installation() {
+    if [[ -n $server_folder ]]; then
+        printf '%s' "$private_dir/installation"
+    else
+        demo_installation
+    fi
+}
 pictures_folder() { printf '%s' "$build_root/$target_name/pictures"; }
 
 # What was started beside the console, and a directory of our own; both end with this command.
@@ -18,6 +29,7 @@ clean_up() {
     for ((i = ${#children[@]} - 1; i >= 0; i--)); do
         { kill "${children[i]}" && wait "${children[i]}"; } 2>/dev/null || true
     done
+    stop_server
     [[ -z $private_dir ]] || rm -rf "$private_dir"
     return 0
 }
@@ -33,10 +45,15 @@ need_run_packages() {
 }
 
 command_run() {
-    local target='' test_data=
+    local target='' options=() data=sqlite
     while (($#)); do
         case "$1" in
-        --test-data) test_data=--test-data ;;
+        --test-data) options=("$1") && data=test-data ;;
+        --database)
+            need_value "$@"
+            [[ $2 == sqlite || $2 == postgresql ]] || die "there is no database '$2'; see ./dev --help"
+            options=("$1" "$2") && data=$2 && shift
+            ;;
         --target) need_value "$@" && target=$2 && shift ;;
         *) die "run does not know '$1'; see ./dev --help" ;;
         esac
@@ -45,7 +62,7 @@ command_run() {
     set_job_count
     choose_target "$target"
     if ! is_native; then
-        in_root run ${test_data:+"$test_data"}
+        in_root run "${options[@]}"
         return
     fi
     need_run_packages
@@ -55,7 +72,7 @@ command_run() {
     trap 'exit 130' INT
     trap 'exit 143' TERM
     private_dir=$(mktemp -d)
-    choose_data "$test_data"
+    choose_data "$data"
     # The program's icon, as if it were installed.
     export XDG_DATA_DIRS="$build_root/$target_name/share:${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
     if has_display; then
@@ -69,12 +86,28 @@ command_run() {
 
 # Without a library the console shows its test data; with one, sensors are at work.
 choose_data() {
-    if [[ -n $1 ]]; then
-        rm -f "$(installation)/Libs/DBLib.a"
-    else
+    case "$1" in
+    test-data) rm -f "$(installation)/Libs/DBLib.a" ;;
+    sqlite)
         fill_history
         start_simulator
-    fi
+        ;;
+    postgresql)
+        start_installation_on_server
+        start_simulator
+        ;;
+    esac
+}
+
+start_installation_on_server() {
+    say "starting a PostgreSQL server"
+    start_server
+    cp -r "$(demo_installation)" "$private_dir/installation"
+    cp "$build_root/$target_name/dblib/postgresql/DBLib.a" "$(installation)/Libs/DBLib.a"
+    printf 'Connection=host=%s dbname=plant user=owner\n' "$server_folder" >"$(installation)/Config/DBLib.def"
+    say "writing the demo's history"
+    "$(simulator)" --config "$(installation)/Config" --seed 1 --fill 100000 ||
+        die "the demo's history cannot be written"
 }
 
 # A history that was cut short is begun again; a whole one is kept, and grows from run to run.
