@@ -131,7 +131,7 @@ template <class Action> auto PostgresStore::perform(Action action)
 void PostgresStore::open()
 {
     // A connection that was lost looks like any other until it is used.
-    perform([](Connection &used) { used.run("SELECT"); });
+    perform([](Connection &used) { used.run(""); });
 }
 
 template <class Record>
