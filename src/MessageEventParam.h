@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
-class QString;
+#include <obrim/recordcodes.h>
 
-/** How CMessageEventParam::Val is to be read. Any other value shows as empty text. */
-enum ParameterType { ParameterInteger = 1, ParameterDouble = 2, ParameterText = 3 };
+class QString;
 
 /**
  * One named, typed parameter of an event or a command.

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #include "Messages.h"
 
-#include "recordlayout.h"
+#include <obrim/recordlayout.h>
 
 #include <cstring>
 

@@ -22,11 +22,7 @@
 #include "MessageKeepAlive.h"
 #include "Sensor.h"
 
-/** Liveness of a sensor, as CSensor::MessageType carries it. Any other value: unknown. */
-enum SensorLiveness { SensorAlive = 1, SensorDead = 2 };
-
-/** Orders that the console issues, as CMessageCommand::CommandType carries them. */
-enum CommandCode { CommandStart = 1, CommandStop = 2, CommandRestart = 3, CommandKill = 4 };
+#include <obrim/recordcodes.h>
 
 /**
  * Copies an owned text or value, byte for byte.

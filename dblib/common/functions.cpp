@@ -6,10 +6,8 @@
  * The ten functions of the DB library. Whatever goes wrong becomes one line on
  * standard error and a result of -1; nothing is thrown at the console.
  */
-#include "Messages.h"
 #include "library.h"
-
-#define OBRIM_EXPORT __attribute__((visibility("default")))
+#include <obrim/dblib.h>
 
 namespace
 {
@@ -37,22 +35,22 @@ template <class Request> void requireRequest(const Request *request)
 }
 } // namespace
 
-OBRIM_EXPORT int FInitDBSensors(const char *configDir)
+int FInitDBSensors(const char *configDir)
 {
     return library().initialise(configDir);
 }
 
-OBRIM_EXPORT int FInitDBEvents(const char *configDir)
+int FInitDBEvents(const char *configDir)
 {
     return library().initialise(configDir);
 }
 
-OBRIM_EXPORT int FInitDBCommands(const char *configDir)
+int FInitDBCommands(const char *configDir)
 {
     return library().initialise(configDir);
 }
 
-OBRIM_EXPORT int FDBGetSensors(int *n, CSensor **sensors)
+int FDBGetSensors(int *n, CSensor **sensors)
 {
     Library &lib = library();
     if (!n && !sensors)
@@ -65,7 +63,7 @@ OBRIM_EXPORT int FDBGetSensors(int *n, CSensor **sensors)
     });
 }
 
-OBRIM_EXPORT int FDBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request)
+int FDBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request)
 {
     Library &lib = library();
     if (!n && !events && !request)
@@ -78,7 +76,7 @@ OBRIM_EXPORT int FDBGetEvents(int *n, CMessageEvent **events, CMessageEventReque
     });
 }
 
-OBRIM_EXPORT int FDBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request)
+int FDBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request)
 {
     Library &lib = library();
     if (!n && !commands && !request)
@@ -91,7 +89,7 @@ OBRIM_EXPORT int FDBGetCommands(int *n, CMessageCommand **commands, CMessageComm
     });
 }
 
-OBRIM_EXPORT int FDBPutCommand(CMessageCommand *command)
+int FDBPutCommand(CMessageCommand *command)
 {
     return library().perform("cannot store a command", [&] {
         requireRequest(command);
@@ -99,7 +97,7 @@ OBRIM_EXPORT int FDBPutCommand(CMessageCommand *command)
     });
 }
 
-OBRIM_EXPORT int FDBPutEvent(CMessageEvent *event)
+int FDBPutEvent(CMessageEvent *event)
 {
     return library().perform("cannot store an event", [&] {
         requireRequest(event);
@@ -107,12 +105,12 @@ OBRIM_EXPORT int FDBPutEvent(CMessageEvent *event)
     });
 }
 
-OBRIM_EXPORT int FDBDeleteCommand(int id)
+int FDBDeleteCommand(int id)
 {
     return library().perform("cannot delete a command", [&] { library().store().deleteCommand(id); });
 }
 
-OBRIM_EXPORT int FDBDeleteEvent(int id)
+int FDBDeleteEvent(int id)
 {
     return library().perform("cannot delete an event", [&] { library().store().deleteEvent(id); });
 }

@@ -68,7 +68,7 @@ class TestExampleDB : public QObject
 private slots:
     void initTestCase();
     void itExportsTheTenFunctionsAndNeedsNoToolkit();
-    void itStartsWithTwoSensorsAndNothingElse();
+    void itStartsWithTwoSensorsAndOneEvent();
     void aCommandIsStoredAndReportedAsAnEvent();
     void lastComesNewestFirstAndFirstOldestFirst();
     void whatIsNewSinceAnIdentifierComesAscending();
@@ -105,14 +105,15 @@ void TestExampleDB::itExportsTheTenFunctionsAndNeedsNoToolkit()
     QVERIFY2(!needed.contains("libQt") && !needed.contains("libKF"), needed);
 }
 
-void TestExampleDB::itStartsWithTwoSensorsAndNothingElse()
+void TestExampleDB::itStartsWithTwoSensorsAndOneEvent()
 {
     Records records;
     records.fetch();
     QCOMPARE(records.sensorCount, 2);
     QCOMPARE(records.sensors[0].SensorID, "analyser");
     QCOMPARE(records.sensors[1].MessageType, int(SensorAlive));
-    QCOMPARE(records.eventCount, 0);
+    QCOMPARE(records.eventCount, 1);
+    QCOMPARE(records.events[0].EventName, "started");
     QCOMPARE(records.commandCount, 0);
 }
 
@@ -124,7 +125,7 @@ void TestExampleDB::aCommandIsStoredAndReportedAsAnEvent()
     QCOMPARE(records.commandCount, 1);
     QCOMPARE(records.commands[0].SensorID, "receiver");
     QCOMPARE(records.commands[0].CommandID, 1);
-    QCOMPARE(records.eventCount, 1);
+    QCOMPARE(records.eventCount, 2);
     QCOMPARE(records.events[0].EventName, "command");
     QCOMPARE(records.events[0].par[0].Name, "order");
     int order = 0;
@@ -152,12 +153,12 @@ void TestExampleDB::lastComesNewestFirstAndFirstOldestFirst()
 void TestExampleDB::whatIsNewSinceAnIdentifierComesAscending()
 {
     Records records;
-    records.eventRequest.MessageID0 = 2;
+    records.eventRequest.MessageID0 = 3;
     records.eventRequest.UseMessageID0 = 1;
     records.fetch();
     QCOMPARE(records.eventCount, 2);
-    QCOMPARE(records.events[0].MessageID, 2);
-    QCOMPARE(records.events[1].MessageID, 3);
+    QCOMPARE(records.events[0].MessageID, 3);
+    QCOMPARE(records.events[1].MessageID, 4);
 }
 
 void TestExampleDB::noRecordsAreGivenForNMaxZero()
@@ -172,7 +173,7 @@ void TestExampleDB::noRecordsAreGivenForNMaxZero()
 void TestExampleDB::aDeletedRecordIsGoneAndItsIdentifierIsNotUsedAgain()
 {
     DBDeleteCommand(3);
-    DBDeleteEvent(3);
+    DBDeleteEvent(4);
     CMessageEvent event;
     CopyPtr(&event.SensorID, &event.LSensorID, "analyser", 9);
     QCOMPARE(DBPutEvent(event), 0);
@@ -182,8 +183,8 @@ void TestExampleDB::aDeletedRecordIsGoneAndItsIdentifierIsNotUsedAgain()
     QCOMPARE(records.commandCount, 3);
     QCOMPARE(records.commands[0].CommandID, 4);
     QCOMPARE(records.commands[1].CommandID, 2);
-    QCOMPARE(records.eventCount, 3);
-    QCOMPARE(records.events[0].MessageID, 4);
+    QCOMPARE(records.eventCount, 4);
+    QCOMPARE(records.events[0].MessageID, 5);
     QVERIFY(!records.events[0].EventName);
 }
 

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Holds docs/record-layout.md against the records as they are compiled here.
-#include "recordlayout.h"
+#include "Messages.h"
+#include <obrim/recordlayout.h>
 
 #include <gtest/gtest.h>
 

@@ -1,32 +1,32 @@
-// SPDX-FileCopyrightText: 2026 The obrim developers
-// SPDX-License-Identifier: BSD-2-Clause
+/* SPDX-FileCopyrightText: 2026 The obrim developers
+   SPDX-License-Identifier: BSD-2-Clause */
 #pragma once
 
-#include "Messages.h"
-
+#ifdef __cplusplus
 #include <cstddef>
+#include <ctime>
+#else
+#include <assert.h>
+#include <stddef.h>
+#include <time.h>
+#endif
 
 /**
  * @file
  * Asserts the layouts of docs/record-layout.md for the target that is being
- * built. Included by Messages.cpp, so that no build can go without.
+ * built, in C and in C++. Included where the records are declared: by
+ * obrim/dblib.h, and by Messages.cpp, so that no build can go without.
  */
-namespace RecordLayout
-{
-/** One of the two documented values: for 4-byte and for 8-byte pointers and times. */
-constexpr std::size_t at(std::size_t with4, std::size_t with8)
-{
-    return sizeof(void *) == 4 ? with4 : with8;
-}
-} // namespace RecordLayout
 
 static_assert(sizeof(int) == 4, "fields are 32-bit");
 static_assert(sizeof(double) == 8, "floating point parameters are 8-byte doubles");
-static_assert(sizeof(std::time_t) == sizeof(void *), "times follow the pointer width");
+static_assert(sizeof(time_t) == sizeof(void *), "times follow the pointer width");
 
-#define OBRIM_SIZE(record, with4, with8) static_assert(sizeof(record) == RecordLayout::at(with4, with8), #record)
+/** One of the two documented values: for 4-byte and for 8-byte pointers and times. */
+#define OBRIM_AT(with4, with8) (sizeof(void *) == 4 ? (with4) : (with8))
+#define OBRIM_SIZE(record, with4, with8) static_assert(sizeof(record) == OBRIM_AT(with4, with8), #record)
 #define OBRIM_FIELD(record, field, with4, with8)                                                                       \
-    static_assert(offsetof(record, field) == RecordLayout::at(with4, with8), #record "::" #field)
+    static_assert(offsetof(record, field) == OBRIM_AT(with4, with8), #record "::" #field)
 
 OBRIM_SIZE(CMessageEventParam, 20, 40);
 OBRIM_FIELD(CMessageEventParam, Type, 0, 0);
@@ -115,5 +115,6 @@ OBRIM_FIELD(CMessageCommandRequest, UseCommandTime0, 56, 64);
 OBRIM_FIELD(CMessageCommandRequest, CommandTime1, 60, 72);
 OBRIM_FIELD(CMessageCommandRequest, UseCommandTime1, 64, 80);
 
+#undef OBRIM_AT
 #undef OBRIM_SIZE
 #undef OBRIM_FIELD
