@@ -21,7 +21,7 @@ fail() {
 
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
-for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a" \
+for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$bin/dblib-new" "$lib/obrim/DBLib.a" \
     "$lib/obrim/bridge/DBLib.a" "$lib/obrim/postgresql/DBLib.a" "$data/obrim/postgresql/1.sql" \
     "$data/obrim/postgresql/roles.sql" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" \
     "$data/icons/hicolor/scalable/apps/obrim.svg" "$data/icons/hicolor/48x48/apps/obrim.png" \
@@ -52,6 +52,15 @@ done
 
 XDG_RUNTIME_DIR="$stage" "$stage$bin/obrim" --version >"$stage/version"
 grep -q '^obrim [0-9]' "$stage/version" || fail "the installed program does not tell its version"
+
+for tool in sensor-sim dblib-check dblib-new; do
+    "$stage$bin/$tool" --version >"$stage/version"
+    grep -qx "$tool [0-9.]*" "$stage/version" || fail "$tool does not tell its version"
+    "$stage$bin/$tool" --help >"$stage/help"
+    grep -qi '^exit status' "$stage/help" || grep -q 'Exit status: 0' "$stage/help" ||
+        fail "$tool does not say what its exit statuses mean"
+    ! "$stage$bin/$tool" --no-such-option >"$stage/help" 2>&1 || fail "$tool takes an option that it does not know"
+done
 
 # A new installation on what was installed, as docs/sqlite.md tells an operator to set it up.
 plant=$stage/plant

@@ -62,6 +62,7 @@ TEST(SimulatorOptions, AreTaken)
     EXPECT_EQ(options.duration, 0.5);
     EXPECT_EQ(options.log, "file");
     EXPECT_TRUE(parsed({"--help"}).help);
+    EXPECT_TRUE(parsed({"--version"}).version);
 }
 
 TEST(SimulatorOptions, FaultsAreNamed)

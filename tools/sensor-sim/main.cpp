@@ -193,6 +193,10 @@ int main(int argc, char *argv[])
             std::fputs(usage().c_str(), stdout);
             return 0;
         }
+        if (options.version) {
+            std::puts("sensor-sim " OBRIM_VERSION);
+            return 0;
+        }
         return play(options);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "sensor-sim: %s\n", error.what());

@@ -47,6 +47,9 @@ bool setOption(Options &options, int option, const char *value)
     case 'l':
         options.log = value;
         return *value != '\0';
+    case 'v':
+        options.version = true;
+        return true;
     default:
         options.help = true;
         return true;
@@ -54,15 +57,11 @@ bool setOption(Options &options, int option, const char *value)
 }
 
 const option LongOptions[] = {
-    {"config", required_argument, nullptr, 'c'},
-    {"sensors", required_argument, nullptr, 'n'},
-    {"rate", required_argument, nullptr, 'r'},
-    {"fill", required_argument, nullptr, 'f'},
-    {"seed", required_argument, nullptr, 's'},
-    {"duration", required_argument, nullptr, 'd'},
-    {"log", required_argument, nullptr, 'l'},
-    {"help", no_argument, nullptr, 'h'},
-    {nullptr, 0, nullptr, 0},
+    {"config", required_argument, nullptr, 'c'}, {"sensors", required_argument, nullptr, 'n'},
+    {"rate", required_argument, nullptr, 'r'},   {"fill", required_argument, nullptr, 'f'},
+    {"seed", required_argument, nullptr, 's'},   {"duration", required_argument, nullptr, 'd'},
+    {"log", required_argument, nullptr, 'l'},    {"help", no_argument, nullptr, 'h'},
+    {"version", no_argument, nullptr, 'v'},      {nullptr, 0, nullptr, 0},
 };
 } // namespace
 
@@ -80,6 +79,7 @@ std::string usage()
            "  --duration SEC  end after SEC seconds\n"
            "  --log FILE      append a line to FILE for each event written and each command carried out\n"
            "  --help          show this\n"
+           "  --version       show the version\n"
            "\n"
            "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database failed or another sensor-sim plays its\n"
            "sensors (which does not matter to --fill), 2 for a wrong command line.\n";
@@ -104,7 +104,7 @@ Options parseOptions(int argc, char *const argv[], std::string &fault)
     }
     if (optind < argc)
         fault = std::string("unexpected argument ") + argv[optind];
-    else if (options.configDir.empty() && !options.help)
+    else if (options.configDir.empty() && !options.help && !options.version)
         fault = "--config is missing";
     return options;
 }

@@ -15,6 +15,7 @@ struct Options {
     std::optional<double> duration; ///< seconds to run, otherwise until a signal
     std::string log;                ///< file that gets a line for each event and command, or empty
     bool help = false;
+    bool version = false;
 };
 
 /** Reads the command line. On a fault `fault` names it and the options do not count. */
