@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Every DB library of the tests, good or broken, loaded by the loader and
+// Every DB library of the tests, good or faulty, loaded by the loader and
 // driven through the windows: which calls it gets, which boxes show, which
 // rows come, what stands in the trace.
 #include "DBFunsDebug.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The road of one request, end to end: a list button pressed on the panel of
+// The path of one request, end to end: a list button pressed on the panel of
 // the program, with a DB library that writes down every call it gets.
 #include "contractlibraries.h"
 #include "patience.h"
@@ -12,7 +12,7 @@
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 
-class RequestRoadTest : public QObject
+class RequestPathTest : public QObject
 {
     Q_OBJECT
 
@@ -35,7 +35,7 @@ static const QString Started = "InitDBSensors<\nInitDBSensors> \n"
                                "InitDBEvents<\nInitDBEventss> \n"
                                "InitDBCommands<\nInitDBCommands> \n";
 
-void RequestRoadTest::init()
+void RequestPathTest::init()
 {
     for (const char *name : {"Pics", "Config", "bin"})
         QVERIFY(QDir().mkpath(m_folder.filePath(name)));
@@ -46,7 +46,7 @@ void RequestRoadTest::init()
     QFile::remove(m_folder.filePath("calls"));
 }
 
-void RequestRoadTest::run(const QString &steps)
+void RequestPathTest::run(const QString &steps)
 {
     QProcess program;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -73,7 +73,7 @@ void RequestRoadTest::run(const QString &steps)
     m_calls = m_calls.mid(3);
 }
 
-void RequestRoadTest::eventsListPressedOnThePanel()
+void RequestPathTest::eventsListPressedOnThePanel()
 {
     run("press=BEventsList windows=2 close");
     QCOMPARE(m_calls, QStringList({
@@ -87,7 +87,7 @@ void RequestRoadTest::eventsListPressedOnThePanel()
     QCOMPARE(m_out, Started + "DBGetEvents<\nDBGetEvents> \nDBGetEvents<\nDBGetEvents> \n");
 }
 
-void RequestRoadTest::commandsListPressedOnThePanel()
+void RequestPathTest::commandsListPressedOnThePanel()
 {
     run("press=BCommandList windows=2 close");
     QCOMPARE(m_calls, QStringList({
@@ -98,12 +98,12 @@ void RequestRoadTest::commandsListPressedOnThePanel()
     QCOMPARE(m_out, Started + "DBGetCommands<\nDBGetCommands> \n");
 }
 
-void RequestRoadTest::sensorsListPressedOnThePanel()
+void RequestPathTest::sensorsListPressedOnThePanel()
 {
     run("press=Sensors_list windows=2 close");
     QCOMPARE(m_calls, QStringList({"FDBGetSensors query", "FDBGetSensors fetch", "FDBGetSensors release"}));
     QCOMPARE(m_out, Started + "void obrimWidget::onSensorsList()\nDBGetSensors<\nDBGetSensors> (rtn=0; N=3)\n");
 }
 
-QTEST_GUILESS_MAIN(RequestRoadTest)
-#include "requestroadtest.moc"
+QTEST_GUILESS_MAIN(RequestPathTest)
+#include "requestpathtest.moc"
