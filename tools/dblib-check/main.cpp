@@ -3,6 +3,7 @@
 #include "installation.h"
 #include "options.h"
 #include "run.h"
+#include "visibletext.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -68,7 +69,7 @@ Target targetOf(const Options &options, const std::string &directory)
     target.seconds = options.limits.seconds;
     target.fetches = options.fetches;
     target.records = options.records;
-    std::cout << "library " << target.library << "\nconfig  " << target.original
+    std::cout << "library " << visibleText(target.library) << "\nconfig  " << visibleText(target.original)
               << (options.inPlace ? "" : ", a copy of it") << "\nseed    " << target.seed << "\n";
     if (options.inPlace)
         return target;
@@ -76,7 +77,7 @@ Target targetOf(const Options &options, const std::string &directory)
     fs::create_directory(place);
     const InstallationCopy copy = copyInstallation(target.original, place);
     for (const std::string &file : copy.leftOut)
-        std::cout << "not copied: " << file << "\n";
+        std::cout << "not copied: " << visibleText(file) << "\n";
     target.config = copy.config;
     return target;
 }
@@ -94,7 +95,7 @@ int run(Options options)
         if (isWanted(options, check) && !interrupted())
             run.add(check);
     run.finish();
-    std::cout << summaryText(run.results());
+    std::cout << visibleText(summaryText(run.results()), "\n\t");
     if (!options.report.empty())
         writeReport(options.report, junitText(target.library, target.seed, run.results()));
     return run.hasFailure() || interrupted() ? 1 : 0;
@@ -113,7 +114,7 @@ int main(int argc, char **argv)
             options.seed = std::random_device()();
         return run(options);
     } catch (const std::exception &error) {
-        std::cerr << "dblib-check: " << error.what() << "\n";
+        std::cerr << "dblib-check: " << visibleText(error.what(), "\n") << "\n";
         return 2;
     }
 }

@@ -3,6 +3,7 @@
 #include "run.h"
 
 #include "disk.h"
+#include "visibletext.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -66,7 +67,7 @@ void Run::add(const Check &check)
         conclude(result);
     }
     if (!m_options.onlyFailed || isComplaint(result.run.outcome.verdict))
-        std::cout << resultText(result) << std::flush;
+        std::cout << visibleText(resultText(result), "\n\t") << std::flush;
     m_results.push_back(result);
 }
 
@@ -172,7 +173,7 @@ void Run::tidy() const
     std::set<std::string> left;
     std::copy_if(m_made.begin(), m_made.end(), std::inserter(left, left.end()), isThere);
     if (!left.empty())
-        std::cout << "left    " << listedFiles(left) << "\n";
+        std::cout << "left    " << visibleText(listedFiles(left), "\n") << "\n";
 }
 
 bool Run::hasFailure() const

@@ -4,11 +4,14 @@
 #include "sensorsdatabase.h"
 #include "settings.h"
 #include "simulation.h"
+#include "visibletext.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <random>
@@ -81,11 +84,17 @@ std::string describe(const SimulationTotals &totals)
            " commands carried out";
 }
 
+/** Faults may name files and hold what a file holds. */
+void print(const std::string &fault)
+{
+    std::fprintf(stderr, "sensor-sim: %s\n", visibleText(fault, "\n").c_str());
+}
+
 /** Says a fault once, not with each try. */
 void complain(std::string &last, const std::string &fault)
 {
     if (fault != last)
-        std::fprintf(stderr, "sensor-sim: %s\n", fault.c_str());
+        print(fault);
     last = fault;
 }
 
@@ -163,7 +172,7 @@ int play(const Options &options)
     if (!options.log.empty()) {
         log.reset(std::fopen(options.log.c_str(), "ae"));
         if (!log) {
-            std::perror(("sensor-sim: " + options.log).c_str());
+            print(options.log + ": " + std::strerror(errno));
             return 1;
         }
     }
@@ -186,7 +195,8 @@ int main(int argc, char *argv[])
         std::string fault;
         const Options options = parseOptions(argc, argv, fault);
         if (!fault.empty()) {
-            std::fprintf(stderr, "sensor-sim: %s\n%s", fault.c_str(), usage().c_str());
+            print(fault);
+            std::fputs(usage().c_str(), stderr);
             return 2;
         }
         if (options.help) {
@@ -199,7 +209,7 @@ int main(int argc, char *argv[])
         }
         return play(options);
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "sensor-sim: %s\n", error.what());
+        print(error.what());
         return 1;
     }
 }
