@@ -2,38 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "cwd_commandslist.h"
 
-#include "DBFuns.h"
-
-ListView *CommandListTraits::list(const DCommandsList &form)
-{
-    return form.listCommands;
-}
-
-int CommandListTraits::room()
-{
-    return roomForCommands();
-}
-
-int CommandListTraits::get(int *count, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)
-{
-    return DBGetCommands(count, commands, request, parent);
-}
-
-void CommandListTraits::remove(int id)
-{
-    DBDeleteCommand(id);
-}
-
-int CommandListTraits::id(const CMessageCommand &command)
-{
-    return command.CommandID;
-}
-
-std::time_t CommandListTraits::time(const CMessageCommand &command)
-{
-    return command.CommandTime;
-}
-
 CommandKind CommandListTraits::kind(const CMessageCommand &command, NamePool &)
 {
     return {command.CommandType};

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "CommandsList.h"
+#include "DBFuns.h"
 #include "Messages.h"
 #include "commanditem.h"
 #include "recordlistwindow.h"
@@ -19,13 +20,13 @@ struct CommandListTraits {
     static constexpr bool EmptyAnswerResetsDigits = false;
     static constexpr bool RepaintsAfterSizing = false;
     static constexpr auto GetNew = &DCommandsList::noGetNewCommands;
+    static constexpr auto List = &DCommandsList::listCommands;
+    static constexpr auto Identifier = &CMessageCommand::CommandID;
+    static constexpr auto Time = &CMessageCommand::CommandTime;
+    static constexpr auto Room = &roomForCommands;
+    static constexpr auto Get = &DBGetCommands;
+    static constexpr auto Remove = &DBDeleteCommand;
 
-    static ListView *list(const DCommandsList &form);
-    static int room();
-    static int get(int *count, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent);
-    static void remove(int id);
-    static int id(const CMessageCommand &command);
-    static std::time_t time(const CMessageCommand &command);
     static CommandKind kind(const CMessageCommand &command, NamePool &names);
     static QStringList columnNames();
     static QString deleteEntry();

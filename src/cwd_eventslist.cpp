@@ -2,38 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "cwd_eventslist.h"
 
-#include "DBFuns.h"
-
-ListView *EventListTraits::list(const DEventList &form)
-{
-    return form.listMessages;
-}
-
-int EventListTraits::room()
-{
-    return roomForEvents();
-}
-
-int EventListTraits::get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)
-{
-    return DBGetEvents(count, events, request, parent);
-}
-
-void EventListTraits::remove(int id)
-{
-    DBDeleteEvent(id);
-}
-
-int EventListTraits::id(const CMessageEvent &event)
-{
-    return event.MessageID;
-}
-
-std::time_t EventListTraits::time(const CMessageEvent &event)
-{
-    return event.EventTime;
-}
-
 EventKind EventListTraits::kind(const CMessageEvent &event, NamePool &names)
 {
     return {names.name(recordBytes(event.EventName, event.LEventName))};

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "DBFuns.h"
 #include "EventsList.h"
 #include "Messages.h"
 #include "eventitem.h"
@@ -22,14 +23,15 @@ struct EventListTraits {
     static constexpr bool RepaintsAfterSizing = true;
     /** What the auto-update timer ticks for. */
     static constexpr auto GetNew = &DEventList::onGetNewEvents;
+    /** The members that hold the list, and the identifier and the time of a record. */
+    static constexpr auto List = &DEventList::listMessages;
+    static constexpr auto Identifier = &CMessageEvent::MessageID;
+    static constexpr auto Time = &CMessageEvent::EventTime;
+    /** What DBFuns.h has for these records. */
+    static constexpr auto Room = &roomForEvents;
+    static constexpr auto Get = &DBGetEvents;
+    static constexpr auto Remove = &DBDeleteEvent;
 
-    static ListView *list(const DEventList &form);
-    /** Records that the array handed to get() must have room for; 0: none is handed. */
-    static int room();
-    static int get(int *count, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent);
-    static void remove(int id);
-    static int id(const CMessageEvent &event);
-    static std::time_t time(const CMessageEvent &event);
     /** Column 3; what it refers to is kept in `names`. */
     static EventKind kind(const CMessageEvent &event, NamePool &names);
     static QStringList columnNames();

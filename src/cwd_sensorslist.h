@@ -31,7 +31,7 @@ public:
     void ResizeColumns();
     /** Room in pixels that the rows' texts in a column need. */
     int ColumnTextWidth(int c);
-    /** Shows (1), hides (0) or turns over (-1) a column. */
+    /** Shows (1), hides (0) or toggles (-1) a column. */
     void SetColumnsVisibiliy(int c, int set);
 
     /** Does nothing. */

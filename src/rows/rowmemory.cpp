@@ -4,7 +4,7 @@
 
 #include <malloc.h>
 
-void RowMemory::returnSpare() noexcept
+void RowMemory::trim() noexcept
 {
     ::malloc_trim(0);
 }

@@ -31,7 +31,7 @@ public:
     }
 
     /** Gives memory that has become free back to the system: after large loads and their ends. */
-    static void returnSpare() noexcept;
+    static void trim() noexcept;
 
 private:
     std::pmr::monotonic_buffer_resource m_pool;

@@ -111,7 +111,13 @@ protected:
         try {
             const QPointer<QObject> self(this);
             const LoadGuard guard(this, list(), m_loading);
-            loadInto(self, work);
+            try {
+                work(self);
+            } catch (const std::bad_alloc &) {
+                // Still within the load: no other one may open a second box.
+                if (self)
+                    tellShortMemory(this);
+            }
         } catch (const std::bad_alloc &) {
             tellShortMemory(this);
         }
@@ -131,17 +137,6 @@ protected:
     }
 
 private:
-    template <class Work> void loadInto(const QPointer<QObject> &self, Work work)
-    {
-        try {
-            work(self);
-        } catch (const std::bad_alloc &) {
-            // Still within the load: no other one may open a second box.
-            if (self)
-                tellShortMemory(this);
-        }
-    }
-
     QMenuBar *m_menuBar = nullptr;
     bool m_loading = false;
     bool m_constructed = false;

@@ -45,11 +45,11 @@ void setColumnVisibility(const ManagedColumns &columns, int column, int set)
         columns.list->setColumnWidth(column, HiddenColumnWidth);
 }
 
-QAction *addMarkedEntry(QMenu *menu, const QString &text, bool marked)
+QAction *addCheckableAction(QMenu *menu, const QString &text, bool checked)
 {
     QAction *entry = menu->addAction(text);
     entry->setCheckable(true);
-    entry->setChecked(marked);
+    entry->setChecked(checked);
     // A click turns the mark before it is told: turn it back, so that what
     // the entry is connected to finds the mark that the program set last.
     QObject::connect(entry, &QAction::triggered, entry, [entry] { entry->setChecked(!entry->isChecked()); });

@@ -24,7 +24,7 @@ int columnTextWidth(const ListView *list, int column);
 void fitToList(const ManagedColumns &columns);
 
 /**
- * Shows (`set` 1), hides (0) or turns over (-1) a column; the menu's mark
+ * Shows (`set` 1), hides (0) or toggles (-1) a column; the menu's mark
  * follows. The flag of column 0 decides the width mode of every column. The
  * caller shares out the widths afterwards.
  */
@@ -36,7 +36,7 @@ void addColumnEntries(const ManagedColumns &columns, const QStringList &texts, W
                       std::initializer_list<void (Window::*)()> targets);
 
 /** Appends an entry whose mark changes only when the program sets it, not by a click. */
-QAction *addMarkedEntry(QMenu *menu, const QString &text, bool marked);
+QAction *addCheckableAction(QMenu *menu, const QString &text, bool checked);
 
 /** Gives the entries of a menu their texts again, from the first on. */
 void relabelEntries(QMenu *menu, const QStringList &texts);
@@ -47,7 +47,7 @@ void addColumnEntries(const ManagedColumns &columns, const QStringList &texts, W
 {
     int column = 0;
     for (const auto slot : targets) {
-        QAction *entry = addMarkedEntry(columns.menu, texts.at(column), columns.visible[column] != 0);
+        QAction *entry = addCheckableAction(columns.menu, texts.at(column), columns.visible[column] != 0);
         QObject::connect(entry, &QAction::triggered, window, slot);
         ++column;
     }

@@ -42,7 +42,7 @@ public:
     int ResetData();
     /** Fetches what is newer than IDLast and adds it. Returns 0 always. */
     int GetNewData();
-    /** Shows (1), hides (0) or turns over (-1) a column. */
+    /** Shows (1), hides (0) or toggles (-1) a column. */
     void SetColumnsVisibiliy(int c, int set);
     /** Shares the list's width among the columns. */
     void ResizeColumns();
@@ -106,7 +106,7 @@ private:
     void reload(const QPointer<QObject> &self);
     void loadNew(const QPointer<QObject> &self);
     Answer fetch(Request &request);
-    static void returnSpareMemory(int rows);
+    static void trimMemory(int rows);
     void followTimeZone();
     template <class NumberOf> void addRows(Answer &answer, bool first, bool startOver, NumberOf numberOf);
 
@@ -120,7 +120,7 @@ template <class Traits>
 RecordListWindow<Traits>::RecordListWindow(QWidget *parent, const char *caption)
     : ListWindow<Form>(parent, caption)
 {
-    ListView *view = Traits::list(*this);
+    ListView *view = this->*Traits::List;
     for (int column : Traits::NumericColumns)
         view->setColumnSortKey(column, ListView::SortKey::Number);
     QObject::connect(view, &ListView::itemRemoved, this, [this](const QListViewItem *item) {
@@ -134,16 +134,16 @@ template <class Traits> RecordListWindow<Traits>::~RecordListWindow()
 {
     delete timer;
     // The rows refer to the names, which go before the list does.
-    ListView *const view = Traits::list(*this);
+    ListView *const view = this->*Traits::List;
     const int rows = view->childCount();
     view->clear();
     m_memory.clear();
-    returnSpareMemory(rows);
+    trimMemory(rows);
 }
 
 template <class Traits> ListView *RecordListWindow<Traits>::list()
 {
-    return Traits::list(*this);
+    return this->*Traits::List;
 }
 
 template <class Traits> void RecordListWindow<Traits>::closing()
@@ -289,7 +289,7 @@ template <class Traits> int RecordListWindow<Traits>::ResetData()
         const int before = list()->childCount();
         reload(self);
         if (self)
-            returnSpareMemory(std::max(before, list()->childCount()));
+            trimMemory(std::max(before, list()->childCount()));
     });
     return 0;
 }
@@ -338,11 +338,11 @@ template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QO
 }
 
 /** After so many rows or their records were freed: many give whole pages back, which takes milliseconds. */
-template <class Traits> void RecordListWindow<Traits>::returnSpareMemory(int rows)
+template <class Traits> void RecordListWindow<Traits>::trimMemory(int rows)
 {
     constexpr int many = 50000;
     if (rows >= many)
-        RowMemory::returnSpare();
+        RowMemory::trim();
 }
 
 /** The system's time zone may be switched while the rows are in the list: their dates then read differently. */
@@ -361,9 +361,9 @@ template <class Traits> void RecordListWindow<Traits>::followTimeZone()
 template <class Traits> auto RecordListWindow<Traits>::fetch(Request &request) -> Answer
 {
     Answer answer;
-    const int room = Traits::room();
+    const int room = Traits::Room();
     Record *records = room > 0 ? new Record[std::size_t(room)] : nullptr;
-    answer.result = Traits::get(&answer.count, &records, &request, this);
+    answer.result = Traits::Get(&answer.count, &records, &request, this);
     answer.records.reset(records);
     if (!answer.records)
         answer.count = 0;
@@ -382,7 +382,7 @@ void RecordListWindow<Traits>::addRows(Answer &answer, bool first, bool startOve
     // Room for a number of usual length, wherever the column was before.
     constexpr int numberWidth = 30;
     followTimeZone();
-    int lowest = startOver ? Traits::id(answer.records[0]) : IDFirst;
+    int lowest = startOver ? answer.records[0].*Traits::Identifier : IDFirst;
     int highest = startOver ? lowest : IDLast;
     DateClasses dates;
     std::string parameters;
@@ -390,8 +390,8 @@ void RecordListWindow<Traits>::addRows(Answer &answer, bool first, bool startOve
     rows.reserve(std::size_t(answer.count));
     for (int i = 0; i < answer.count; ++i) {
         Record &record = answer.records[std::size_t(i)];
-        const int id = Traits::id(record);
-        const std::time_t time = Traits::time(record);
+        const int id = record.*Traits::Identifier;
+        const std::time_t time = record.*Traits::Time;
         lowest = std::min(lowest, id);
         highest = std::max(highest, id);
         parameters.clear();
@@ -428,7 +428,7 @@ template <class Traits> void RecordListWindow<Traits>::deleteSelectedRecord()
     const bool yes = confirm(this, tr2i18n("???"), Traits::deleteQuestion(id));
     if (!self || !yes)
         return;
-    Traits::remove(id.toInt());
+    Traits::Remove(id.toInt());
     // A reload while the question was open may have taken the row away.
     if (itemSelected == item)
         list()->removeItem(item);
