@@ -101,7 +101,7 @@ void note(DBFunction function, std::optional<int> result)
         attempt("The notification", [=] { return failureNotice(DBSymbols[function].key, result), 0; });
 }
 
-/** Calls a function of the library; nothing when it threw, which is told then. */
+/** Calls a function of the library; nothing when it threw, which is reported. */
 template <class Call> std::optional<int> callLibrary(DBFunction function, Call call)
 {
     const std::optional<int> result = attempt(DBSymbols[function].key, call);
@@ -110,7 +110,7 @@ template <class Call> std::optional<int> callLibrary(DBFunction function, Call c
     return result;
 }
 
-/** What a function of the library returned, -1 when it threw. Any result but 0 is a failure, which is told. */
+/** What a function of the library returned, -1 when it threw. Any result but 0 is a failure, which is reported. */
 int judged(DBFunction function, std::optional<int> result)
 {
     if (result.value_or(0) != 0)
@@ -334,7 +334,7 @@ const char *reasonAgainst(const QByteArray &directory)
     return QFile::encodeName(QFile::decodeName(directory)) == directory ? nullptr : "has bytes that are no text here";
 }
 
-/** The working directory; empty, which is told, when there is none that could be used. */
+/** The working directory; empty, which is reported, when there is none that could be used. */
 QByteArray workingDirectory()
 {
     const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);

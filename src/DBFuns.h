@@ -44,7 +44,7 @@ void setTextLookUp(TextLookUp lookUp);
  */
 using FailureNotice = void (*)(const char *function, std::optional<int> result);
 
-/** Says how that is told; until then, and after NULL, it is not. Must not wait for anything. */
+/** Says how that is reported; until then, and after NULL, it is not. Must not wait for anything. */
 void setFailureNotice(FailureNotice show);
 
 /** 1 when the regular file at `path` can be opened for reading, else 0. Never blocks. */

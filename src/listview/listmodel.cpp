@@ -109,12 +109,12 @@ bool ListModel::sortsByNumber() const
 
 bool ListModel::less(const QListViewItem *a, const QListViewItem *b) const
 {
-    int way = 0;
+    int order = 0;
     if (m_sortColumn >= 0 && m_sortColumn < columnCount())
-        way = sortsByNumber() ? compareNumbers(*a, *b, m_sortColumn) : compareTexts(*a, *b, m_sortColumn);
-    if (way == 0)
+        order = sortsByNumber() ? compareNumbers(*a, *b, m_sortColumn) : compareTexts(*a, *b, m_sortColumn);
+    if (order == 0)
         return a->m_arrival < b->m_arrival;
-    return (way < 0) == (m_sortOrder == Qt::AscendingOrder);
+    return (order < 0) == (m_sortOrder == Qt::AscendingOrder);
 }
 
 void ListModel::sortRows(std::vector<QListViewItem *> &rows) const
@@ -205,15 +205,15 @@ void ListModel::insert(Rows &&rows)
 
 void ListModel::insertLastRun(std::vector<QListViewItem *> &rows)
 {
-    const int place = placeOf(rows.back());
-    const QListViewItem *above = item(place - 1);
+    const int index = insertionIndex(rows.back());
+    const QListViewItem *above = item(index - 1);
     const auto from = std::partition_point(rows.begin(), rows.end(),
                                            [&](const QListViewItem *row) { return above && less(row, above); });
     const int count = int(rows.end() - from);
-    beginInsertRows({}, place, place + count - 1);
+    beginInsertRows({}, index, index + count - 1);
     const auto gap = m_rows.begin() + m_gapAt;
-    std::move_backward(m_rows.begin() + place, gap, gap + m_gap);
-    m_gapAt = place;
+    std::move_backward(m_rows.begin() + index, gap, gap + m_gap);
+    m_gapAt = index;
     m_gap -= count;
     std::copy(from, rows.end(), m_rows.begin() + m_gapAt + m_gap);
     rows.erase(from, rows.end());
@@ -246,7 +246,7 @@ QListViewItem *ListModel::item(int row) const
     return row >= 0 && row < rowCount() ? m_rows[size_t(row < m_gapAt ? row : row + m_gap)] : nullptr;
 }
 
-int ListModel::placeOf(const QListViewItem *item) const
+int ListModel::insertionIndex(const QListViewItem *item) const
 {
     int from = 0;
     int to = rowCount();
@@ -262,6 +262,6 @@ int ListModel::placeOf(const QListViewItem *item) const
 
 int ListModel::rowOf(const QListViewItem *item) const
 {
-    const int row = item ? placeOf(item) : -1;
+    const int row = item ? insertionIndex(item) : -1;
     return this->item(row) == item ? row : -1;
 }

@@ -38,16 +38,16 @@ public:
     int sortColumn() const;
     Qt::SortOrder sortOrder() const;
 
-    /** Takes over rows (none of them null), each put at its place in the order. */
+    /** Takes over rows (none of them null), each put at its index in the order. */
     void insert(Rows &&rows);
     /** Deletes a row of this model. */
     void remove(QListViewItem *item);
     /** Deletes all rows. */
     void clear();
 
-    /** The row at a place; null outside. */
+    /** The row at an index; null outside. */
     QListViewItem *item(int row) const;
-    /** The place of a living row; -1 when it is null or not in this model. */
+    /** The index of a living row; -1 when it is null or not in this model. */
     int rowOf(const QListViewItem *item) const;
 
 private:
@@ -59,8 +59,8 @@ private:
     bool sortsByNumber() const;
     /** Whether row a stands before row b. */
     bool less(const QListViewItem *a, const QListViewItem *b) const;
-    /** The place of the first row that does not stand before this one. */
-    int placeOf(const QListViewItem *item) const;
+    /** The index of the first row that does not stand before this one. */
+    int insertionIndex(const QListViewItem *item) const;
     void sortRows(std::vector<QListViewItem *> &rows) const;
     /** Puts the last rows of some that are in order in where they belong together. */
     void insertLastRun(std::vector<QListViewItem *> &rows);

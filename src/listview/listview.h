@@ -83,7 +83,7 @@ public:
     /** Deletes a row of this list; null is ignored. */
     void removeItem(QListViewItem *item);
     int childCount() const;
-    /** The row at a place in the order shown; null outside. */
+    /** The row at an index in the order shown; null outside. */
     QListViewItem *itemAt(int row) const;
     /** The first row shown, or null. */
     QListViewItem *firstChild() const;

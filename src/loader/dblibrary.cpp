@@ -12,7 +12,8 @@
 
 namespace
 {
-/** Loads the library; NULL, and the reason told, when that fails. A library for another machine is named as such. */
+/** Loads the library; NULL, and the reason reported, when that fails. A library for another machine is named as such.
+ */
 void *open(const std::string &path, LoaderWords &words)
 {
     const std::string cutOff = cutOffFault(path.c_str());

@@ -15,7 +15,7 @@ enum class LoadOutcome {
     C,          ///< seven functions, by their C names
 };
 
-/** Takes what the loader tells, piece by piece in the order in which it happens. */
+/** Takes what the loader reports, piece by piece in the order in which it happens. */
 class LoaderWords
 {
 public:

@@ -67,7 +67,7 @@ template <class Say> __attribute__((no_sanitize("null"))) void sayThrown(const c
 }
 } // namespace
 
-void tellException(const char *function)
+void reportException(const char *function)
 {
     sayThrown(function, [&](const char *did, const char *what) {
         std::fprintf(stderr, "%s%s%s\n", function, did, visibleText(what).c_str());

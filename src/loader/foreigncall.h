@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-/** Tells on standard error what the function named has just thrown. Only inside a handler. */
-void tellException(const char *function);
+/** Reports on standard error what the function named has just thrown. Only inside a handler. */
+void reportException(const char *function);
 
 /** The same as a text: "FDBGetEvents threw an exception: the store is gone". Throws std::bad_alloc. */
 std::string exceptionText(const char *function);
@@ -27,7 +27,7 @@ public:
 
 /**
  * Runs `call` for the function named and returns its result; nothing when it
- * threw or called `pthread_exit`, which is told on standard error. An exception
+ * threw or called `pthread_exit`, which is reported on standard error. An exception
  * must not unwind through the event loop, which has no place for it.
  */
 template <class Call> std::optional<int> attempt(const char *function, Call call)
@@ -36,7 +36,7 @@ template <class Call> std::optional<int> attempt(const char *function, Call call
         const ForeignCall guard;
         return call();
     } catch (...) {
-        tellException(function);
+        reportException(function);
         return std::nullopt;
     }
 }

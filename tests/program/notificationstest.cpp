@@ -27,6 +27,7 @@ class NotificationService : public QObject
 public:
     QStringList shown;
 
+    // NOLINTBEGIN(readability-identifier-naming): the protocol names them.
 public slots:
     uint Notify(const QString &, uint replaced, const QString &, const QString &title, const QString &text,
                 const QStringList &, const QVariantMap &, int)
@@ -41,6 +42,7 @@ public slots:
         return {"body"};
     }
     void CloseNotification(uint) {}
+    // NOLINTEND(readability-identifier-naming)
 };
 
 class NotificationsTest : public QObject
