@@ -166,6 +166,8 @@ TEST(CommandLine, WhatIsWrongIsNamed)
          "obrimctl: an identifier cannot be 'x': a whole number from -2147483648 to 2147483647 is expected"},
         {{"status", "-o", "csv"}, "obrimctl: --output cannot be 'csv': text or json is expected"},
         {{"copy"}, "obrimctl: TO-DIR is required"},
+        {{"-C", "c", "init", "d", "--database", "sqlite"},
+         "obrimctl: init makes DIR, and -C names an installation that is there: only one can be given"},
         {{"init", "d"}, "obrimctl: init needs --database: sqlite or library:FILE"},
     };
     for (const auto &[arguments, message] : cases)

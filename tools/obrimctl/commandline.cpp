@@ -341,6 +341,8 @@ Invocation Parser::invocation(std::time_t now) const
         read.copyTo = m_typed.to;
         break;
     case CommandName::Init:
+        if (!m_typed.directory.empty())
+            throw UsageError("init makes DIR, and -C names an installation that is there: only one can be given");
         if (!m_typed.value("database"))
             throw UsageError("init needs --database: sqlite or library:FILE");
         read.init = {m_typed.to, *m_typed.value("database"), m_typed.value("group") ? *m_typed.value("group") : "",
