@@ -32,7 +32,7 @@ std::string header()
     append(h, 8 * PixelBytes, 2);
     append(h, 0, 4);
     append(h, pixels, 4);
-    append(h, 0, 16);
+    h.append(16, '\0');
     return h;
 }
 
