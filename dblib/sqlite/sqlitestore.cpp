@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "sqlitestore.h"
 
-#include "clock.h"
+#include "sensortable.h"
 #include "settings.h"
 #include "textbudget.h"
 
@@ -89,37 +89,6 @@ SqliteStore::Table *SqliteStore::LazyTable::operator->()
     return &**this;
 }
 
-struct SqliteStore::Statements {
-    /** Where a sensor that is new begins to read commands: older ones were meant for another of its name. */
-    inline static const std::string NewestCommand =
-        "coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'command'), 0)";
-
-    /** ?3 or what is known, unless that is later than now, ?4: a clock may have run far ahead and come back. */
-    inline static const std::string Later = "iif(last_message > ?4, ?3, max(last_message, ?3))";
-
-    explicit Statements(Sqlite::Connection &db)
-        : sensors(db, "SELECT name, type, description, state, keep_alive, last_message, last_command FROM sensor "
-                      "ORDER BY name")
-        , noteMessage(db, "INSERT INTO sensor(name, type, last_message, last_command) VALUES(?1, ?2, ?3, " +
-                              NewestCommand + ") ON CONFLICT(name) DO UPDATE SET last_message = " + Later)
-        , registerSensor(db, "INSERT INTO sensor(name, type, description, last_command) VALUES(?1, ?2, ?3, " +
-                                 NewestCommand +
-                                 ") ON CONFLICT(name) DO UPDATE SET type = excluded.type, "
-                                 "description = excluded.description")
-        , keepAlive(db, "UPDATE sensor SET keep_alive = ?3, last_message = " + Later + " WHERE name = ?1")
-        , setState(db, "UPDATE sensor SET state = ?2 WHERE name = ?1")
-        , readCommands(db, "UPDATE sensor SET last_command = ?2 WHERE name = ?1 AND last_command < ?2")
-    {
-    }
-
-    Sqlite::Statement sensors;
-    Sqlite::Statement noteMessage;
-    Sqlite::Statement registerSensor;
-    Sqlite::Statement keepAlive;
-    Sqlite::Statement setState;
-    Sqlite::Statement readCommands;
-};
-
 /** One consistent view for several statements; within a batch, that of the batch. */
 class SqliteStore::View
 {
@@ -150,7 +119,7 @@ SqliteStore::SqliteStore(const std::string &path, Sqlite::Durability durability,
     View view(*this);
     // It may have been replaced while it was opened.
     m_db.requireInPlace();
-    m_prepared = std::make_unique<Statements>(m_db);
+    m_sensors = std::make_unique<SensorTable>(m_db);
     view.end();
 }
 
@@ -281,26 +250,8 @@ std::unique_ptr<Records<CMessageCommand>> SqliteStore::commands(const CMessageCo
 
 std::vector<StoredSensor> SqliteStore::storedSensors()
 {
-    std::vector<StoredSensor> result;
     View view(*this);
-    Sqlite::TextBudget budget(m_db);
-    Sqlite::Statement &rows = m_prepared->sensors;
-    const Sqlite::Resetter reset(rows);
-    while (rows.step()) {
-        StoredSensor sensor;
-        sensor.name = rows.text(0);
-        sensor.type = int(rows.number(1));
-        sensor.description = rows.text(2);
-        sensor.state = stateOf(rows.text(3));
-        sensor.keepAlive = rows.isNull(4) ? std::nullopt : std::optional(rows.number(4));
-        sensor.lastMessage = rows.number(5);
-        sensor.lastCommand = int(clamped(rows.number(6)));
-        budget.spend(sensor.name.size() + sensor.description.size());
-        if (!result.empty() && sensor.name <= result.back().name)
-            throw Sqlite::Error(path(), "the database is damaged: sensors out of order");
-        result.push_back(std::move(sensor));
-    }
-    rows.reset();
+    std::vector<StoredSensor> result = m_sensors->all();
     view.end();
     return result;
 }
@@ -309,7 +260,7 @@ int SqliteStore::putEvent(const NewMessage &event)
 {
     Batch batch(*this);
     const int id = insert(*m_eventTable, event);
-    noteMessage(event);
+    m_sensors->noteMessage(event);
     batch.commit();
     return id;
 }
@@ -338,18 +289,6 @@ int SqliteStore::checkedIdentifier(std::int64_t id) const
     if (id > INT_MAX)
         throw Sqlite::Error(path(), "all identifiers are used up");
     return int(id);
-}
-
-void SqliteStore::noteMessage(const NewMessage &event)
-{
-    if (event.series.sensor && !event.series.sensor->empty()) {
-        Sqlite::Statement &statement = m_prepared->noteMessage;
-        statement.bind(1, *event.series.sensor)
-            .bind(2, event.series.kind)
-            .bind(3, clamped(event.time))
-            .bind(4, currentTime())
-            .run();
-    }
 }
 
 /** The largest identifier that was ever given, 0 when none was. */
@@ -440,7 +379,7 @@ void SqliteStore::noteMessages(const std::vector<NewMessage> &events, const std:
         }
     }
     for (const auto &[sensor, event] : latest)
-        noteMessage(*event);
+        m_sensors->noteMessage(*event);
 }
 
 bool SqliteStore::remove(Table &table, int id)
@@ -471,7 +410,7 @@ bool SqliteStore::deleteCommand(int id)
 void SqliteStore::registerSensor(const std::string &name, int type, const std::string &description)
 {
     Batch batch(*this);
-    m_prepared->registerSensor.bind(1, name).bind(2, type).bind(3, description).run();
+    m_sensors->add(name, type, description);
     batch.commit();
 }
 
@@ -479,14 +418,14 @@ void SqliteStore::keepAlive(const std::vector<std::string> &names, std::int64_t 
 {
     Batch batch(*this);
     for (const std::string &name : names)
-        m_prepared->keepAlive.bind(1, name).bind(3, clamped(time)).bind(4, currentTime()).run();
+        m_sensors->keepAlive(name, time);
     batch.commit();
 }
 
 void SqliteStore::setState(const std::string &name, SensorState state)
 {
     Batch batch(*this);
-    m_prepared->setState.bind(1, name).bind(2, wordOf(state)).run();
+    m_sensors->setState(name, state);
     batch.commit();
 }
 
@@ -494,10 +433,8 @@ int SqliteStore::readCommands(const std::vector<std::string> &names, int command
 {
     Batch batch(*this);
     int changed = 0;
-    for (const std::string &name : names) {
-        m_prepared->readCommands.bind(1, name).bind(2, commandId).run();
-        changed += m_db.changes();
-    }
+    for (const std::string &name : names)
+        changed += m_sensors->readCommands(name, commandId) ? 1 : 0;
     batch.commit();
     return changed;
 }

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+class SensorTable;
+
 /** An installation's database in one SQLite file. */
 class SqliteStore final : public Store
 {
@@ -52,7 +54,6 @@ public:
 
 private:
     struct Table;
-    struct Statements;
     class View;
     /** A table, made ready when it is first used: its statements are a good part of what opening a store costs. */
     class LazyTable
@@ -83,7 +84,6 @@ private:
     static void insertRows(Sqlite::Statement &statement, const NewMessage *messages, const int *series,
                            std::size_t count, int firstId);
     void widenZones(Table &table, const std::vector<NewMessage> &messages, int firstId);
-    void noteMessage(const NewMessage &event);
     void noteMessages(const std::vector<NewMessage> &events, const std::vector<int> &series);
     bool remove(Table &table, int id);
     void enter(std::optional<Sqlite::Transaction> &transaction, Sqlite::Transaction::Kind kind);
@@ -93,7 +93,7 @@ private:
 
     Sqlite::Connection m_db;
     Schema::Watch m_watch;
-    std::unique_ptr<Statements> m_prepared;
+    std::unique_ptr<SensorTable> m_sensors;
     mutable LazyTable m_eventTable;
     mutable LazyTable m_commandTable;
     std::optional<Sqlite::Transaction> m_transaction; ///< of the batch that is open
