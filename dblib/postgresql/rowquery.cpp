@@ -13,8 +13,8 @@ std::string listOf(const std::vector<int> &numbers)
 {
     std::string list;
     for (const int number : numbers)
-        list += (list.empty() ? "" : ",") + std::to_string(number);
-    return "'{" + list + "}'::integer[]";
+        list.append(list.empty() ? "'{" : ",").append(std::to_string(number));
+    return list.append(list.empty() ? "'{}'::integer[]" : "}'::integer[]");
 }
 
 std::string between(const char *what, Postgres::IdRange range)

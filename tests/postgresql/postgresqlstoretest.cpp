@@ -92,6 +92,22 @@ TEST_F(StoreTest, APutWhoseAnswerIsLateIsStoredOnce)
     EXPECT_THAT(eventIds(), ElementsAre(1, 2));
 }
 
+TEST_F(StoreTest, ARefusalOfASecondAttemptSaysNothingOfTheFirst)
+{
+    BreakingProxy proxy(server().host());
+    const auto writer = openThrough(proxy, 2);
+    writer->put(makeEvent("a", "e", 1));
+    proxy.breakAt("put_events", 1, BreakingProxy::Late);
+    EXPECT_THROW(writer->put(makeEvent("a", "e", 2)), StoreError);
+    EXPECT_TRUE(eventually([&] { return proxy.broken() == 1; }));
+    {
+        const Store::Batch batch(store());
+        EXPECT_THROW(writer->put(makeEvent("a", "e", 2)), StoreError);
+    }
+    EXPECT_EQ(writer->put(makeEvent("a", "e", 2)), 2);
+    EXPECT_THAT(eventIds(), ElementsAre(1, 2));
+}
+
 TEST_F(StoreTest, ADeleteWhoseAnswerIsLostIsNoFailure)
 {
     BreakingProxy proxy(server().host());
