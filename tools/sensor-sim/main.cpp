@@ -119,7 +119,7 @@ void advance(Simulation &simulation, SensorsDatabase &database, double elapsed)
 {
     const int before = database.generation();
     try {
-        SqliteStore &store = database.store();
+        Store &store = database.store();
         if (database.generation() != before || !simulation.hasStore())
             simulation.moveTo(store);
     } catch (const std::exception &) {
@@ -176,14 +176,14 @@ int play(const Options &options)
             return 1;
         }
     }
-    const std::string path = readSettings(options.configDir).database;
+    const Settings settings = readSettings(options.configDir);
     const unsigned seed = options.seed ? *options.seed : std::random_device()();
     if (options.fill) {
-        SqliteStore store(path, Sqlite::Durability::Crash);
-        Simulation simulation(store, options.sensors, seed, options.rate, log.get());
+        const std::unique_ptr<Store> store = openDatabase(settings);
+        Simulation simulation(*store, options.sensors, seed, options.rate, log.get());
         return fill(simulation, *options.fill, signals, line);
     }
-    SensorsDatabase database(path);
+    SensorsDatabase database(settings);
     Simulation simulation(database.store(), options.sensors, seed, options.rate, log.get());
     return run(simulation, database, options, signals, line);
 }

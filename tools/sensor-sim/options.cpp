@@ -82,7 +82,7 @@ std::string usage()
            "  --version       show the version\n"
            "\n"
            "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database failed or another sensor-sim plays its\n"
-           "sensors (which does not matter to --fill), 2 for a wrong command line.\n";
+           "sensors (which does not matter to --fill, nor on a server), 2 for a wrong command line.\n";
 }
 
 Options parseOptions(int argc, char *const argv[], std::string &fault)

@@ -128,16 +128,28 @@ NewMessage Simulation::message(const Sensor &sensor, std::string_view name, std:
 
 void Simulation::writePending()
 {
-    if (m_pending.empty())
-        return;
+    while (!m_pending.empty()) {
+        // A portion that may have been stored, although that was not confirmed, is tried again as it was:
+        // so the store can know it.
+        if (m_portion == 0)
+            m_portion = m_pending.size();
+        writePortion();
+        m_pending.erase(m_pending.begin(), m_pending.begin() + std::ptrdiff_t(m_portion));
+        m_portion = 0;
+    }
+}
+
+void Simulation::writePortion()
+{
     std::vector<NewMessage> messages;
-    for (const Pending &event : m_pending)
+    for (std::size_t i = 0; i < m_portion; ++i) {
+        const Pending &event = m_pending[i];
         messages.push_back(message(m_sensors[event.sensor], event.name, event.params, event.time));
+    }
     int id = m_store->putEvents(messages);
-    for (const Pending &event : m_pending)
-        note("event", id++, m_sensors[event.sensor].self.name, event.name);
-    m_written += std::int64_t(m_pending.size());
-    m_pending.clear();
+    for (std::size_t i = 0; i < m_portion; ++i)
+        note("event", id++, m_sensors[m_pending[i].sensor].self.name, m_pending[i].name);
+    m_written += std::int64_t(m_portion);
 }
 
 void Simulation::keepAlive()

@@ -83,6 +83,7 @@ private:
     };
 
     void writePending();
+    void writePortion();
     void keepAlive();
     void obey();
     void obey(const CMessageCommand &command);
@@ -102,6 +103,7 @@ private:
     std::vector<Sensor> m_sensors;
     std::unordered_map<std::string, std::size_t> m_sensorByName;
     std::vector<Pending> m_pending;
+    std::size_t m_portion = 0; ///< so many of them are being written
     std::int64_t m_drawn = 0;
     std::int64_t m_written = 0;
     int m_commandsDone = 0;
