@@ -13,6 +13,7 @@
 #include "benchfolder.h"
 #include "simulation.h"
 #include "sqlitestore.h"
+#include "storefigures.h"
 
 #include <benchmark/benchmark.h>
 
@@ -20,8 +21,6 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
-#include <iostream>
-#include <map>
 #include <memory>
 #include <sqlite3.h>
 #include <string>
@@ -42,91 +41,18 @@ int largeCount()
 }
 
 /** A store with a history of the simulator's events. */
-struct Data {
+struct Data : History {
     Data(const std::string &path, int events)
-        : count(events)
-        , store(path, Sqlite::Durability::Crash)
+        : store(path, Sqlite::Durability::Crash)
     {
+        count = events;
         Simulation simulation(store, Sensors, 1, EventsPerSecond, nullptr);
         simulation.fill(events, [](int) { return true; });
         store.connection().run("PRAGMA wal_checkpoint(TRUNCATE)");
         firstTime = store.connection().number("SELECT min(earliest) FROM event_zone");
         lastTime = store.connection().number("SELECT max(latest) FROM event_zone");
     }
-    /** The time at a share of the history. */
-    std::time_t timeAt(double share) const
-    {
-        return std::time_t(double(firstTime) + share * double(lastTime - firstTime));
-    }
-    int idAt(double share) const
-    {
-        return int(share * count);
-    }
-    int count;
     SqliteStore store;
-    std::int64_t firstTime = 0;
-    std::int64_t lastTime = 0;
-};
-
-void setMask(char *&mask, int &length, const std::string &text)
-{
-    CopyPtr(&mask, &length, text.c_str(), int(text.size()) + 1);
-}
-
-/** One filter, set on a request so that it selects far from both ends where it can. */
-struct Filter {
-    const char *name;
-    void (*set)(CMessageEventRequest &request, const Data &data);
-};
-
-const Filter Filters[] = {
-    {"none", [](CMessageEventRequest &, const Data &) {}},
-    {"id_from",
-     [](CMessageEventRequest &request, const Data &data) {
-         request.UseMessageID0 = 1;
-         request.MessageID0 = data.idAt(0.4);
-     }},
-    {"id_to",
-     [](CMessageEventRequest &request, const Data &data) {
-         request.UseMessageID1 = 1;
-         request.MessageID1 = data.idAt(0.6);
-     }},
-    {"message_type",
-     [](CMessageEventRequest &request, const Data &) {
-         request.UseMessageType = 1;
-         request.MessageType = Converter;
-     }},
-    {"sensor_type",
-     [](CMessageEventRequest &request, const Data &) {
-         request.UseSensorType = 1;
-         request.SensorType = Receiver;
-     }},
-    {"sensor_mask",
-     [](CMessageEventRequest &request, const Data &) {
-         request.UseSensorID = 1;
-         setMask(request.SensorID, request.LSensorID, "Analyser07");
-     }},
-    {"event_mask",
-     [](CMessageEventRequest &request, const Data &) {
-         request.UseEventName = 1;
-         setMask(request.EventName, request.LEventName, "signallost");
-     }},
-    {"time_from",
-     [](CMessageEventRequest &request, const Data &data) {
-         request.UseEventTime0 = 1;
-         request.EventTime0 = data.timeAt(0.4);
-     }},
-    {"time_to",
-     [](CMessageEventRequest &request, const Data &data) {
-         request.UseEventTime1 = 1;
-         request.EventTime1 = data.timeAt(0.6);
-     }},
-    {"time_range",
-     [](CMessageEventRequest &request, const Data &data) {
-         request.UseEventTime0 = request.UseEventTime1 = 1;
-         request.EventTime0 = data.timeAt(0.4);
-         request.EventTime1 = data.timeAt(0.6);
-     }},
 };
 
 void fetchFew(benchmark::State &state, Data &data, const Filter &filter, bool first)
@@ -258,103 +184,6 @@ void bareInsert(benchmark::State &state, const std::vector<StoredRow> &rows, con
     }
 }
 
-/** Shows each figure as the least of its repetitions and keeps them for the goals. */
-class Figures : public benchmark::ConsoleReporter
-{
-public:
-    struct Least {
-        double cpu = 0;  ///< seconds an iteration
-        double real = 0; ///< seconds an iteration
-    };
-
-    bool ReportContext(const Context &context) override
-    {
-        PrintBasicContext(&std::cout, context);
-        return true;
-    }
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        for (const Run &run : runs) {
-            if (run.error_occurred) {
-                std::cout << run.benchmark_name() << ": " << run.error_message << "\n";
-                failed = true;
-            } else if (run.run_type == Run::RT_Iteration) {
-                add(run);
-            }
-        }
-    }
-    void Finalize() override
-    {
-        std::printf("%-40s %14s %14s\n", "least of all repetitions", "CPU ms", "real ms");
-        for (const std::string &name : order)
-            std::printf("%-40s %14.4f %14.4f\n", name.c_str(), least[name].cpu * 1e3, least[name].real * 1e3);
-    }
-
-    std::map<std::string, Least> least;
-    bool failed = false;
-
-private:
-    void add(const Run &run)
-    {
-        const std::string name = run.run_name.function_name;
-        const double iterations = double(run.iterations);
-        const Least figure = {run.cpu_accumulated_time / iterations, run.real_accumulated_time / iterations};
-        const auto [known, isNew] = least.emplace(name, figure);
-        if (isNew)
-            order.push_back(name);
-        known->second.cpu = std::min(known->second.cpu, figure.cpu);
-        known->second.real = std::min(known->second.real, figure.real);
-    }
-
-    std::vector<std::string> order;
-};
-
-/** Tells each goal and whether it was met. Figures that a filter left out are passed over. */
-class Goals
-{
-public:
-    explicit Goals(const Figures &measured)
-        : figures(measured)
-    {
-    }
-    /** `name` costs at most `most` times what `base` costs, in processor time. */
-    void ratio(const std::string &name, const std::string &base, double most)
-    {
-        const auto figure = figures.least.find(name);
-        const auto reference = figures.least.find(base);
-        if (figure == figures.least.end() || reference == figures.least.end())
-            return;
-        const double value = figure->second.cpu / reference->second.cpu;
-        tell(value <= most, name, "%.2f times " + base + ", goal at most %.1f", value, most);
-    }
-    /** `name` does at least `least` of `count` things a second. */
-    void rate(const std::string &name, double count, double least)
-    {
-        const auto figure = figures.least.find(name);
-        if (figure == figures.least.end())
-            return;
-        const double value = count / figure->second.real;
-        tell(value >= least, name, "%.0f a second, goal at least %.0f", value, least);
-    }
-    bool met = true;
-
-private:
-    void tell(bool pass, const std::string &name, const std::string &format, double value, double goal)
-    {
-        std::printf("%s  %-28s ", pass ? "PASS" : "FAIL", name.c_str());
-        std::printf(format.c_str(), value, goal);
-        std::printf("\n");
-        met = met && pass;
-    }
-
-    const Figures &figures;
-};
-
-std::string fewName(const Filter &filter, bool first, const char *size)
-{
-    return std::string(first ? "first_100/" : "last_100/") + filter.name + "/" + size;
-}
-
 /** Counts the processor time of all threads: filling has two. */
 template <class... Arguments> void enlist(const std::string &name, Arguments &&...arguments)
 {
@@ -394,25 +223,11 @@ bool judge(const Figures &figures)
     return goals.met;
 }
 
-/** Defaults that the command line can change: short repetitions in random order even out what else the machine does. */
-std::vector<std::string> withDefaults(int argc, char *argv[])
-{
-    std::vector<std::string> arguments = {argv[0], "--benchmark_repetitions=7", "--benchmark_min_time=0.02",
-                                          "--benchmark_enable_random_interleaving=true"};
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
-    return arguments;
-}
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    std::vector<std::string> arguments = withDefaults(argc, argv);
-    std::vector<char *> pointers;
-    for (std::string &argument : arguments)
-        pointers.push_back(argument.data());
-    int count = int(pointers.size());
-    benchmark::Initialize(&count, pointers.data());
-    if (benchmark::ReportUnrecognizedArguments(count, pointers.data()))
+    if (!initialiseBenchmark(argc, argv))
         return 1;
     try {
         const BenchFolder folder;
