@@ -9,33 +9,17 @@
 #include "answer.h"
 #include "call.h"
 #include "hostkeeper.h"
-#include "lentarray.h"
+#include "lender.h"
+#include "recordsizes.h"
 #include "standin.h"
 
 #include <array>
-#include <map>
-#include <memory>
 #include <new>
 
 namespace
 {
 using Calls::Subject;
 using Calls::Use;
-
-/** What the fetch functions must answer to a size query, by the word width of the process that they are in. */
-int sizesFor(DBFunction function, unsigned bits)
-{
-    if (function == DBFunctionGetSensors)
-        return bits == 32 ? 32 : 56;
-    if (function == DBFunctionGetEvents)
-        return bits == 32 ? 40 | 80 << 16 : 72 | 104 << 16;
-    return bits == 32 ? 32 | 68 << 16 : 56 | 88 << 16;
-}
-
-int ownSizes(DBFunction function)
-{
-    return function == DBFunctionGetSensors ? SensorSize : function == DBFunctionGetEvents ? EventSizes : CommandSizes;
-}
 
 std::string sizesText(DBFunction function, int sizes)
 {
@@ -53,33 +37,6 @@ public:
     {
     }
 };
-
-/** An array that was lent to the console, with the bytes that its texts lie in. */
-template <class Record> struct Loan {
-    Loan(Received received, const Calls::RecordsReader<Record> &reader)
-        : bytes(std::move(received))
-        , records(reader)
-    {
-    }
-    Received bytes;
-    LentArray<Record> records;
-};
-
-template <class Record> using Loans = std::map<const Record *, std::unique_ptr<Loan<Record>>>;
-
-const std::optional<Calls::RecordsReader<CSensor>> &recordsOf(const Calls::Answer &answer, const CSensor *)
-{
-    return answer.sensors;
-}
-const std::optional<Calls::RecordsReader<CMessageEvent>> &recordsOf(const Calls::Answer &answer, const CMessageEvent *)
-{
-    return answer.events;
-}
-const std::optional<Calls::RecordsReader<CMessageCommand>> &recordsOf(const Calls::Answer &answer,
-                                                                      const CMessageCommand *)
-{
-    return answer.commands;
-}
 
 class Bridge : public StandIn
 {
@@ -110,27 +67,27 @@ public:
 
     int fetch(int *n, CSensor **sensors) override
     {
-        return lend(DBFunctionGetSensors, n, sensors, m_sensors, Calls::fetchCall());
+        return lend(DBFunctionGetSensors, n, sensors, Calls::fetchCall());
     }
     int fetch(int *n, CMessageEvent **events, CMessageEventRequest *request) override
     {
-        return lend(DBFunctionGetEvents, n, events, m_events, Calls::fetchCall(request));
+        return lend(DBFunctionGetEvents, n, events, Calls::fetchCall(request));
     }
     int fetch(int *n, CMessageCommand **commands, CMessageCommandRequest *request) override
     {
-        return lend(DBFunctionGetCommands, n, commands, m_commands, Calls::fetchCall(request));
+        return lend(DBFunctionGetCommands, n, commands, Calls::fetchCall(request));
     }
     int release(CSensor **sensors) override
     {
-        return takeBack(sensors, m_sensors);
+        return m_lender.takeBack(sensors);
     }
     int release(CMessageEvent **events, CMessageEventRequest *) override
     {
-        return takeBack(events, m_events);
+        return m_lender.takeBack(events);
     }
     int release(CMessageCommand **commands, CMessageCommandRequest *) override
     {
-        return takeBack(commands, m_commands);
+        return m_lender.takeBack(commands);
     }
 
     int put(CMessageCommand *command) override
@@ -214,12 +171,10 @@ private:
     int askForSizes(DBFunction function, const Deadline &deadline)
     {
         const int sizes = ask({function, Use::Query}, Calls::queryCall(function), deadline).answer.head.result;
-        const int wanted = sizesFor(function, m_keeper.greeting(function, deadline).bits);
-        if (sizes == wanted) {
+        const int here = translatedSizes(function, sizes, m_keeper.greeting(function, deadline).bits);
+        if (here == ownSizes(function))
             m_checked[function] = m_keeper.generation();
-            return ownSizes(function);
-        }
-        return sizes == ownSizes(function) ? 0 : sizes;
+        return here;
     }
 
     /** The host of the call may be another one than that which the size query went to. */
@@ -233,35 +188,14 @@ private:
                             " answers " + sizesText(function, sizes));
     }
 
-    template <class Record>
-    int lend(DBFunction function, int *n, Record **records, Loans<Record> &loans, const std::string &message)
+    template <class Record> int lend(DBFunction function, int *n, Record **records, const std::string &message)
     {
-        if (n)
-            *n = 0;
-        if (!n || !records)
-            throw std::invalid_argument("no place for the records was given");
-        *records = nullptr;
+        emptyPlaces(n, records);
         const Deadline deadline = m_keeper.deadline();
         m_keeper.greeting(function, deadline);
         requireSizes(function, deadline);
         auto [bytes, answer] = ask({function, Use::Fetch}, message, deadline);
-        if (const auto &reader = recordsOf(answer, *records)) {
-            auto loan = std::make_unique<Loan<Record>>(std::move(bytes), *reader);
-            Record *array = loan->records.data();
-            loans.emplace(array, std::move(loan));
-            *records = array;
-        }
-        *n = answer.count;
-        return answer.head.result;
-    }
-
-    template <class Record> static int takeBack(Record **records, Loans<Record> &loans)
-    {
-        Record *const array = *records;
-        *records = nullptr;
-        if (array && loans.erase(array) == 0)
-            throw std::invalid_argument("the array that was handed back is none of this library's");
-        return 0;
+        return m_lender.lend(std::move(bytes), answer, n, records);
     }
 
     template <class Record> int put(DBFunction function, Record *record, int Record::*identifier)
@@ -273,9 +207,7 @@ private:
     }
 
     HostKeeper m_keeper;
-    Loans<CSensor> m_sensors;
-    Loans<CMessageEvent> m_events;
-    Loans<CMessageCommand> m_commands;
+    Lender<Received> m_lender;
     // By function: the host, as HostKeeper counts them, that was found to have the right sizes, or told to lack it.
     std::array<int, DBFunctionCount> m_checked = {};
     std::array<int, DBFunctionCount> m_missing = {};

@@ -20,7 +20,8 @@ namespace
 {
 constexpr int Failure = -1;
 
-std::mutex oneAtATime;
+// A library that calls one of its own functions by its name comes here when this one was loaded before it.
+std::recursive_mutex oneAtATime;
 
 /** The fault that each function has last told, unless it has done well since: a timer may repeat a call. */
 std::string &lastTold(DBFunction function)
@@ -45,7 +46,7 @@ void tellOnce(DBFunction function, const char *reason) noexcept
 /** Runs a call; a fault becomes a message and Failure. */
 template <class Call> int guarded(DBFunction function, Call call) noexcept
 {
-    const std::lock_guard<std::mutex> lock(oneAtATime);
+    const std::lock_guard<std::recursive_mutex> lock(oneAtATime);
     try {
         const int result = call();
         lastTold(function).clear();

@@ -8,10 +8,10 @@
  * socket. It ends with the program that started it.
  */
 #include "channel.h"
-#include "dblibrary.h"
 #include "dispatch.h"
 #include "foreigncall.h"
 #include "hostprotocol.h"
+#include "keptwords.h"
 
 #include <cerrno>
 #include <csignal>
@@ -22,8 +22,6 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 namespace
 {
@@ -43,28 +41,6 @@ void limitMemory([[maybe_unused]] int megabytes)
     setrlimit(RLIMIT_AS, &limit);
 #endif
 }
-
-/** Keeps the loader's words until it is known whether they are news: the console has told of the bridge's own load. */
-class KeptWords : public LoaderWords
-{
-public:
-    void progress(const std::string &lines) override
-    {
-        m_words.emplace_back(stdout, lines);
-    }
-    void reason(const std::string &line) override
-    {
-        m_words.emplace_back(stderr, line);
-    }
-    void print() const
-    {
-        for (const auto &[stream, words] : m_words)
-            std::fputs(words.c_str(), stream);
-    }
-
-private:
-    std::vector<std::pair<std::FILE *, std::string>> m_words;
-};
 
 /** Loads the library and says what it has. */
 Calls::Greeting load(const char *library, const char *nameMap, DBFunctions &functions)
