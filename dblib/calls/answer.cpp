@@ -87,6 +87,11 @@ template <class Record> std::size_t FetchAnswer<Record>::size() const
     return sizeof(MessageHead) + sizeof(AnswerHead) + sizeof(FetchHead) + (records ? std::size_t(m_records.size()) : 0);
 }
 
+template <class Record> std::size_t FetchAnswer<Record>::textStart() const
+{
+    return size() - std::size_t(m_records.textSize());
+}
+
 template <class Record> void FetchAnswer<Record>::write(ByteSink &sink, std::uint64_t offset) const
 {
     const Subject subject = {functionFor(m_array), Use::Fetch};

@@ -41,6 +41,8 @@ public:
     FetchAnswer(int result, int count, const Record *array);
 
     std::size_t size() const;
+    /** Where in these bytes the texts and values of the records begin, which go to the end. */
+    std::size_t textStart() const;
     /** Puts size() bytes from `offset` on. Throws as RecordsWriter::write(). */
     void write(ByteSink &sink, std::uint64_t offset) const;
 

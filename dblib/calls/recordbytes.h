@@ -76,6 +76,11 @@ public:
         return sizeof(RecordsHead) + m_count * sizeof(Head<Record>) + m_parameters * sizeof(Head<CMessageEventParam>) +
                m_textBytes;
     }
+    /** Of the texts and values, with which the bytes end. */
+    std::uint64_t textSize() const
+    {
+        return m_textBytes;
+    }
     /**
      * Puts size() bytes, fewer than MaxMessageSize, from `offset` on. Throws
      * what the sink throws, and std::runtime_error when the records were
