@@ -3,66 +3,12 @@
 
 // The windows on a library behind the bridge, of this word width or of 32 bits, show and do what
 // they show and do on the library itself.
-#include "cwd_commandslist.h"
-#include "cwd_eventslist.h"
-#include "cwd_sensorslist.h"
-#include "libraryfixture.h"
-#include "windowtestbase.h"
+#include "lookingatwindows.h"
 
 #include <QTemporaryDir>
 
 using namespace LibraryFixture;
-
-namespace
-{
-/** All texts of a list, row by row. */
-QStringList rowsOf(const ListView *list)
-{
-    QStringList rows;
-    for (int row = 0; row < list->childCount(); ++row)
-        rows << rowTexts(list, row).join('|');
-    return rows;
-}
-
-/** What an operator and the library see of each other. */
-struct Seen {
-    QStringList rows;
-    QStringList boxes;
-    QStringList calls;
-};
-
-void lookAtSensors(Seen &seen)
-{
-    CWD_SensorsList window(nullptr, "Sensors list");
-    seen.rows << "sensors" << rowsOf(window.SensorsList);
-    window.FUpdateData();
-    seen.rows << "sensors again" << rowsOf(window.SensorsList);
-    if ((window.itemSelected = window.SensorsList->firstChild()))
-        QMetaObject::invokeMethod(&window, "FKill");
-}
-
-void lookAtEvents(Seen &seen)
-{
-    CWD_EventsList window(nullptr, "Events list", nullptr);
-    seen.rows << "events" << rowsOf(window.listMessages);
-    window.onGetNewEvents();
-    if ((window.itemSelected = window.listMessages->firstChild()))
-        window.onDeleteItem();
-    window.onUpdateList();
-    seen.rows << "events again" << rowsOf(window.listMessages);
-}
-
-void lookAtCommands(Seen &seen)
-{
-    CWD_CommandsList window(nullptr, "Commands list", nullptr);
-    seen.rows << "commands" << rowsOf(window.listCommands);
-    window.noGetNewCommands();
-    if ((window.itemSelected = window.listCommands->firstChild()))
-        window.onDeleteItem();
-    window.onUpdateList();
-    seen.rows << "commands again" << rowsOf(window.listCommands);
-}
-} // namespace
+using LookingAtWindows::Seen;
 
 class BridgeWindowsTest : public WindowTestBase
 {
@@ -89,25 +35,7 @@ private:
 
 Seen BridgeWindowsTest::look(const QString &folder)
 {
-    forgetLibrary();
-    ConfigWD = m_folder.path();
-    const QString log = m_folder.filePath("calls");
-    qputenv(ContractCallLog, QFile::encodeName(log));
-    Seen seen;
-    const BoxNotes boxes;
-    captured([&] {
-        LoadDLL(folder);
-        InitDBSensors(ConfigWD);
-        InitDBEvents(ConfigWD);
-        InitDBCommands(ConfigWD);
-        lookAtSensors(seen);
-        lookAtEvents(seen);
-        lookAtCommands(seen);
-    });
-    seen.boxes = boxes.notes();
-    seen.calls = QString::fromLatin1(read(log)).split('\n', Qt::SkipEmptyParts);
-    QFile::remove(log);
-    return seen;
+    return LookingAtWindows::look(folder, m_folder.path());
 }
 
 Seen BridgeWindowsTest::lookThroughBridge(const QString &folder)

@@ -22,7 +22,8 @@ fail() {
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
 for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$bin/dblib-new" "$lib/obrim/DBLib.a" \
-    "$lib/obrim/bridge/DBLib.a" "$lib/obrim/postgresql/DBLib.a" "$data/obrim/postgresql/1.sql" \
+    "$lib/obrim/bridge/DBLib.a" "$lib/obrim/recorder/DBLib.a" "$lib/obrim/player/DBLib.a" \
+    "$lib/obrim/postgresql/DBLib.a" "$data/obrim/postgresql/1.sql" \
     "$data/obrim/postgresql/roles.sql" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" \
     "$data/icons/hicolor/scalable/apps/obrim.svg" "$data/icons/hicolor/48x48/apps/obrim.png" \
     "$data/bash-completion/completions/obrimctl" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
