@@ -3,13 +3,13 @@
 
 /**
  * @file
- * What it costs to have the SQLite library work in a process of its own, as
- * ratios within one run. Prints each figure and then each goal with PASS or
+ * What it costs to have the SQLite library work in a process of its own, or
+ * recorded, as ratios within one run. Prints each figure and then each goal with PASS or
  * FAIL; the exit status is 1 when one is missed.
  *
  * Times are wall time, as two processes work for one call: the shortest of
  * several turns, the ways taking turns. OBRIM_BENCH_FOLDER names where the
- * database is made (120 MB; the system's temporary folder otherwise).
+ * database is made (1.2 GB; the system's temporary folder otherwise).
  */
 #include "benchfolder.h"
 #include "dblibrary.h"
@@ -225,11 +225,17 @@ int main()
     compareMemory(directly, bridged);
     const auto direct = directly();
     const auto bridge = bridged();
+    const auto recorder =
+        std::make_unique<Installed>(folder.path("recorded"), DBLIB_RECORDER,
+                                    database + "Library=" DBLIB_SQLITE "\nRecord=" + folder.path("session.rec") + "\n");
     const std::vector<double> many =
         shortest(Turns, {[&] { direct->fetchMany(true); }, [&] { bridge->fetchMany(true); },
-                         [&] { direct->fetchMany(false); }, [&] { bridge->fetchMany(false); }});
+                         [&] { direct->fetchMany(false); }, [&] { bridge->fetchMany(false); },
+                         [&] { recorder->fetchMany(true); }, [&] { recorder->fetchMany(false); }});
     ratio("1,000,000 events, as the console fetches them", many[1], many[0], 1.5);
     ratio("1,000,000 events, without the console's copy", many[3], many[2], 99);
+    ratio("the same, recorded", many[4], many[0], 1.2);
+    ratio("the same, recorded, without the console's copy", many[5], many[2], 99);
     const std::vector<double> none =
         shortest(NewTurns, {[&] { direct->fetchNothingNew(); }, [&] { bridge->fetchNothingNew(); }});
     std::printf("      %.1f us : %.1f us\n", 1e6 * none[1] / FetchesPerTurn, 1e6 * none[0] / FetchesPerTurn);
