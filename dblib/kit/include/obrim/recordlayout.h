@@ -23,7 +23,11 @@ static_assert(sizeof(double) == 8, "floating point parameters are 8-byte doubles
 static_assert(sizeof(time_t) == sizeof(void *), "times follow the pointer width");
 
 /** One of the two documented values: for 4-byte and for 8-byte pointers and times. */
-#define OBRIM_AT(with4, with8) (sizeof(void *) == 4 ? (with4) : (with8))
+#if __SIZEOF_POINTER__ == 4
+#define OBRIM_AT(with4, with8) (with4)
+#else
+#define OBRIM_AT(with4, with8) (with8)
+#endif
 #define OBRIM_SIZE(record, with4, with8) static_assert(sizeof(record) == OBRIM_AT(with4, with8), #record)
 #define OBRIM_FIELD(record, field, with4, with8)                                                                       \
     static_assert(offsetof(record, field) == OBRIM_AT(with4, with8), #record "::" #field)
