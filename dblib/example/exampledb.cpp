@@ -120,10 +120,7 @@ int FInitDBSensors(const char *)
 
 int FInitDBEvents(const char *)
 {
-    return guarded([] {
-        if (lastEvent == 0)
-            addEvent("receiver", "started", 0);
-    });
+    return 0;
 }
 
 int FInitDBCommands(const char *)
