@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <iomanip>
 #include <rapidjson/document.h>
 
 namespace
@@ -168,7 +169,7 @@ TEST(CommandLine, WhatIsWrongIsNamed)
         {{"copy"}, "obrimctl: TO-DIR is required"},
         {{"-C", "c", "init", "d", "--database", "sqlite"},
          "obrimctl: init makes DIR, and -C names an installation that is there: only one can be given"},
-        {{"init", "d"}, "obrimctl: init needs --database: sqlite or library:FILE"},
+        {{"init", "d"}, "obrimctl: init needs --database: sqlite, postgresql:CONNECTION or library:FILE"},
     };
     for (const auto &[arguments, message] : cases)
         EXPECT_EQ(refusal(arguments), message);
@@ -195,8 +196,9 @@ TEST(CommandLine, TheExamplesAreCommandLinesThatAreUnderstood)
         for (const auto &example : command["examples"].GetArray()) {
             std::istringstream line(example["command"].GetString());
             std::vector<std::string> arguments;
-            for (std::string word; line >> word;)
-                arguments.push_back(word.front() == '\'' ? word.substr(1, word.size() - 2) : word);
+            // In quotes is a word that is one for the shell.
+            for (std::string word; line >> std::quoted(word, '\'');)
+                arguments.push_back(word);
             EXPECT_EQ(arguments.front(), "obrimctl");
             arguments.erase(arguments.begin());
             parsed(arguments);

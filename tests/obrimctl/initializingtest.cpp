@@ -18,6 +18,7 @@
 
 namespace
 {
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -144,8 +145,8 @@ TEST_F(Initializing, BadWordsAreRefused)
         EXPECT_FALSE(std::filesystem::exists(m_base));
         return ended.err;
     };
-    EXPECT_THAT(error({"init", m_base, "--database", "oracle"}, 2),
-                StartsWith("obrimctl: --database cannot be 'oracle': sqlite or "));
+    EXPECT_THAT(error({"init", m_base, "--database", "mars"}, 2),
+                StartsWith("obrimctl: --database cannot be 'mars': sqlite, "));
     EXPECT_THAT(error({"init", m_base, "--database", "library:"}, 2), HasSubstr("library:FILE is expected"));
     EXPECT_THAT(error({"init", m_base, "--database", ""}, 2), HasSubstr("cannot be ''"));
     EXPECT_EQ(error({"init", m_base, "--database", "library:/nowhere"}, 1),
@@ -223,25 +224,66 @@ TEST_F(Initializing, AnyLibraryCanBeTaken)
     EXPECT_THAT(other.err, HasSubstr("/Libs/DBLib.a: is there already and is not "));
 }
 
-/** With the library of SQLite where it is installed. */
-TEST_F(Initializing, ASqliteDatabaseIsMadeForItsGroup)
+/** With the program and libraries where they are installed. */
+class InitializingInstalled : public Initializing
 {
-    const std::string program = m_folder.file("usr" OBRIM_BINDIR "/obrimctl");
-    const std::string library = m_folder.file("usr" OBRIM_LIBDIR "/obrim/DBLib.a");
-    for (const std::string &path : {program, library})
-        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::filesystem::copy_file(OBRIMCTL, program);
-    const std::string command =
-        "'" + program + "' init '" + m_base + "' --database sqlite >/dev/null 2>'" + m_folder.file("errors") + "'";
-    EXPECT_NE(std::system(command.c_str()), 0);
-    EXPECT_THAT(text(m_folder.file("errors")), HasSubstr("the DB library for sqlite is not installed"));
-    std::filesystem::copy_file(DBLIB_SQLITE, library);
-    EXPECT_EQ(std::system(command.c_str()), 0) << text(m_folder.file("errors"));
+protected:
+    InitializingInstalled()
+    {
+        std::filesystem::create_directories(std::filesystem::path(m_program).parent_path());
+        std::filesystem::copy_file(OBRIMCTL, m_program);
+    }
+    /** Any library will do. */
+    std::string install(const std::string &name)
+    {
+        std::string library = m_folder.file("usr" OBRIM_LIBDIR "/obrim/" + name);
+        std::filesystem::create_directories(std::filesystem::path(library).parent_path());
+        std::filesystem::copy_file(DBLIB_SQLITE, library);
+        return library;
+    }
+    /** Returns what it says on standard error. */
+    std::string errorsOf(const std::string &database, int status)
+    {
+        const std::string command = "'" + m_program + "' init '" + m_base + "' --database '" + database +
+                                    "' >/dev/null 2>'" + m_folder.file("errors") + "'";
+        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), status) << database;
+        return text(m_folder.file("errors"));
+    }
+
+    std::string m_program = m_folder.file("usr" OBRIM_BINDIR "/obrimctl");
+};
+
+TEST_F(InitializingInstalled, ASqliteDatabaseIsMadeForItsGroup)
+{
+    EXPECT_THAT(errorsOf("sqlite", 1), HasSubstr("the DB library for sqlite is not installed"));
+    const std::string library = install("DBLib.a");
+    EXPECT_EQ(errorsOf("sqlite", 0), "");
     EXPECT_EQ(std::filesystem::read_symlink(m_base + "/Libs/DBLib.a"), library);
     EXPECT_EQ(rights(m_base + "/Data"), 02770U);
     EXPECT_EQ(rights(m_base + "/Data/installation.db"), 0660U);
     EXPECT_THAT(text(m_base + "/Config/DBLib.def"), HasSubstr("\nDatabase=../Data/installation.db\n"));
-    EXPECT_EQ(std::system(command.c_str()), 0) << "again";
+    EXPECT_EQ(errorsOf("sqlite", 0), "") << "again";
     EXPECT_EQ(runCtl({"-C", m_base, "status"}).status, 0);
+}
+
+TEST_F(InitializingInstalled, ADatabaseOnAServerIsNamedByItsConnection)
+{
+    const std::string library = install("postgresql/DBLib.a");
+    EXPECT_EQ(errorsOf("postgresql:host=db dbname=plant password=a=b", 0), "");
+    EXPECT_EQ(std::filesystem::read_symlink(m_base + "/Libs/DBLib.a"), library);
+    EXPECT_THAT(text(m_base + "/Config/DBLib.def"), EndsWith("\nConnection=host=db dbname=plant password=a=b\n"));
+    EXPECT_EQ(rights(m_base + "/Config/DBLib.def"), 0640U);
+    EXPECT_FALSE(std::filesystem::exists(m_base + "/Data"));
+}
+
+TEST_F(InitializingInstalled, AConnectionThatIsNoLineOfSettingsIsRefused)
+{
+    install("postgresql/DBLib.a");
+    EXPECT_THAT(errorsOf("postgresql", 2), HasSubstr("postgresql:CONNECTION"));
+    EXPECT_THAT(errorsOf("postgresql:", 2), HasSubstr("postgresql:CONNECTION"));
+    EXPECT_THAT(errorsOf("postgresql:host=db\nDatabase=x", 2), HasSubstr("CONNECTION must be one line of text"));
+    EXPECT_THAT(errorsOf("postgresql:" + std::string(500, 'x'), 2), HasSubstr("is too long for a line of settings"));
+    EXPECT_FALSE(std::filesystem::exists(m_base));
+    EXPECT_EQ(errorsOf("postgresql:" + std::string(499, 'x'), 0), "");
 }
 } // namespace

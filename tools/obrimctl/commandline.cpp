@@ -3,6 +3,7 @@
 #include "commandline.h"
 
 #include "bytetext.h"
+#include "databases.h"
 #include "failure.h"
 #include "helpjson.h"
 #include "helptexts.h"
@@ -192,7 +193,7 @@ void Parser::addOthers()
 
     CLI::App &init = *command("init");
     init.add_option("DIR", m_typed.to, "where; the folder above must be there")->required()->type_name("");
-    addValue(init, "--database", "DATABASE", "sqlite or library:FILE");
+    addValue(init, "--database", "DATABASE", databaseWords().c_str());
     addValue(init, "--group", "GROUP", "the group of operators and sensors, which owns the files");
     init.add_flag("--desktop-entry", m_typed.desktopEntry, "a menu entry that starts the console there");
 }
@@ -344,7 +345,7 @@ Invocation Parser::invocation(std::time_t now) const
         if (!m_typed.directory.empty())
             throw UsageError("init makes DIR, and -C names an installation that is there: only one can be given");
         if (!m_typed.value("database"))
-            throw UsageError("init needs --database: sqlite or library:FILE");
+            throw UsageError("init needs --database: " + databaseWords());
         read.init = {m_typed.to, *m_typed.value("database"), m_typed.value("group") ? *m_typed.value("group") : "",
                      m_typed.desktopEntry};
         break;

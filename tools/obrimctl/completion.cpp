@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "completion.h"
 
+#include "databases.h"
 #include "helptexts.h"
 #include "rows.h"
 
@@ -127,7 +128,8 @@ void addValues(Completion &to, const std::string &command, const std::string &ke
     else if (key == "output")
         addTexts(to, {"table", "csv", "json", "short"});
     else if (key == "database")
-        addTexts(to, {"sqlite", "library:"});
+        for (const std::string &begin : databaseBegins())
+            to.candidates.push_back({begin, {}});
     else if (key == "sensor" || key == "SENSOR")
         to.others = Others::Sensors;
     else if (key == "installation" || key == "TO-DIR" || key == "DIR")

@@ -2,39 +2,60 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "databases.h"
 
+#include "Config.h"
 #include "failure.h"
 #include "libraryfile.h"
 #include "visibletext.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
+#include <iterator>
 #include <system_error>
-#include <vector>
 
 namespace fs = std::filesystem;
 
 namespace
 {
-/** A database whose library is installed with this program. */
+constexpr std::size_t MostLineBytes = ConfigLineSize - 2; ///< of settings, without line feed and NUL
+
+/** What stands behind the name of a database and a colon. */
+enum class Value {
+    None,
+    Library, ///< the file of its library
+    Setting  ///< the value of the last of its settings
+};
+
 struct KnownDatabase {
     const char *name;
-    const char *library; ///< below the folder of libraries
+    Value value;
+    const char *valueWord; ///< what people call it
+    const char *library;   ///< below the folder of libraries, unless the value is the file
     const char *settings;
     bool isInFolder;
 };
 
 const KnownDatabase KnownDatabases[] = {
-    {"sqlite", "obrim/DBLib.a",
+    {"sqlite", Value::None, "", "obrim/DBLib.a",
      "% Settings of the SQLite database.\n"
      "% The file; a relative path counts from this folder.\n"
      "Database=../Data/installation.db\n"
      "% A sensor that gave no sign of life for so many seconds counts as dead.\n"
      "DeadAfter=10\n",
      true},
+    {"postgresql", Value::Setting, "CONNECTION", "obrim/postgresql/DBLib.a",
+     "% Settings of the PostgreSQL database.\n"
+     "% A sensor that gave no sign of life for so many seconds counts as dead.\n"
+     "DeadAfter=10\n"
+     "% The server, in words of libpq.\n"
+     "Connection=",
+     false},
+    {"library", Value::Library, "FILE", "", "% Settings of the DB library, if it reads them here.\n", false},
 };
 
-constexpr const char *LibraryPrefix = "library:";
+[[noreturn]] void refuse(const std::string &name, const std::string &reason)
+{
+    throw UsageError("--database cannot be '" + visibleText(name) + "': " + reason);
+}
 
 /** The library beside the program as it was installed, wherever that was moved to; else where it was to be installed.
  */
@@ -46,44 +67,68 @@ std::string installed(const std::string &library)
     return !error && fs::exists(beside, error) ? beside.string() : std::string(OBRIM_LIBRARIES) + "/" + library;
 }
 
-/** Throws unless the file is a library that this program, and so the console beside it, can load. */
-std::string checkedLibrary(const std::string &path)
+std::string libraryOf(const KnownDatabase &known, const std::string &value)
 {
-    const std::string fault = libraryFileFault(path.c_str());
-    if (!fault.empty())
-        throw Failure(fault);
-    return path;
-}
-
-std::string installedLibrary(const KnownDatabase &known)
-{
-    const std::string path = installed(known.library);
     std::error_code error;
+    if (known.value == Value::Library)
+        return fs::absolute(value, error).lexically_normal().string();
+    const std::string path = installed(known.library);
     if (!fs::exists(path, error)) {
         throw Failure(visibleText(path) + ": the DB library for " + known.name +
                       " is not installed; --database library:FILE takes it from elsewhere");
     }
-    return checkedLibrary(path);
+    return path;
 }
 
-std::string knownNames()
+/** Settings are read line by line. */
+std::string settingsOf(const KnownDatabase &known, const std::string &name, const std::string &value)
 {
-    std::string names;
-    for (const KnownDatabase &known : KnownDatabases)
-        names += std::string(known.name) + " or ";
-    return names + "library:FILE";
+    const std::string settings = known.settings;
+    if (known.value != Value::Setting)
+        return settings;
+    if (visibleText(value) != value)
+        refuse(name, std::string(known.valueWord) + " must be one line of text");
+    const std::size_t lineBegin = settings.rfind('\n') + 1;
+    if (settings.size() - lineBegin + value.size() > MostLineBytes)
+        refuse(name, std::string(known.valueWord) + " is too long for a line of settings");
+    return settings + value + "\n";
 }
 } // namespace
 
 Database databaseNamed(const std::string &name)
 {
+    for (const KnownDatabase &known : KnownDatabases) {
+        const std::string prefix = std::string(known.name) + (known.value == Value::None ? "" : ":");
+        if (known.value == Value::None ? name != prefix : name.rfind(prefix, 0) != 0 || name == prefix)
+            continue;
+        const std::string value = name.substr(prefix.size());
+        const std::string settings = settingsOf(known, name, value);
+        const std::string library = libraryOf(known, value);
+        const std::string fault = libraryFileFault(library.c_str());
+        if (!fault.empty())
+            throw Failure(fault);
+        return {name, library, settings, known.isInFolder};
+    }
+    refuse(name, databaseWords() + " is expected");
+}
+
+std::vector<std::string> databaseBegins()
+{
+    std::vector<std::string> begins;
     for (const KnownDatabase &known : KnownDatabases)
-        if (name == known.name)
-            return {name, installedLibrary(known), known.settings, known.isInFolder};
-    const std::string prefix = LibraryPrefix;
-    if (name.rfind(prefix, 0) != 0 || name == prefix)
-        throw UsageError("--database cannot be '" + visibleText(name) + "': " + knownNames() + " is expected");
-    std::error_code error;
-    const std::string path = fs::absolute(name.substr(prefix.size()), error).lexically_normal().string();
-    return {name, checkedLibrary(path), "% Settings of the DB library, if it reads them here.\n", false};
+        begins.push_back(std::string(known.name) + (known.value == Value::None ? "" : ":"));
+    return begins;
+}
+
+std::string databaseWords()
+{
+    std::string words;
+    for (const KnownDatabase &known : KnownDatabases) {
+        const bool isLast = &known == std::end(KnownDatabases) - 1;
+        words += (words.empty() ? ""
+                  : isLast      ? " or "
+                                : ", ") +
+                 std::string(known.name) + (known.value == Value::None ? "" : ":") + known.valueWord;
+    }
+    return words;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 /** A database that an installation can be made on. */
 struct Database {
@@ -13,8 +14,13 @@ struct Database {
 };
 
 /**
- * The database that a person names: sqlite, or library:FILE for any DB library.
+ * The database that a person names, as databaseWords() has them.
  * Throws UsageError for another name, and Failure when its library is not
  * there or cannot be loaded by this program.
  */
 Database databaseNamed(const std::string &name);
+
+/** How such names are written, for people: "sqlite, postgresql:CONNECTION or library:FILE". */
+std::string databaseWords();
+/** What they begin with: a name, and a colon where something must follow. */
+std::vector<std::string> databaseBegins();

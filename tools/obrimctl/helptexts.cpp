@@ -87,10 +87,11 @@ const std::vector<CommandHelp> &commandHelps()
          }},
         {"init",
          "Make an installation that the console starts in.",
-         "Nothing is overwritten; what is there already stays, and what is missing is made. The database is sqlite, "
-         "or library:FILE for the DB library in a file.",
+         "Nothing is overwritten; what is there already stays, and what is missing is made. library:FILE is the DB "
+         "library in a file, CONNECTION names a server in words of libpq.",
          {
              {"obrimctl init /srv/plant --database sqlite --group plant", "with files for a group of users"},
+             {"obrimctl init /srv/plant --database 'postgresql:host=db dbname=plant user=anna'", "on a server"},
              {"obrimctl init /srv/plant --database library:/opt/db/DBLib.so --desktop-entry",
               "on another DB library, with a menu entry"},
          }},
