@@ -273,7 +273,7 @@ void TestStartup::aPathThatIsNoTextIsRefusedWithTheReason()
     QCOMPARE(result.status, 255);
     QCOMPARE(result.out, QByteArray());
     QCOMPARE(result.err, "The path of the working directory has bytes that are no text here: " +
-                             QFile::encodeName(path("a/caf")) + "\xe9/bin\nCan't find base dir\n");
+                             QFile::encodeName(path("a/caf")) + "\\xe9/bin\nCan't find base dir\n");
 }
 
 void TestStartup::aLongPathIsFoundOrRefusedWithTheReason_data()

@@ -73,7 +73,9 @@ void appendArchitecture(Program &program, std::uint32_t architecture, const std:
     program.push_back(load(offsetof(seccomp_data, arch)));
     program.push_back(jump(BPF_JEQ, architecture, 1, 0));
     program.push_back(BPF_STMT(BPF_JMP | BPF_JA, std::uint32_t(block.size())));
-    program.insert(program.end(), block.begin(), block.end());
+    // One by one: GCC 14 sees an overflow in the insertion of a range, where there is none.
+    for (const sock_filter &instruction : block)
+        program.push_back(instruction);
 }
 
 Program filterProgram()
