@@ -23,7 +23,8 @@ set_job_count() {
     local jobs
     jobs=$(nproc)
     export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$jobs}
-    export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$jobs}
+    # Tests wait for processes and timers, half of their time.
+    export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$((2 * jobs))}
 }
 
 have() { command -v "$1" >/dev/null 2>&1; }
