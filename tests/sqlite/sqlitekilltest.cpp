@@ -47,7 +47,9 @@ void tell(int pipe, Told::What what, int id)
 [[noreturn]] void writeUntilKilled(const std::string &path, int pipe)
 {
     try {
-        SqliteStore store(path, Sqlite::Durability::PowerLoss);
+        // On a busy disk, 1500 records of another writer may take longer than a console would wait.
+        constexpr int patience = 60000;
+        SqliteStore store(path, Sqlite::Durability::PowerLoss, patience);
         const std::vector<NewMessage> many(1500);
         for (int i = 0, id = 0;; ++i) {
             if (i % 50 == 49) {
