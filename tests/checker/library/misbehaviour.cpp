@@ -336,7 +336,7 @@ void misbehaveAtPut(CMessageEvent &event)
     if (fault("put-crawls"))
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     if (fault("put-reads-sensor") && event.SensorID)
-        readBytes(event.SensorID, 256);
+        readBytes(event.SensorID, std::size_t(event.LSensorID) + 16);
     if (fault("put-reads-name") && event.EventName)
         readBytes(event.EventName, std::size_t(event.LEventName) + 1);
     if (fault("put-reads-value"))
