@@ -43,7 +43,8 @@ start_window_manager() {
 # when the window manager has just taken the box's frame away.
 park_pointer() { xdotool mousemove 1599 999; }
 
-# start_console [ARGUMENT...]
+# start_console [ARGUMENT...]. Those who give arguments source this file.
+# shellcheck disable=SC2120
 start_console() {
     cd "$(installation)/bin"
     beside "$(console_program)" "$@" >"$pictures/console.log" 2>"$pictures/console.err"
@@ -148,6 +149,7 @@ run_on_virtual_display() {
     start_window_manager
     park_pointer
     say "no display here: starting the console on the virtual display $DISPLAY"
+    # shellcheck disable=SC2119
     start_console
     window_of Tool
     panel=$window
