@@ -70,7 +70,7 @@ private:
     {
         m_text += m_first ? " with " : ", ";
         m_first = false;
-        m_text.append(name).append("=").append(value.c_str());
+        m_text.append(name).append("=").append(value, 0, value.find('\0'));
     }
 
     std::string m_text;

@@ -451,7 +451,7 @@ void ExistingLibraryTest::rowsGoAndOrdersCome()
         QVERIFY(showAndWait(&sensors));
         chooseFromMenu("Kill");
         rightClick(sensors.SensorsList, 1);
-        QCOMPARE(heard(), "put command 1 meter \xe9 8 0 4 " + QByteArray::number(qint64(startTime)) + " 0 0");
+        QCOMPARE(heard(), "put command 1 meter \xe9 8 0 4 " + QByteArray::number(qint64(StartTime)) + " 0 0");
     });
 }
 

@@ -123,10 +123,10 @@ constexpr std::array<unsigned char, 256> byteTraits()
 /** The traits of all bytes of a text. Nearly always there are none, and the bytes are copied as they are. */
 unsigned traitsOf(std::string_view latin1)
 {
-    static constexpr auto Traits = byteTraits();
+    static constexpr auto traits = byteTraits();
     unsigned found = 0;
     for (const char c : latin1)
-        found |= Traits[static_cast<unsigned char>(c)];
+        found |= traits[static_cast<unsigned char>(c)];
     return found;
 }
 
