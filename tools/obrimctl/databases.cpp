@@ -72,7 +72,7 @@ std::string libraryOf(const KnownDatabase &known, const std::string &value)
     std::error_code error;
     if (known.value == Value::Library)
         return fs::absolute(value, error).lexically_normal().string();
-    const std::string path = installed(known.library);
+    std::string path = installed(known.library);
     if (!fs::exists(path, error)) {
         throw Failure(visibleText(path) + ": the DB library for " + known.name +
                       " is not installed; --database library:FILE takes it from elsewhere");
@@ -83,7 +83,7 @@ std::string libraryOf(const KnownDatabase &known, const std::string &value)
 /** Settings are read line by line. */
 std::string settingsOf(const KnownDatabase &known, const std::string &name, const std::string &value)
 {
-    const std::string settings = known.settings;
+    std::string settings = known.settings;
     if (known.value != Value::Setting)
         return settings;
     if (visibleText(value) != value)
