@@ -13,7 +13,7 @@
 #include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool heapIsMeasured = false; // the sanitizer has a heap of its own, and looks for leaks itself
+constexpr bool HeapIsMeasured = false; // the sanitizer has a heap of its own, and looks for leaks itself
 #else
 constexpr bool HeapIsMeasured = true;
 #endif
