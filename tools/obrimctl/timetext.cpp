@@ -172,7 +172,7 @@ bool takeOffset(Scanner &scanner, Moment &moment)
     const auto minutes = scanner.digits(2);
     if (!hours || !minutes || *hours > 23 || *minutes > 59)
         return false;
-    moment.offset = (east ? 1 : -1) * (*hours * Hour + *minutes * 60);
+    moment.offset = (east ? 1 : -1) * (*hours * Hour + *minutes * 60L);
     return true;
 }
 
