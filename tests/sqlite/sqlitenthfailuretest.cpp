@@ -413,9 +413,9 @@ protected:
     {
         fill();
         int result = 1;
-        // Newer versions of SQLite allocate once for it.
+        // Newer versions of SQLite allocate once for it, or not at all.
         failEach(
-            0,
+            -1,
             [&] {
                 if (model<Record>().size() < 3) {
                     Record record = numbered<Record>(++m_last);
