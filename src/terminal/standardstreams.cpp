@@ -10,6 +10,7 @@
 #include <ext/stdio_sync_filebuf.h>
 #include <fcntl.h>
 #include <iostream>
+#include <memory>
 #include <poll.h>
 #include <string>
 #include <sys/socket.h>
@@ -26,6 +27,14 @@ public:
         : m_descriptor(descriptor)
         , m_terminal(isatty(descriptor) == 1)
     {
+    }
+
+    /** Takes the texts of this C++ stream, too. */
+    void takeFrom(std::ostream &other, std::FILE *stream)
+    {
+        if (!m_buffer)
+            m_buffer = std::make_unique<__gnu_cxx::stdio_sync_filebuf<char>>(stream);
+        other.rdbuf(m_buffer.get());
     }
 
     /** Takes text as the stream hands it on: as a rule one line. */
@@ -90,10 +99,11 @@ private:
 
     int m_descriptor;
     bool m_terminal;
-    bool m_midLine = false;  ///< the last piece written ended no line
-    bool m_dropping = false; ///< the beginning of the line was dropped: so is the rest
-    long long m_dropped = 0; ///< lines since the last one written
-    std::string m_rest;      ///< of a piece that was written in part
+    bool m_midLine = false;                   ///< the last piece written ended no line
+    bool m_dropping = false;                  ///< the beginning of the line was dropped: so is the rest
+    long long m_dropped = 0;                  ///< lines since the last one written
+    std::string m_rest;                       ///< of a piece that was written in part
+    std::unique_ptr<std::streambuf> m_buffer; ///< of the C++ streams
 };
 
 ssize_t takeForOutlet(void *outlet, const char *text, std::size_t size)
@@ -127,13 +137,16 @@ void leadThroughOutlet(std::FILE *&stream, int mode, std::initializer_list<std::
     stopWaiting(descriptor);
     cookie_io_functions_t functions = {};
     functions.write = takeForOutlet;
-    std::FILE *own = fopencookie(new Outlet(descriptor), "w", functions);
-    if (!own)
+    auto *outlet = new Outlet(descriptor);
+    std::FILE *own = fopencookie(outlet, "w", functions);
+    if (!own) {
+        delete outlet;
         return;
+    }
     std::setvbuf(own, nullptr, mode, BUFSIZ);
     stream = own;
     for (std::ostream *other : beside)
-        other->rdbuf(new __gnu_cxx::stdio_sync_filebuf<char>(own));
+        outlet->takeFrom(*other, own);
 }
 } // namespace
 
