@@ -10,7 +10,6 @@
 #include <ext/stdio_sync_filebuf.h>
 #include <fcntl.h>
 #include <iostream>
-#include <memory>
 #include <poll.h>
 #include <string>
 #include <sys/socket.h>
@@ -27,14 +26,6 @@ public:
         : m_descriptor(descriptor)
         , m_terminal(isatty(descriptor) == 1)
     {
-    }
-
-    /** Takes the texts of this C++ stream, too. */
-    void takeFrom(std::ostream &other, std::FILE *stream)
-    {
-        if (!m_buffer)
-            m_buffer = std::make_unique<__gnu_cxx::stdio_sync_filebuf<char>>(stream);
-        other.rdbuf(m_buffer.get());
     }
 
     /** Takes text as the stream hands it on: as a rule one line. */
@@ -99,11 +90,10 @@ private:
 
     int m_descriptor;
     bool m_terminal;
-    bool m_midLine = false;                   ///< the last piece written ended no line
-    bool m_dropping = false;                  ///< the beginning of the line was dropped: so is the rest
-    long long m_dropped = 0;                  ///< lines since the last one written
-    std::string m_rest;                       ///< of a piece that was written in part
-    std::unique_ptr<std::streambuf> m_buffer; ///< of the C++ streams
+    bool m_midLine = false;  ///< the last piece written ended no line
+    bool m_dropping = false; ///< the beginning of the line was dropped: so is the rest
+    long long m_dropped = 0; ///< lines since the last one written
+    std::string m_rest;      ///< of a piece that was written in part
 };
 
 ssize_t takeForOutlet(void *outlet, const char *text, std::size_t size)
@@ -130,23 +120,19 @@ void stopWaiting(int descriptor)
     close(own);
 }
 
-/** Leads a stream of C, and those of C++ beside it, through an outlet that lives as long as the process. */
-void leadThroughOutlet(std::FILE *&stream, int mode, std::initializer_list<std::ostream *> beside)
+/** Leads a stream of C, and those of C++ beside it, through an outlet. */
+void leadThroughOutlet(Outlet *outlet, std::FILE *&stream, int mode, std::initializer_list<std::ostream *> beside)
 {
-    const int descriptor = fileno(stream);
-    stopWaiting(descriptor);
+    stopWaiting(fileno(stream));
     cookie_io_functions_t functions = {};
     functions.write = takeForOutlet;
-    auto *outlet = new Outlet(descriptor);
     std::FILE *own = fopencookie(outlet, "w", functions);
-    if (!own) {
-        delete outlet;
+    if (!own)
         return;
-    }
     std::setvbuf(own, nullptr, mode, BUFSIZ);
     stream = own;
     for (std::ostream *other : beside)
-        outlet->takeFrom(*other, own);
+        other->rdbuf(new __gnu_cxx::stdio_sync_filebuf<char>(own));
 }
 } // namespace
 
@@ -161,6 +147,9 @@ void neverWaitForReaders()
 {
     // Not ignored: a program that a library starts would inherit that.
     std::signal(SIGPIPE, [](int) {});
-    leadThroughOutlet(stdout, _IOLBF, {&std::cout});
-    leadThroughOutlet(stderr, _IONBF, {&std::cerr, &std::clog});
+    // Never destroyed: what ends last still writes.
+    static auto *const output = new Outlet(fileno(stdout));
+    static auto *const errors = new Outlet(fileno(stderr));
+    leadThroughOutlet(output, stdout, _IOLBF, {&std::cout});
+    leadThroughOutlet(errors, stderr, _IONBF, {&std::cerr, &std::clog});
 }
