@@ -61,7 +61,8 @@ tidy() {
     local place log="$build_root/clang-tidy.log"
     place="^$(regex_of "$repository")/$1/"
     shift
-    run-clang-tidy-14 -quiet -p "$build_root/$target_name" -j "$CMAKE_BUILD_PARALLEL_LEVEL" \
+    python3 "$scripts/analysis-commands.py" "$build_root/$target_name" "$build_root/analysis"
+    run-clang-tidy-14 -quiet -p "$build_root/analysis" -j "$CMAKE_BUILD_PARALLEL_LEVEL" \
         -header-filter "$place" "$@" "$place" >"$log" 2>&1 && return 0
     grep -vE '^[0-9]+ warnings? (generated|treated)|^clang-tidy-14 |^Suppressed |^Use ' "$log" >&2
     return 1
