@@ -28,8 +28,6 @@ namespace
 {
 constexpr int SmallCount = 1000000;
 constexpr int WrittenCount = 100000; // what is put goes to a database of its own
-constexpr int FewRecords = 100;
-constexpr int ManyRecords = 1000000;
 constexpr int Sensors = 30;
 constexpr double EventsPerSecond = 20;
 
@@ -68,39 +66,6 @@ struct Data : History {
     std::string database;
     PostgresStore store;
 };
-
-void fetchFew(benchmark::State &state, Data &data, const Filter &filter, bool first)
-{
-    CMessageEventRequest request;
-    request.NMax = FewRecords;
-    request.TakeFirst1_Last0 = first ? 1 : 0;
-    filter.set(request, data);
-    for (auto _ : state) {
-        const auto events = data.store.events(request);
-        if (events->size() != FewRecords)
-            state.SkipWithError("not the number of records asked for");
-    }
-}
-
-void fetchNew(benchmark::State &state, Data &data)
-{
-    CMessageEventRequest request;
-    request.NMax = FewRecords;
-    request.UseMessageID0 = 1;
-    request.MessageID0 = data.count + 1;
-    for (auto _ : state)
-        if (data.store.events(request)->size() != 0)
-            state.SkipWithError("something is new");
-}
-
-void fetchMany(benchmark::State &state, Data &data)
-{
-    CMessageEventRequest request;
-    request.NMax = ManyRecords;
-    for (auto _ : state)
-        if (data.store.events(request)->size() != ManyRecords)
-            state.SkipWithError("not the number of records asked for");
-}
 
 struct Closer {
     void operator()(PGconn *connection) const

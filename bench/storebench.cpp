@@ -29,8 +29,6 @@
 namespace
 {
 constexpr int SmallCount = 10000;
-constexpr int FewRecords = 100;
-constexpr int ManyRecords = 1000000;
 constexpr int Sensors = 30;
 constexpr double EventsPerSecond = 20;
 
@@ -54,39 +52,6 @@ struct Data : History {
     }
     SqliteStore store;
 };
-
-void fetchFew(benchmark::State &state, Data &data, const Filter &filter, bool first)
-{
-    CMessageEventRequest request;
-    request.NMax = FewRecords;
-    request.TakeFirst1_Last0 = first ? 1 : 0;
-    filter.set(request, data);
-    for (auto _ : state) {
-        const auto events = data.store.events(request);
-        if (events->size() != FewRecords)
-            state.SkipWithError("not the number of records asked for");
-    }
-}
-
-void fetchNew(benchmark::State &state, Data &data)
-{
-    CMessageEventRequest request;
-    request.NMax = FewRecords;
-    request.UseMessageID0 = 1;
-    request.MessageID0 = data.count + 1;
-    for (auto _ : state)
-        if (data.store.events(request)->size() != 0)
-            state.SkipWithError("something is new");
-}
-
-void fetchMany(benchmark::State &state, Data &data)
-{
-    CMessageEventRequest request;
-    request.NMax = ManyRecords;
-    for (auto _ : state)
-        if (data.store.events(request)->size() != std::min(ManyRecords, data.count))
-            state.SkipWithError("not the number of records asked for");
-}
 
 /** The same columns of the same rows, stepped and nothing else. */
 void bareSelect(benchmark::State &state, Data &data)

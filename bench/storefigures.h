@@ -96,6 +96,45 @@ inline const Filter Filters[] = {
      }},
 };
 
+constexpr int FewRecords = 100;
+constexpr int ManyRecords = 1000000;
+
+/** The first or last few events that a filter selects. `Data`: a History with the `store` that holds it. */
+template <class Data> void fetchFew(benchmark::State &state, Data &data, const Filter &filter, bool first)
+{
+    CMessageEventRequest request;
+    request.NMax = FewRecords;
+    request.TakeFirst1_Last0 = first ? 1 : 0;
+    filter.set(request, data);
+    for (auto _ : state) {
+        const auto events = data.store.events(request);
+        if (events->size() != FewRecords)
+            state.SkipWithError("not the number of records asked for");
+    }
+}
+
+/** What is newer than the newest event. */
+template <class Data> void fetchNew(benchmark::State &state, Data &data)
+{
+    CMessageEventRequest request;
+    request.NMax = FewRecords;
+    request.UseMessageID0 = 1;
+    request.MessageID0 = data.count + 1;
+    for (auto _ : state)
+        if (data.store.events(request)->size() != 0)
+            state.SkipWithError("something is new");
+}
+
+/** The last million events, all where there are fewer. */
+template <class Data> void fetchMany(benchmark::State &state, Data &data)
+{
+    CMessageEventRequest request;
+    request.NMax = ManyRecords;
+    for (auto _ : state)
+        if (data.store.events(request)->size() != std::min(ManyRecords, data.count))
+            state.SkipWithError("not the number of records asked for");
+}
+
 /** Shows each figure as the least of its repetitions and keeps them for the goals. */
 class Figures : public benchmark::ConsoleReporter
 {

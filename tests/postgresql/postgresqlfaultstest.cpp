@@ -7,10 +7,10 @@
  * that names the server and the reason and a result other than 0, within a
  * bounded time, and the console goes on when the fault is gone.
  */
-#include "DBFuns.h"
 #include "LoadDLL.h"
 #include "capturedoutput.h"
 #include "data.h"
+#include "loadedlibrary.h"
 #include "postgresschema.h"
 #include "servertesting.h"
 #include "silentserver.h"
@@ -60,21 +60,6 @@ protected:
     {
         return InitDBEvents(ConfigWD);
     }
-    static int put()
-    {
-        CMessageEvent event = makeEvent("sensor", "event", 1000);
-        return DBPutEvent(event);
-    }
-    /** Number of events, -1 when the fetch failed. */
-    static int count()
-    {
-        CMessageEventRequest request = eventsWanted(1000000);
-        int n = 0;
-        CMessageEvent *events = nullptr;
-        const int result = DBGetEvents(&n, &events, &request, nullptr);
-        delete[] events;
-        return result == 0 ? n : -1;
-    }
     static std::string named(const std::string &host, const std::string &database)
     {
         return host + " database " + database;
@@ -94,11 +79,11 @@ protected:
         int n = 0;
         CSensor *sensors = nullptr;
         EXPECT_NE(DBGetSensors(&n, &sensors, nullptr), 0);
-        EXPECT_EQ(count(), -1);
+        EXPECT_EQ(countEvents(), -1);
         CMessageCommandRequest request = commandsWanted(10);
         CMessageCommand *commands = nullptr;
         EXPECT_NE(DBGetCommands(&n, &commands, &request, nullptr), 0);
-        EXPECT_NE(put(), 0);
+        EXPECT_NE(putAnEvent(), 0);
         CMessageCommand command = makeCommand("sensor", CommandKill, 0);
         EXPECT_NE(DBPutCommand(command), 0);
         EXPECT_NE(FDBDeleteEvent(1), 0);
@@ -135,7 +120,7 @@ TEST_F(FaultTest, WrongPassword)
     server().sql("GRANT CREATE ON DATABASE " + m_database + " TO secretive");
     define(connection("secretive", "password=right"));
     EXPECT_EQ(initialise(), 0);
-    EXPECT_EQ(put(), 0);
+    EXPECT_EQ(putAnEvent(), 0);
 }
 
 TEST_F(FaultTest, APasswordThatOthersCanReadIsWarnedOfAndWorks)
@@ -145,7 +130,7 @@ TEST_F(FaultTest, APasswordThatOthersCanReadIsWarnedOfAndWorks)
     ::chmod(file.c_str(), 0644);
     const CapturedOutput errors(stderr);
     EXPECT_EQ(initialise(), 0);
-    EXPECT_EQ(put(), 0);
+    EXPECT_EQ(putAnEvent(), 0);
     EXPECT_THAT(errors.text(), AllOf(HasSubstr(file + ": others can read this file"), Not(HasSubstr("topsecret"))));
 }
 
@@ -165,7 +150,7 @@ TEST_F(FaultTest, NoRights)
     expectRefusal(named(), "permission denied for schema obrim");
     server().sql("ALTER ROLE stranger SUPERUSER");
     EXPECT_EQ(initialise(), 0);
-    EXPECT_EQ(put(), 0);
+    EXPECT_EQ(putAnEvent(), 0);
 }
 
 TEST_F(FaultTest, NoRightToMakeTheTables)
@@ -208,13 +193,13 @@ TEST_F(FaultTest, AServerThatOnlyAnswersQuestions)
 {
     define(connection());
     ASSERT_EQ(initialise(), 0);
-    ASSERT_EQ(put(), 0);
+    ASSERT_EQ(putAnEvent(), 0);
     server().sql("ALTER DATABASE " + m_database + " SET default_transaction_read_only = on");
     define(connection("owner", "application_name=again"));
     EXPECT_EQ(initialise(), 0);
-    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(countEvents(), 1);
     const CapturedOutput errors(stderr);
-    EXPECT_NE(put(), 0);
+    EXPECT_NE(putAnEvent(), 0);
     EXPECT_THAT(errors.text(), HasSubstr(named() + ": cannot execute "));
 }
 
@@ -226,9 +211,9 @@ TEST_F(FaultTest, ASessionThatWasEndedIsReplacedUnnoticed)
     for (int i = 1; i <= 3; ++i) {
         server().sql("SELECT pg_terminate_backend(pid, 10000) FROM pg_stat_activity WHERE datname = '" + m_database +
                      "'");
-        ASSERT_EQ(i == 2 ? count() : put(), i == 2 ? 1 : 0);
+        ASSERT_EQ(i == 2 ? countEvents() : putAnEvent(), i == 2 ? 1 : 0);
     }
-    EXPECT_EQ(count(), 2);
+    EXPECT_EQ(countEvents(), 2);
     EXPECT_EQ(errors.text(), "");
 }
 
@@ -236,49 +221,49 @@ TEST_F(FaultTest, AServerThatRestarts)
 {
     define(connection());
     ASSERT_EQ(initialise(), 0);
-    ASSERT_EQ(put(), 0);
+    ASSERT_EQ(putAnEvent(), 0);
     server().stop();
     expectRefusal(named(), "connection to server on socket");
     server().start();
-    EXPECT_TRUE(eventually([] { return count() == 1; }));
-    EXPECT_EQ(put(), 0);
-    EXPECT_EQ(count(), 2);
+    EXPECT_TRUE(eventually([] { return countEvents() == 1; }));
+    EXPECT_EQ(putAnEvent(), 0);
+    EXPECT_EQ(countEvents(), 2);
 }
 
 TEST_F(FaultTest, AServerThatCrashes)
 {
     define(connection());
     ASSERT_EQ(initialise(), 0);
-    ASSERT_EQ(put(), 0);
+    ASSERT_EQ(putAnEvent(), 0);
     server().kill();
     const CapturedOutput errors(stderr);
-    EXPECT_NE(put(), 0);
+    EXPECT_NE(putAnEvent(), 0);
     server().start();
-    EXPECT_TRUE(eventually([] { return put() == 0; }));
-    EXPECT_EQ(count(), 2);
+    EXPECT_TRUE(eventually([] { return putAnEvent() == 0; }));
+    EXPECT_EQ(countEvents(), 2);
 }
 
 TEST_F(FaultTest, AServerThatIsStoppedInTheMiddle)
 {
     define(connection(), "ConnectTimeout=2\nStatementTimeout=2\n");
     ASSERT_EQ(initialise(), 0);
-    ASSERT_EQ(put(), 0);
+    ASSERT_EQ(putAnEvent(), 0);
     server().signal(SIGSTOP);
     {
         const CapturedOutput errors(stderr);
-        EXPECT_EQ(count(), -1);
+        EXPECT_EQ(countEvents(), -1);
         EXPECT_THAT(errors.text(), HasSubstr(named() + ": no answer within 2 s"));
-        EXPECT_EQ(count(), -1);
+        EXPECT_EQ(countEvents(), -1);
         EXPECT_THAT(errors.text(), HasSubstr(named() + ": no connection within 2 s"));
         // From here on no call waits. Together they would take 100 seconds if each did.
         const auto start = Clock::now();
         for (int i = 0; i < 50; ++i)
-            EXPECT_EQ(count(), -1);
+            EXPECT_EQ(countEvents(), -1);
         EXPECT_LT(Clock::now() - start, std::chrono::seconds(30));
     }
     server().signal(SIGCONT);
-    EXPECT_TRUE(eventually([] { return count() == 1; }));
-    EXPECT_EQ(put(), 0);
+    EXPECT_TRUE(eventually([] { return countEvents() == 1; }));
+    EXPECT_EQ(putAnEvent(), 0);
 }
 
 TEST_F(FaultTest, AMachineThatIsSilent)
@@ -296,8 +281,8 @@ TEST_F(FaultTest, TheFirstOfSeveralHostsMayBeAway)
     define("host=" + m_folder.path() + "," + server().host() + " user=owner dbname=" + m_database +
            " target_session_attrs=read-write");
     ASSERT_EQ(initialise(), 0);
-    EXPECT_EQ(put(), 0);
-    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(putAnEvent(), 0);
+    EXPECT_EQ(countEvents(), 1);
 }
 
 TEST_F(FaultTest, AStatementThatWaitsForAnotherProgramHasAnEnd)
@@ -309,11 +294,11 @@ TEST_F(FaultTest, AStatementThatWaitsForAnotherProgramHasAnEnd)
         const Store::Batch batch(*other);
         other->put(makeEvent("a", "e", 0));
         const CapturedOutput errors(stderr);
-        EXPECT_NE(put(), 0);
+        EXPECT_NE(putAnEvent(), 0);
         EXPECT_THAT(errors.text(), HasSubstr(named() + ": canceling statement due to statement timeout"));
     }
-    EXPECT_EQ(put(), 0);
-    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(putAnEvent(), 0);
+    EXPECT_EQ(countEvents(), 1);
 }
 
 /** A folder on a file system of its own, whose room is small. */
@@ -335,21 +320,21 @@ TEST_F(FaultTest, DiskFull)
     full.sql("CREATE DATABASE plant TABLESPACE small");
     define(full.connection("plant"));
     ASSERT_EQ(initialise(), 0);
-    ASSERT_EQ(put(), 0);
+    ASSERT_EQ(putAnEvent(), 0);
     const std::string ballast = disk.file("ballast");
     std::ofstream(ballast) << std::string(16 << 20, 'x');
     int stored = 1;
     {
         const CapturedOutput errors(stderr);
-        while (put() == 0)
+        while (putAnEvent() == 0)
             ++stored;
         EXPECT_THAT(errors.text(), AllOf(HasSubstr("cannot store an event: " + named(full.host(), "plant")),
                                          HasSubstr("No space left on device")));
-        EXPECT_EQ(count(), stored);
+        EXPECT_EQ(countEvents(), stored);
     }
     std::filesystem::remove(ballast);
-    EXPECT_EQ(put(), 0);
-    EXPECT_EQ(count(), stored + 1);
+    EXPECT_EQ(putAnEvent(), 0);
+    EXPECT_EQ(countEvents(), stored + 1);
 }
 
 TEST_F(FaultTest, AMigrationThatFailsChangesNothing)

@@ -7,10 +7,11 @@
  * message that names the file and the reason and a result other than 0, and
  * the console goes on when the fault is gone.
  */
-#include "DBFuns.h"
 #include "LoadDLL.h"
 #include "capturedoutput.h"
+#include "childworld.h"
 #include "data.h"
+#include "loadedlibrary.h"
 #include "sqlitestore.h"
 #include "storetesting.h"
 
@@ -21,21 +22,16 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <functional>
 #include <random>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 namespace
 {
 using testing::AllOf;
 using testing::HasSubstr;
 
-/** What a child process reports when this machine does not let it set the stage. */
-constexpr int NotPossible = 77;
 constexpr uid_t Nobody = 65534;
 
 class FaultTest : public ::testing::Test
@@ -66,21 +62,6 @@ protected:
     {
         return InitDBEvents(ConfigWD);
     }
-    static int put()
-    {
-        CMessageEvent event = makeEvent("sensor", "event", 1000);
-        return DBPutEvent(event);
-    }
-    /** Number of events, -1 when the fetch failed. */
-    static int count()
-    {
-        CMessageEventRequest request = eventsWanted(1000000);
-        int n = 0;
-        CMessageEvent *events = nullptr;
-        const int result = DBGetEvents(&n, &events, &request, nullptr);
-        delete[] events;
-        return result == 0 ? n : -1;
-    }
     void fill(int events)
     {
         SqliteStore store(database(), Sqlite::Durability::Crash);
@@ -99,11 +80,11 @@ protected:
         int n = 0;
         CSensor *sensors = nullptr;
         EXPECT_NE(DBGetSensors(&n, &sensors, nullptr), 0);
-        EXPECT_EQ(count(), -1);
+        EXPECT_EQ(countEvents(), -1);
         CMessageCommandRequest request = commandsWanted(10);
         CMessageCommand *commands = nullptr;
         EXPECT_NE(DBGetCommands(&n, &commands, &request, nullptr), 0);
-        EXPECT_NE(put(), 0);
+        EXPECT_NE(putAnEvent(), 0);
         CMessageCommand command = makeCommand("sensor", CommandKill, 0);
         EXPECT_NE(DBPutCommand(command), 0);
         EXPECT_NE(FDBDeleteEvent(1), 0);
@@ -113,29 +94,6 @@ protected:
             EXPECT_THAT(errors.text(), HasSubstr("cannot " + std::string(failed) + ": " + path + ": " + reason));
     }
 
-    /** Runs `body` in a child that may spoil its own world; the child's expectations count as this test's. */
-    void inChild(const std::function<void()> &body)
-    {
-        std::fflush(nullptr);
-        const pid_t child = ::fork();
-        if (child == 0) {
-            body();
-            std::fflush(nullptr);
-            ::_exit(HasFailure() ? 1 : 0);
-        }
-        int status = -1;
-        ::waitpid(child, &status, 0);
-        if (WIFEXITED(status) && WEXITSTATUS(status) == NotPossible)
-            GTEST_SKIP() << "this machine does not allow it";
-        EXPECT_EQ(status, 0);
-    }
-    /** In a child: file systems mounted from here on are its own. */
-    static void ownMounts()
-    {
-        const bool alone = ::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
-        if (!alone || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-            ::_exit(NotPossible);
-    }
     /** In a child of root: the rights of nobody. */
     static void dropRights()
     {
@@ -155,17 +113,17 @@ TEST_F(FaultTest, DiskFull)
         ASSERT_EQ(initialise(), 0);
         const CapturedOutput errors(stderr);
         int stored = 0;
-        while (stored < 100000 && put() == 0)
+        while (stored < 100000 && putAnEvent() == 0)
             ++stored;
         EXPECT_GT(stored, 10);
         EXPECT_LT(stored, 100000);
         EXPECT_THAT(errors.text(), HasSubstr("cannot store an event: " + named() + ": the disk is full"));
-        EXPECT_EQ(count(), stored) << "what was confirmed is there, what was refused is not";
-        EXPECT_NE(put(), 0);
+        EXPECT_EQ(countEvents(), stored) << "what was confirmed is there, what was refused is not";
+        EXPECT_NE(putAnEvent(), 0);
         // Room again: the console goes on without a restart.
         ASSERT_EQ(::mount("small", m_folder.file("Data").c_str(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
-        EXPECT_EQ(put(), 0);
-        EXPECT_EQ(count(), stored + 1);
+        EXPECT_EQ(putAnEvent(), 0);
+        EXPECT_EQ(countEvents(), stored + 1);
     });
 }
 
@@ -178,10 +136,10 @@ TEST_F(FaultTest, DiskFullBeforeTheDatabaseIsMade)
         const CapturedOutput errors(stderr);
         EXPECT_NE(initialise(), 0);
         EXPECT_THAT(errors.text(), HasSubstr("cannot open the database: " + named() + ": the disk is full"));
-        EXPECT_EQ(count(), -1);
+        EXPECT_EQ(countEvents(), -1);
         ASSERT_EQ(::mount("small", m_folder.file("Data").c_str(), "tmpfs", MS_REMOUNT, "size=4m"), 0);
-        EXPECT_EQ(count(), 0);
-        EXPECT_EQ(put(), 0);
+        EXPECT_EQ(countEvents(), 0);
+        EXPECT_EQ(putAnEvent(), 0);
     });
 }
 
@@ -194,11 +152,11 @@ TEST_F(FaultTest, FileSizeLimit)
         ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
         const CapturedOutput errors(stderr);
         int stored = 0;
-        while (stored < 100000 && put() == 0)
+        while (stored < 100000 && putAnEvent() == 0)
             ++stored;
         EXPECT_LT(stored, 100000);
         EXPECT_THAT(errors.text(), HasSubstr("cannot store an event: " + named() + ": reading or writing failed"));
-        EXPECT_EQ(count(), stored);
+        EXPECT_EQ(countEvents(), stored);
     });
 }
 
@@ -212,9 +170,9 @@ TEST_F(FaultTest, MediumThatCannotBeWritten)
             ::mount(nullptr, data.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) != 0)
             ::_exit(NotPossible);
         EXPECT_EQ(initialise(), 0);
-        EXPECT_EQ(count(), 100) << "what cannot be written can still be read";
+        EXPECT_EQ(countEvents(), 100) << "what cannot be written can still be read";
         const CapturedOutput errors(stderr);
-        EXPECT_NE(put(), 0);
+        EXPECT_NE(putAnEvent(), 0);
         EXPECT_NE(FDBDeleteEvent(1), 0);
         EXPECT_THAT(errors.text(),
                     HasSubstr("cannot store an event: " + named() + ": the file or its folder cannot be written"));
@@ -241,7 +199,7 @@ TEST_F(FaultTest, ALogBehindALinkOnAMediumThatCannotBeWritten)
             ::_exit(NotPossible);
         std::filesystem::create_symlink(m_folder.file("Medium/x.db"), database());
         EXPECT_EQ(initialise(), 0);
-        EXPECT_EQ(count(), 1) << "the row stands in the log";
+        EXPECT_EQ(countEvents(), 1) << "the row stands in the log";
     });
 }
 
@@ -256,9 +214,9 @@ TEST_F(FaultTest, ReadOnlyFile)
     inChild([this] {
         dropRights();
         EXPECT_EQ(initialise(), 0);
-        EXPECT_EQ(count(), 1);
+        EXPECT_EQ(countEvents(), 1);
         const CapturedOutput errors(stderr);
-        EXPECT_NE(put(), 0);
+        EXPECT_NE(putAnEvent(), 0);
         EXPECT_THAT(errors.text(),
                     HasSubstr("cannot store an event: " + named() + ": the file or its folder cannot be written"));
     });
@@ -275,8 +233,8 @@ TEST_F(FaultTest, FolderWithoutRights)
         EXPECT_NE(initialise(), 0);
         EXPECT_THAT(errors.text(), HasSubstr("cannot open the database: " + named() +
                                              ": the file cannot be opened or made (Permission denied)"));
-        EXPECT_EQ(count(), -1);
-        EXPECT_NE(put(), 0);
+        EXPECT_EQ(countEvents(), -1);
+        EXPECT_NE(putAnEvent(), 0);
     });
     std::filesystem::permissions(m_folder.file("Data"), std::filesystem::perms(0755));
 }
@@ -316,7 +274,7 @@ TEST_F(FaultTest, DamagedInside)
     }
     initialise();
     const CapturedOutput errors(stderr);
-    EXPECT_EQ(count(), -1);
+    EXPECT_EQ(countEvents(), -1);
     EXPECT_THAT(errors.text(), HasSubstr("cannot read events: " + named() + ": the database is damaged"));
 }
 
@@ -331,8 +289,8 @@ TEST_F(FaultTest, AnEmptyFileBecomesADatabase)
 {
     std::ofstream{database()};
     EXPECT_EQ(initialise(), 0);
-    EXPECT_EQ(put(), 0);
-    EXPECT_EQ(count(), 1);
+    EXPECT_EQ(putAnEvent(), 0);
+    EXPECT_EQ(countEvents(), 1);
 }
 
 TEST_F(FaultTest, RandomDamageNeverCrashes)
@@ -376,8 +334,8 @@ TEST_F(FaultTest, RandomDamageNeverCrashes)
             CSensor *sensors = nullptr;
             DBGetSensors(&n, &sensors, nullptr);
             delete[] sensors;
-            count();
-            put();
+            countEvents();
+            putAnEvent();
             DBDeleteEvent(17);
             request.UseSensorID = 0;
         }
@@ -388,7 +346,7 @@ TEST_F(FaultTest, RandomDamageNeverCrashes)
 TEST_F(FaultTest, LockedFile)
 {
     ASSERT_EQ(initialise(), 0);
-    ASSERT_EQ(put(), 0);
+    ASSERT_EQ(putAnEvent(), 0);
     // Another process: within one process SQLite would tell by other means.
     int ready[2];
     int done[2];
@@ -405,16 +363,16 @@ TEST_F(FaultTest, LockedFile)
     char byte = 0;
     ASSERT_EQ(::read(ready[0], &byte, 1), 1);
     const CapturedOutput errors(stderr);
-    EXPECT_EQ(count(), 1) << "reading needs no lock";
-    EXPECT_NE(put(), 0);
+    EXPECT_EQ(countEvents(), 1) << "reading needs no lock";
+    EXPECT_NE(putAnEvent(), 0);
     EXPECT_THAT(errors.text(),
                 HasSubstr("cannot store an event: " + named() + ": the database is locked by another program"));
     ASSERT_EQ(::write(done[1], &byte, 1), 1);
     int status = -1;
     ::waitpid(other, &status, 0);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(put(), 0);
-    EXPECT_EQ(count(), 2);
+    EXPECT_EQ(putAnEvent(), 0);
+    EXPECT_EQ(countEvents(), 2);
 }
 
 TEST_F(FaultTest, FileLockedForReadersToo)
@@ -437,7 +395,7 @@ TEST_F(FaultTest, FileLockedForReadersToo)
     {
         const CapturedOutput errors(stderr);
         EXPECT_NE(initialise(), 0);
-        EXPECT_EQ(count(), -1);
+        EXPECT_EQ(countEvents(), -1);
         EXPECT_THAT(errors.text(),
                     HasSubstr("cannot open the database: " + named() + ": the database is locked by another program"));
         EXPECT_THAT(errors.text(),
@@ -447,8 +405,8 @@ TEST_F(FaultTest, FileLockedForReadersToo)
     int status = -1;
     ::waitpid(other, &status, 0);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(count(), 0) << "without a new initialisation";
-    EXPECT_EQ(put(), 0);
+    EXPECT_EQ(countEvents(), 0) << "without a new initialisation";
+    EXPECT_EQ(putAnEvent(), 0);
 }
 
 TEST_F(FaultTest, NewerVersion)
@@ -478,8 +436,8 @@ TEST_F(FaultTest, DefinitionFileThatCannotBeRead)
     for (const auto &[spoil, reason] : cases) {
         std::ofstream(definitions) << "Database=../Own/x.db\n";
         ASSERT_EQ(initialise(), 0);
-        ASSERT_EQ(put(), 0);
-        const int before = count();
+        ASSERT_EQ(putAnEvent(), 0);
+        const int before = countEvents();
         ASSERT_GT(before, 0);
         std::filesystem::remove(definitions);
         spoil(definitions);
@@ -487,8 +445,8 @@ TEST_F(FaultTest, DefinitionFileThatCannotBeRead)
         EXPECT_FALSE(std::filesystem::exists(m_folder.file("Data"))) << "no other database was made";
         std::filesystem::remove(definitions);
         std::ofstream(definitions) << "Database=../Own/x.db\n";
-        EXPECT_EQ(count(), before) << "without a new initialisation";
-        EXPECT_EQ(put(), 0);
+        EXPECT_EQ(countEvents(), before) << "without a new initialisation";
+        EXPECT_EQ(putAnEvent(), 0);
         std::filesystem::remove(definitions);
     }
 }
@@ -511,7 +469,7 @@ TEST_F(FaultTest, DefinitionFileThatMayNotBeRead)
 TEST_F(FaultTest, NoDefinitionFileMeansTheDefaults)
 {
     EXPECT_EQ(initialise(), 0);
-    EXPECT_EQ(put(), 0);
+    EXPECT_EQ(putAnEvent(), 0);
     EXPECT_TRUE(std::filesystem::exists(database()));
 }
 } // namespace

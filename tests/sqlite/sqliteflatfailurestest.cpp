@@ -9,6 +9,7 @@
  */
 #include "LoadDLL.h"
 #include "capturedoutput.h"
+#include "childworld.h"
 #include "data.h"
 #include "sqlitestore.h"
 #include "storetesting.h"
@@ -19,17 +20,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <malloc.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
 namespace
 {
-constexpr int NotPossible = 77;
-
 int failingCalls(int otherwise)
 {
     const char *given = std::getenv("OBRIM_FAILING_CALLS");
@@ -169,13 +165,6 @@ void mount(const Folder &folder, const char *what, const char *type, unsigned lo
         ::_exit(NotPossible);
 }
 
-void ownMounts()
-{
-    const bool alone = ::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
-    if (!alone || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-        ::_exit(NotPossible);
-}
-
 const State States[] = {
     {"Gone", [](const Folder &folder) { std::filesystem::rename(folder.database(), folder.path + "/away.db"); }, All},
     {"FolderGone", [](const Folder &folder) { std::filesystem::rename(folder.path + "/Data", folder.path + "/Away"); },
@@ -307,18 +296,7 @@ protected:
 
 TEST_P(FlatFailures, TakeNoMemoryAndNoDescriptors)
 {
-    std::fflush(nullptr);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        failAgainAndAgain();
-        std::fflush(nullptr);
-        ::_exit(HasFailure() ? 1 : 0);
-    }
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == NotPossible)
-        GTEST_SKIP() << "this machine does not allow it";
-    EXPECT_EQ(status, 0);
+    inChild([this] { failAgainAndAgain(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(, FlatFailures, ::testing::ValuesIn(States),
