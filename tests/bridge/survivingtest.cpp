@@ -158,7 +158,8 @@ void SurvivingTest::theConsoleOutlivesEveryLibrary()
     QVERIFY2(told.mid(at).startsWith("survived " + QByteArray::number(definitions.size() - 1) + ": 59 rows"),
              told.mid(at).constData());
     if (which != "contract")
-        QVERIFY2(told.count(" was killed by SIG") > 5, QByteArray::number(told.count(" was killed by SIG")).constData());
+        QVERIFY2(told.count(" was killed by SIG") > 5,
+                 QByteArray::number(told.count(" was killed by SIG")).constData());
 }
 
 void SurvivingTest::theConsoleStartsAndEndsWithAFaultyLibrary_data()
