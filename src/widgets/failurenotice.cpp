@@ -4,6 +4,7 @@
 
 #include <KLocalizedString>
 #include <KNotification>
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -41,7 +42,9 @@ void showFailureNotice(const char *function, std::optional<int> result)
     const QDBusMessage question = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("GetCapabilities"));
-    auto *watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question));
+    // The application deletes those that still wait at its end.
+    auto *watcher =
+        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), QCoreApplication::instance());
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, event, text] {
         watcher->deleteLater();
         if (!watcher->isError())
