@@ -38,7 +38,7 @@ template <class Judge> Outcome judgeAnswers(const Target &target, Judge judge)
 Outcome checkCount(const Target &target)
 {
     return judgeAnswers(target, [](const auto &fetched) {
-        const std::string count = "the count is " + std::to_string(fetched.count);
+        std::string count = "the count is " + std::to_string(fetched.count);
         if (fetched.count < 0)
             return count;
         if (fetched.count > 0 && !fetched.array)
