@@ -685,6 +685,18 @@ TEST_F(ProgramTest, FaultsAreNamed)
     EXPECT_THAT(textOf("out"), HasSubstr("/proc/nowhere/x.db: "));
 }
 
+TEST_F(ProgramTest, AMistypedFolderIsNamedAndNotMade)
+{
+    const std::string mistyped = m_folder.file("Confg");
+    EXPECT_EQ(end(start({"--config", mistyped, "--fill", "10"})), 2);
+    EXPECT_EQ(textOf("out"), "sensor-sim: --config " + mistyped + ": No such file or directory\n");
+    EXPECT_FALSE(std::filesystem::exists(mistyped));
+    EXPECT_FALSE(std::filesystem::exists(m_database));
+    std::ofstream(mistyped) << "a file";
+    EXPECT_EQ(end(start({"--config", mistyped, "--fill", "10"})), 2);
+    EXPECT_EQ(textOf("out"), "sensor-sim: --config " + mistyped + ": Not a directory\n");
+}
+
 TEST_F(ProgramTest, MakesNoDatabaseWhenTheSettingsCannotBeRead)
 {
     const std::string definitions = m_folder.file("Config/DBLib.def");

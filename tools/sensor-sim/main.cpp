@@ -13,9 +13,11 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 
 namespace
@@ -164,6 +166,16 @@ struct FileCloser {
     }
 };
 
+/** The default database lies beside DIR, and would bring a mistyped DIR into being with it. */
+bool isDirectory(const std::string &path)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error))
+        return true;
+    print("--config " + path + ": " + (error ? error : std::make_error_code(std::errc::not_a_directory)).message());
+    return false;
+}
+
 int play(const Options &options)
 {
     EndSignals signals;
@@ -207,7 +219,7 @@ int main(int argc, char *argv[])
             std::puts("sensor-sim " OBRIM_VERSION);
             return 0;
         }
-        return play(options);
+        return isDirectory(options.configDir) ? play(options) : 2;
     } catch (const std::exception &error) {
         print(error.what());
         return 1;

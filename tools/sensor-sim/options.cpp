@@ -81,8 +81,9 @@ std::string usage()
            "  --help          show this\n"
            "  --version       show the version\n"
            "\n"
-           "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database failed or another sensor-sim plays its\n"
-           "sensors (which does not matter to --fill, nor on a server), 2 for a wrong command line.\n";
+           "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database or the log failed or another sensor-sim\n"
+           "plays its sensors (which does not matter to --fill, nor on a server), 2 for a wrong command line or a\n"
+           "DIR that is not there.\n";
 }
 
 Options parseOptions(int argc, char *const argv[], std::string &fault)
