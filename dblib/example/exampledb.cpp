@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: BSD-2-Clause
 //
-// A complete DB library: two sensors whose records are kept in memory. Each
-// command that the console issues is carried out at once, which is reported
-// as an event.
+// A complete DB library: two sensors whose records are kept in memory, the
+// first of them an event that tells of the start. Each command that the console
+// issues is carried out at once, which is reported as an event.
 #include <obrim/dblib.h>
 
 #include <algorithm>
@@ -47,21 +47,31 @@ void addSensor(int type, const char *name, const char *description)
     sensors.push_back(sensor);
 }
 
-void addEvent(const char *sensor, const char *name, int order)
+// What a sensor reports, without parameters. The console's "Type" goes by the kind of message.
+CMessageEvent report(const CSensor &sensor, const char *name)
 {
     CMessageEvent event;
-    event.MessageType = 1;
-    event.SensorType = 1;
-    setText(event.SensorID, event.LSensorID, sensor);
+    event.MessageType = sensor.SensorType;
+    event.SensorType = sensor.SensorType;
+    setText(event.SensorID, event.LSensorID, sensor.SensorID);
     setText(event.EventName, event.LEventName, name);
     event.EventTime = std::time(nullptr);
+    return event;
+}
+
+void setParameter(CMessageEvent &event, const char *name, int value)
+{
     event.ParNum = 1;
     event.par = new CMessageEventParam[1];
     event.par[0].Type = ParameterInteger;
-    setText(event.par[0].Name, event.par[0].LName, "order");
-    CopyPtr(&event.par[0].Val, &event.par[0].LVal, reinterpret_cast<const char *>(&order), int(sizeof(order)));
-    event.MessageID = ++lastEvent;
+    setText(event.par[0].Name, event.par[0].LName, name);
+    CopyPtr(&event.par[0].Val, &event.par[0].LVal, reinterpret_cast<const char *>(&value), int(sizeof(value)));
+}
+
+void addEvent(const CMessageEvent &event)
+{
     events.push_back(event);
+    events.back().MessageID = ++lastEvent;
 }
 
 // Gives out copies of `chosen`. The console copies them again and then calls for their release.
@@ -112,7 +122,8 @@ template <class Record> void erase(std::vector<Record> &all, int Record::*identi
 int FInitDBSensors(const char *)
 {
     return guarded([] {
-        sensors.clear(); // initialisation may come again
+        if (!sensors.empty())
+            return; // initialisation may come again: what is there stays
         addSensor(1, "analyser", "Analyses nothing in particular");
         addSensor(3, "receiver", "Receives what there is");
     });
@@ -120,7 +131,10 @@ int FInitDBSensors(const char *)
 
 int FInitDBEvents(const char *)
 {
-    return 0;
+    return guarded([] {
+        if (lastEvent == 0)
+            addEvent(report(sensors.at(0), "started"));
+    });
 }
 
 int FInitDBCommands(const char *)
@@ -169,7 +183,9 @@ int FDBPutCommand(CMessageCommand *command)
         for (CSensor &sensor : sensors) {
             if (command->SensorID && std::strcmp(sensor.SensorID, command->SensorID) == 0) {
                 sensor.MessageType = command->CommandType == CommandKill ? SensorDead : SensorAlive;
-                addEvent(sensor.SensorID, "command", command->CommandType);
+                CMessageEvent done = report(sensor, "command");
+                setParameter(done, "order", command->CommandType);
+                addEvent(done);
             }
         }
     });
@@ -177,10 +193,7 @@ int FDBPutCommand(CMessageCommand *command)
 
 int FDBPutEvent(CMessageEvent *event)
 {
-    return guarded([=] {
-        events.push_back(*event);
-        events.back().MessageID = ++lastEvent;
-    });
+    return guarded([=] { addEvent(*event); });
 }
 
 int FDBDeleteCommand(int id)

@@ -52,6 +52,13 @@ struct Records {
     }
 };
 
+void initialise()
+{
+    QCOMPARE(InitDBSensors("/"), 0);
+    QCOMPARE(InitDBEvents("/"), 0);
+    QCOMPARE(InitDBCommands("/"), 0);
+}
+
 void put(const char *sensor, int order)
 {
     CMessageCommand command;
@@ -68,8 +75,9 @@ class TestExampleDB : public QObject
 private slots:
     void initTestCase();
     void itExportsTheTenFunctionsAndNeedsNoToolkit();
-    void itStartsWithTwoSensorsAndNothingElse();
+    void itStartsWithTwoSensorsAndOneEvent();
     void aCommandIsStoredAndReportedAsAnEvent();
+    void initialisedAgainItKeepsWhatItHas();
     void lastComesNewestFirstAndFirstOldestFirst();
     void whatIsNewSinceAnIdentifierComesAscending();
     void noRecordsAreGivenForNMaxZero();
@@ -83,9 +91,7 @@ void TestExampleDB::initTestCase()
     forgetLibrary();
     QCOMPARE(LoadDLL(folder()), 0);
     QCOMPARE(pointersSet(), QByteArray("1111111111"));
-    QCOMPARE(InitDBSensors("/"), 0);
-    QCOMPARE(InitDBEvents("/"), 0);
-    QCOMPARE(InitDBCommands("/"), 0);
+    initialise();
 }
 
 void TestExampleDB::itExportsTheTenFunctionsAndNeedsNoToolkit()
@@ -105,14 +111,17 @@ void TestExampleDB::itExportsTheTenFunctionsAndNeedsNoToolkit()
     QVERIFY2(!needed.contains("libQt") && !needed.contains("libKF"), needed);
 }
 
-void TestExampleDB::itStartsWithTwoSensorsAndNothingElse()
+void TestExampleDB::itStartsWithTwoSensorsAndOneEvent()
 {
     Records records;
     records.fetch();
     QCOMPARE(records.sensorCount, 2);
     QCOMPARE(records.sensors[0].SensorID, "analyser");
     QCOMPARE(records.sensors[1].MessageType, int(SensorAlive));
-    QCOMPARE(records.eventCount, 0);
+    QCOMPARE(records.eventCount, 1);
+    QCOMPARE(records.events[0].EventName, "started");
+    QCOMPARE(records.events[0].SensorID, "analyser");
+    QCOMPARE(records.events[0].MessageID, 1);
     QCOMPARE(records.commandCount, 0);
 }
 
@@ -124,13 +133,25 @@ void TestExampleDB::aCommandIsStoredAndReportedAsAnEvent()
     QCOMPARE(records.commandCount, 1);
     QCOMPARE(records.commands[0].SensorID, "receiver");
     QCOMPARE(records.commands[0].CommandID, 1);
-    QCOMPARE(records.eventCount, 1);
+    QCOMPARE(records.eventCount, 2);
     QCOMPARE(records.events[0].EventName, "command");
+    QCOMPARE(records.events[0].MessageType, records.sensors[1].SensorType);
     QCOMPARE(records.events[0].par[0].Name, "order");
     int order = 0;
     std::memcpy(&order, records.events[0].par[0].Val, sizeof(order));
     QCOMPARE(order, int(CommandKill));
     QCOMPARE(records.sensors[1].MessageType, int(SensorDead));
+}
+
+void TestExampleDB::initialisedAgainItKeepsWhatItHas()
+{
+    initialise();
+    Records records;
+    records.fetch();
+    QCOMPARE(records.sensorCount, 2);
+    QCOMPARE(records.sensors[1].MessageType, int(SensorDead));
+    QCOMPARE(records.eventCount, 2);
+    QCOMPARE(records.commandCount, 1);
 }
 
 void TestExampleDB::lastComesNewestFirstAndFirstOldestFirst()
@@ -155,9 +176,9 @@ void TestExampleDB::whatIsNewSinceAnIdentifierComesAscending()
     records.eventRequest.MessageID0 = 2;
     records.eventRequest.UseMessageID0 = 1;
     records.fetch();
-    QCOMPARE(records.eventCount, 2);
+    QCOMPARE(records.eventCount, 3);
     QCOMPARE(records.events[0].MessageID, 2);
-    QCOMPARE(records.events[1].MessageID, 3);
+    QCOMPARE(records.events[2].MessageID, 4);
 }
 
 void TestExampleDB::noRecordsAreGivenForNMaxZero()
@@ -182,8 +203,8 @@ void TestExampleDB::aDeletedRecordIsGoneAndItsIdentifierIsNotUsedAgain()
     QCOMPARE(records.commandCount, 3);
     QCOMPARE(records.commands[0].CommandID, 4);
     QCOMPARE(records.commands[1].CommandID, 2);
-    QCOMPARE(records.eventCount, 3);
-    QCOMPARE(records.events[0].MessageID, 4);
+    QCOMPARE(records.eventCount, 4);
+    QCOMPARE(records.events[0].MessageID, 5);
     QVERIFY(!records.events[0].EventName);
 }
 
