@@ -174,6 +174,7 @@ set(CHECKER_FAULTS
     sensor-type-ignored
     sensors-kept
     server
+    seventh-events-short
     size-half
     size-query-empties
     size-unstable
@@ -191,6 +192,7 @@ set(CHECKER_FAULTS
     text-null
     text-unterminated
     thread-each-fetch
+    thread-with-mask
     throws
     throws-number
     time-cut

@@ -25,7 +25,7 @@ template <class Kind> void fetchOnce(const Library &library, const typename Kind
  * grow with it. Where they do, it goes on for as many times again: a cache
  * stops growing, a leak does not.
  */
-Outcome endure(const Target &target, const std::string &plural, int times, const Deed &deed)
+Outcome endureAll(const Target &target, const std::string &plural, int times, const Deed &deed)
 {
     // What is kept of freed blocks grows until it is full, and counts as the program's memory.
     Heap::keepFewFreed();
@@ -59,6 +59,36 @@ Outcome endure(const Target &target, const std::string &plural, int times, const
     }
     return failed(steadyGrowth(moments, mostMoments, half) + " were not given back over " +
                   std::to_string((mostMoments - 1) * half) + " " + plural);
+}
+
+/** The threads and descriptors that came to be between two moments, when they are many; empty when not. */
+std::string pileOf(const Usage &before, const Usage &after)
+{
+    constexpr int many = 20;
+    if (after.threads - before.threads >= many)
+        return std::to_string(after.threads - before.threads) + " threads";
+    if (after.descriptors - before.descriptors >= many)
+        return std::to_string(after.descriptors - before.descriptors) + " descriptors";
+    return {};
+}
+
+/** The same. Where the system refuses to go on, what has piled up by then is named, not only what was refused. */
+Outcome endure(const Target &target, const std::string &plural, int times, const Deed &deed)
+{
+    const Usage start = Usage::now();
+    int done = 0;
+    try {
+        return endureAll(target, plural, times, [&](int i) {
+            deed(i);
+            done = i + 1;
+        });
+    } catch (const Outcome &refused) {
+        const std::string pile = pileOf(start, Usage::now());
+        if (refused.verdict != Verdict::Fail || pile.empty())
+            throw;
+        return failed(pile + " were not given back over " + std::to_string(done) + " " + plural +
+                      ", and then: " + refused.finding);
+    }
 }
 
 /** Fetch number `i` of a long day, from both ends. */

@@ -167,7 +167,8 @@ constexpr std::size_t MostGiven = 700;
 template <class Record> std::vector<const Record *> altered(std::vector<const Record *> records)
 {
     static int answers = 0;
-    const bool changes = fault("answers-change") && ++answers % 5 == 4;
+    const bool changes = (fault("answers-change") && ++answers % 5 == 4) ||
+                         (fault("seventh-events-short") && std::is_same_v<Record, CMessageEvent> && ++answers % 7 == 0);
     const bool disturbed = fault("open-array-short") && openCount > 0;
     if ((changes || disturbed) && records.size() > 1)
         records.pop_back();

@@ -294,6 +294,8 @@ void misbehaveFor(const CMessageEventRequest &request)
     }
     if (fault("leak-with-mask") && request.UseSensorID)
         loseBytes(8);
+    if (fault("thread-with-mask") && request.UseSensorID)
+        leaveThread();
     if (fault("leak-with-time") && request.UseEventTime0)
         loseBytes(8);
 }
