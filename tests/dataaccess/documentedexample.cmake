@@ -5,7 +5,7 @@
 #
 # The page for authors shows the examples whole: they must say the same.
 file(READ ${PAGE} page)
-foreach(file example/exampledb.cpp example/CMakeLists.txt examplec/examplecdb.c)
+foreach(file example/exampledb.cpp example/CMakeLists.txt examplec/examplecdb.c examplepy/examplepydb.py)
     file(READ ${EXAMPLES}/${file} example)
     string(FIND "${page}" "\n${example}```\n" at)
     if(at EQUAL -1)

@@ -47,7 +47,11 @@ endforeach()
 run(${WORK}/installed/bin/dblib-new --help)
 run(${WORK}/installed/bin/dblib-new --version)
 
-foreach(language c++ c)
+set(languages c++ c)
+if(NOT FLAGS MATCHES "-fsanitize") # Python leaves its memory to the program's end
+    list(APPEND languages python)
+endif()
+foreach(language ${languages})
     set(name plant-${language})
     string(REPLACE "+" "x" name ${name})
     run(${WORK}/installed/bin/dblib-new --${language} ${name})
@@ -55,7 +59,7 @@ foreach(language c++ c)
     run(${CMAKE_COMMAND} -S ${name} -B ${name}/build -G ${GENERATOR} -D CMAKE_PREFIX_PATH=${WORK}/installed
         -D CMAKE_C_COMPILER=${C_COMPILER} -D CMAKE_C_FLAGS=${FLAGS}
         -D CMAKE_CXX_COMPILER=${CXX_COMPILER} -D CMAKE_CXX_FLAGS=${FLAGS} --no-warn-unused-cli
-        -D CMAKE_DISABLE_FIND_PACKAGE_Qt5=ON -D CMAKE_DISABLE_FIND_PACKAGE_Qt6=ON)
+        -D Python3_EXECUTABLE=/usr/bin/python3 -D CMAKE_DISABLE_FIND_PACKAGE_Qt5=ON -D CMAKE_DISABLE_FIND_PACKAGE_Qt6=ON)
     run(${CMAKE_COMMAND} --build ${name}/build)
     run(${WORK}/installed/bin/dblib-check --write --only-failed --fetches 1000 --records 1000
         ${name}/build/installation/Libs/DBLib.a)
