@@ -54,13 +54,16 @@ done
 XDG_RUNTIME_DIR="$stage" "$stage$bin/obrim" --version >"$stage/version"
 grep -q '^obrim [0-9]' "$stage/version" || fail "the installed program does not tell its version"
 
-for tool in sensor-sim dblib-check dblib-new; do
-    "$stage$bin/$tool" --version >"$stage/version"
-    grep -qx "$tool [0-9.]*" "$stage/version" || fail "$tool does not tell its version"
-    "$stage$bin/$tool" --help >"$stage/help"
+for file in "$stage$bin/"{obrimctl,sensor-sim,dblib-check,dblib-new} "$stage$lib"/obrim/bridge/dblib-host-*; do
+    tool=${file##*/}
+    "$file" --version >"$stage/version"
+    grep -qx "${tool%-[0-9]*} [0-9.]*" "$stage/version" || fail "$tool does not tell its version"
+    "$file" --help >"$stage/help"
     grep -qi '^exit status' "$stage/help" || grep -q 'Exit status: 0' "$stage/help" ||
         fail "$tool does not say what its exit statuses mean"
-    ! "$stage$bin/$tool" --no-such-option >"$stage/help" 2>&1 || fail "$tool takes an option that it does not know"
+    status=0
+    "$file" --no-such-option >"$stage/help" 2>&1 || status=$?
+    ((status == 2)) || fail "$tool ends with $status, not 2, for an option that it does not know"
 done
 
 # A new installation on what was installed, as docs/sqlite.md tells an operator to set it up.

@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <string>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -106,14 +107,34 @@ Received receive(Channel &channel)
             send(channel, received->number(), std::string_view(answer.small));
     }
 }
+
+constexpr int WrongCommandLine = 2;
+
+/** For whoever starts it by hand; the exit status. */
+int tell(const std::string &option)
+{
+    if (option == "--version") {
+        std::puts("dblib-host " OBRIM_VERSION);
+        return EXIT_SUCCESS;
+    }
+    if (option == "--help") {
+        std::printf("Usage: dblib-host --help | --version\n"
+                    "The process that the bridge has a DB library work in, which the bridge starts by itself.\n"
+                    "\n"
+                    "Exit status: 0 when it was told to end, 1 when the program that started it had ended already,\n"
+                    "2 for a wrong command line, %d when the connection to that program was damaged.\n",
+                    HostLostConnection);
+        return EXIT_SUCCESS;
+    }
+    std::fprintf(stderr, "dblib-host is started by the bridge of the DB libraries, not by hand\n");
+    return WrongCommandLine;
+}
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc != 5 || fcntl(HostDescriptor, F_SETFD, FD_CLOEXEC) != 0) {
-        std::fprintf(stderr, "dblib-host is started by the bridge of the DB libraries, not by hand\n");
-        return EXIT_FAILURE;
-    }
+    if (argc != 5 || fcntl(HostDescriptor, F_SETFD, FD_CLOEXEC) != 0)
+        return tell(argc == 2 ? argv[1] : "");
     endWithParent(pid_t(std::atol(argv[1])));
     limitMemory(std::atoi(argv[2]));
     try {
