@@ -52,6 +52,7 @@ set(CHECKER_FAULTS
     delete-falls-through
     delete-first-of-time
     delete-ignored
+    delete-leaks-descriptor
     delete-neighbour
     delete-same-time
     delete-takes-command
@@ -138,6 +139,7 @@ set(CHECKER_FAULTS
     print-at-load
     print-at-put
     print-error
+    put-changes-locale
     put-crashes
     put-crawls
     put-ignored

@@ -8,10 +8,11 @@ std::vector<Check> gathered()
 {
     std::vector<Check> all;
     for (const auto &group :
-         {fileChecks(),    preparationChecks(), sequenceChecks(),   stabilityChecks(), initialisationChecks(),
-          processChecks(), stateChecks(),       fetchChecks(),      releaseChecks(),   memoryChecks(),
-          textChecks(),    filterChecks(),      limitChecks(),      orderChecks(),     enduranceChecks(),
-          putChecks(),     deleteChecks(),      identifierChecks(), restartChecks(),   manyRecordsChecks()})
+         {fileChecks(),       preparationChecks(), sequenceChecks(), stabilityChecks(),  initialisationChecks(),
+          processChecks(),    stateChecks(),       fetchChecks(),    releaseChecks(),    memoryChecks(),
+          textChecks(),       filterChecks(),      limitChecks(),    orderChecks(),      enduranceChecks(),
+          putChecks(),        writeStateChecks(),  deleteChecks(),   identifierChecks(), restartChecks(),
+          manyRecordsChecks()})
         all.insert(all.end(), group.begin(), group.end());
     return all;
 }

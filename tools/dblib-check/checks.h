@@ -105,6 +105,7 @@ std::vector<Check> releaseChecks();
 std::vector<Check> memoryChecks();
 std::vector<Check> processChecks();
 std::vector<Check> stateChecks();
+std::vector<Check> writeStateChecks();
 std::vector<Check> textChecks();
 std::vector<Check> stabilityChecks();
 std::vector<Check> filterChecks();

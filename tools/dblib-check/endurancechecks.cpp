@@ -61,17 +61,6 @@ Outcome endureAll(const Target &target, const std::string &plural, int times, co
                   std::to_string((mostMoments - 1) * half) + " " + plural);
 }
 
-/** The threads and descriptors that came to be between two moments, when they are many; empty when not. */
-std::string pileOf(const Usage &before, const Usage &after)
-{
-    constexpr int many = 20;
-    if (after.threads - before.threads >= many)
-        return std::to_string(after.threads - before.threads) + " threads";
-    if (after.descriptors - before.descriptors >= many)
-        return std::to_string(after.descriptors - before.descriptors) + " descriptors";
-    return {};
-}
-
 /** The same. Where the system refuses to go on, what has piled up by then is named, not only what was refused. */
 Outcome endure(const Target &target, const std::string &plural, int times, const Deed &deed)
 {

@@ -135,15 +135,6 @@ template <class Kind> bool putLeavesRecord(const Library &library, const typenam
     return same(given, expected);
 }
 
-/** Calls `act` with each kind that the library can put. */
-template <class Act> void forEachPut(const Library &library, Act act)
-{
-    if (library.has(EventKind::Put))
-        act(EventKind());
-    if (library.has(CommandKind::Put))
-        act(CommandKind());
-}
-
 Outcome checkPutUnchanged(const Target &target)
 {
     const Session session(target);
@@ -219,32 +210,16 @@ Outcome checkPutOverrun(const Target &target)
 
 // Putting and deleting many.
 
-template <class Kind> void writeAndDelete(const Library &library, std::mt19937 &random)
-{
-    for (int number = 0; number < 50; ++number) {
-        put<Kind>(library, Kind::sample(number, random));
-        if (number % 3 == 0 && library.has(Kind::Remove))
-            for (int id : askIds<Kind>(library, plain<Kind>(1, false)))
-                remove<Kind>(library, id);
-    }
-}
-
-void writeAndDeleteAll(const Session &session, const Target &target)
-{
-    std::mt19937 random(target.seed);
-    forEachPut(session.library, [&](auto kind) { writeAndDelete<decltype(kind)>(session.library, random); });
-}
-
 Outcome checkWriteSilent(const Target &target)
 {
-    writeAndDeleteAll(Session(target), target);
+    writeAndDelete(Session(target).library, target);
     return passed();
 }
 
 Outcome checkWriteMemory(const Target &target)
 {
     const Session session(target);
-    writeAndDeleteAll(session, target);
+    writeAndDelete(session.library, target);
     useAsConsole(session.library);
     const Heap::Faults faults = Heap::faults();
     return faults.any() ? failed(faults.text()) : passed();

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "checks.h"
 #include "signalname.h"
+#include "usage.h"
+#include "writing.h"
 
 #include <cfenv>
 #include <clocale>
@@ -145,6 +146,21 @@ Outcome checkProcessState(const Target &target)
     return changed.empty() ? passed() : failed(changed);
 }
 
+Outcome checkWriteState(const Target &target)
+{
+    takeBuffers();
+    const ProcessState before = processState();
+    const Session session(target);
+    const Usage start = Usage::now();
+    for (int round = 0; round < 2; ++round)
+        writeAndDelete(session.library, target);
+    const std::string pile = pileOf(start, Usage::now());
+    if (!pile.empty())
+        return failed(pile + " were left behind by a hundred puts and deletions");
+    const std::string changed = changedState(before, processState());
+    return changed.empty() ? passed() : failed(changed);
+}
+
 // Files of the configuration directory.
 
 using Files = std::map<std::string, std::string>;
@@ -223,4 +239,16 @@ std::vector<Check> stateChecks()
         {"config-files", "the files of the configuration directory are only read",
          "The installation's settings or the console's test data are lost or become others.", checkConfigFiles},
     };
+}
+
+std::vector<Check> writeStateChecks()
+{
+    return asWriting({
+        {"write-state",
+         "working directory, locale and the like, open files and threads stay as they are while records are put and "
+         "deleted",
+         "The console shows numbers or times wrongly, or goes down after many commands.",
+         checkWriteState,
+         {"fill", "process-state", "processes", "event-put", "command-put"}},
+    });
 }

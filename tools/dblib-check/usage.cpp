@@ -64,3 +64,13 @@ std::string steadyGrowth(const Usage *moments, int count, int calls)
 #endif
     return {};
 }
+
+std::string pileOf(const Usage &before, const Usage &after)
+{
+    constexpr int many = 20;
+    if (after.threads - before.threads >= many)
+        return std::to_string(after.threads - before.threads) + " threads";
+    if (after.descriptors - before.descriptors >= many)
+        return std::to_string(after.descriptors - before.descriptors) + " descriptors";
+    return {};
+}

@@ -24,3 +24,6 @@ struct Usage {
  * did. Growth of less than a byte in eight calls counts as none.
  */
 std::string steadyGrowth(const Usage *moments, int count, int calls);
+
+/** The threads or descriptors that came to be between two moments, in words, when they are many; empty when not. */
+std::string pileOf(const Usage &before, const Usage &after);

@@ -36,7 +36,23 @@ void awaitLeaving(pid_t process)
     }
     std::exit(0);
 }
+
+template <class Kind> void writeAndDeleteSome(const Library &library, std::mt19937 &random)
+{
+    for (int number = 0; number < 50; ++number) {
+        put<Kind>(library, Kind::sample(number, random));
+        if (number % 3 == 0 && library.has(Kind::Remove))
+            for (int id : askIds<Kind>(library, plain<Kind>(1, false)))
+                remove<Kind>(library, id);
+    }
+}
 } // namespace
+
+void writeAndDelete(const Library &library, const Target &target)
+{
+    std::mt19937 random(target.seed);
+    forEachPut(library, [&](auto kind) { writeAndDeleteSome<decltype(kind)>(library, random); });
+}
 
 void setId(CMessageEvent &event, int id)
 {

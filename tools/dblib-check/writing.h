@@ -122,6 +122,18 @@ private:
     std::vector<int> m_known;
 };
 
+/** Calls `act` with each kind that the library can put. */
+template <class Act> void forEachPut(const Library &library, Act act)
+{
+    if (library.has(EventKind::Put))
+        act(EventKind());
+    if (library.has(CommandKind::Put))
+        act(CommandKind());
+}
+
+/** Puts fifty records of each kind and deletes every third. */
+void writeAndDelete(const Library &library, const Target &target);
+
 /** Memory that a process shares with those that it forks from then on. */
 template <class Value> class SharedValue
 {

@@ -217,7 +217,8 @@ template <class Record> int answer(int *n, Record **array, const std::vector<con
 /** Whether this build keeps what is put in a file of the configuration directory. */
 bool isLasting()
 {
-    const char *const lasting[] = {"persistent", "reused-after-restart", "print-at-put", "large-cut", "large-refused"};
+    const char *const lasting[] = {"persistent", "reused-after-restart", "print-at-put",
+                                   "large-cut",  "large-refused",        "put-changes-locale"};
     return std::strncmp(FaultName, "restart-", 8) == 0 || std::any_of(std::begin(lasting), std::end(lasting), fault);
 }
 
@@ -353,5 +354,6 @@ int Functions::deleteCommand(int id)
 int Functions::deleteEvent(int id)
 {
     removeEvent(id);
+    misbehaveAtDelete();
     return 0;
 }

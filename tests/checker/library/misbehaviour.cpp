@@ -322,10 +322,18 @@ void changeRequest(CMessageEventRequest &request)
         reinterpret_cast<volatile char *>(&request)[sizeof(request)] = 0;
 }
 
+void misbehaveAtDelete()
+{
+    if (fault("delete-leaks-descriptor"))
+        (void)!open("/dev/null", O_RDONLY);
+}
+
 void misbehaveAtPut(CMessageEvent &event)
 {
     if (fault("print-at-put"))
         std::puts("stored");
+    if (fault("put-changes-locale"))
+        std::setlocale(LC_NUMERIC, "C.UTF-8");
     if (fault("put-overrun")) {
         char *text = new char[16];
         static volatile int past = 16;

@@ -15,6 +15,7 @@ void misbehaveAtFetch();
 void misbehaveFor(const CMessageEventRequest &request);
 void changeRequest(CMessageEventRequest &request);
 void misbehaveAtPut(CMessageEvent &event);
+void misbehaveAtDelete();
 
 /** Loses so many bytes for good. */
 void loseBytes(std::size_t count);
