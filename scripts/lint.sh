@@ -54,6 +54,17 @@ lint_files() {
     }
 }
 
+# The version is CMake's. What CMake writes no part of has it from people.
+lint_version() {
+    local version odd
+    version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$repository/CMakeLists.txt")
+    odd=$(cd "$repository" && grep -rnE 'find_package\(ObrimDB ' dblib docs | grep -vF "(ObrimDB $version ")
+    [[ -n $version && -z $odd ]] || {
+        printf 'not of version %s:\n%s\n' "$version" "$odd" >&2
+        return 1
+    }
+}
+
 lint_layers() { python3 "$scripts/check-layers.py" "$repository" "$build_root/$target_name"; }
 
 # tidy FOLDERS [OPTION...]: analyse the sources and headers in these folders, a pattern.
@@ -83,7 +94,7 @@ command_lint() {
     is_native || die "lint runs on Debian 12: its clang is the one that the sources are formatted with"
     need_packages build "$(toolkit_list)" test lint
     build_preset "$target_name"
-    for check in format files layers shell licences messages metainfo tidy names; do
+    for check in format files version layers shell licences messages metainfo tidy names; do
         say "lint: $check"
         "lint_$check" || failed+=("$check")
     done

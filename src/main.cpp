@@ -46,7 +46,7 @@ void setRuntimeDirectory()
 
 KAboutData aboutData()
 {
-    KAboutData about(QStringLiteral("obrim"), QStringLiteral("obrim"), QStringLiteral("0.1"), QString(),
+    KAboutData about(QStringLiteral("obrim"), QStringLiteral("obrim"), QStringLiteral(OBRIM_VERSION), QString(),
                      KAboutLicense::GPL, QStringLiteral("© 2026 The obrim developers"), QString(), QString(),
                      QStringLiteral("obrim@localhost"));
     about.addAuthor(QStringLiteral("The obrim developers"));

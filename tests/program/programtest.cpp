@@ -371,7 +371,7 @@ void TestProgram::aSessionWithoutWindowsEnds()
 void TestProgram::versionAndHelp()
 {
     const Run version = drive("", {"--version"}, OBRIM_PROGRAM);
-    QCOMPARE(version.out, QString("obrim 0.1\n"));
+    QCOMPARE(version.out, QString("obrim " PROJECT_VERSION "\n"));
     QCOMPARE(version.status, 0);
     const Run help = drive("", {"--help"}, OBRIM_PROGRAM);
     QVERIFY(help.out.contains("A KDE KPart Application"));
