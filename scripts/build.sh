@@ -13,6 +13,9 @@ drop_moved_cache() {
     rm -rf "$cache" "$build_root/$1/CMakeFiles"
 }
 
+# What the suite runs, and what the analysis of all sources reads.
+readonly everything=(all tests/all)
+
 # build_preset PRESET [NINJA-TARGET...]: configure and build build/PRESET.
 build_preset() {
     local preset=$1 target

@@ -115,7 +115,7 @@ command_coverage() {
     set_job_count
     choose_target ''
     need_packages build "$(toolkit_list)" test display coverage
-    build_preset coverage
+    build_preset coverage "${everything[@]}"
     find "$build_root/coverage" -name '*.gcda' -delete
     run_ctest coverage
     mkdir -p "$folder"

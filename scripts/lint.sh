@@ -93,7 +93,7 @@ command_lint() {
     choose_target ''
     is_native || die "lint runs on Debian 12: its clang is the one that the sources are formatted with"
     need_packages build "$(toolkit_list)" test lint
-    build_preset "$target_name"
+    build_preset "$target_name" "${everything[@]}"
     for check in format files version layers shell licences messages metainfo tidy names; do
         say "lint: $check"
         "lint_$check" || failed+=("$check")

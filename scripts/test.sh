@@ -21,7 +21,7 @@ test_natively() {
     local preset=$1
     shift
     need_packages build "$(toolkit_list)" test display
-    build_preset "$preset"
+    build_preset "$preset" "${everything[@]}"
     run_ctest "$preset" "$@"
 }
 
