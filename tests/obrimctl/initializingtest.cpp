@@ -256,7 +256,7 @@ protected:
 TEST_F(InitializingInstalled, ASqliteDatabaseIsMadeForItsGroup)
 {
     EXPECT_THAT(errorsOf("sqlite", 1), HasSubstr("the DB library for sqlite is not installed"));
-    const std::string library = install("DBLib.a");
+    const std::string library = install("sqlite.so");
     EXPECT_EQ(errorsOf("sqlite", 0), "");
     EXPECT_EQ(std::filesystem::read_symlink(m_base + "/Libs/DBLib.a"), library);
     EXPECT_EQ(rights(m_base + "/Data"), 02770U);
@@ -268,7 +268,7 @@ TEST_F(InitializingInstalled, ASqliteDatabaseIsMadeForItsGroup)
 
 TEST_F(InitializingInstalled, ADatabaseOnAServerIsNamedByItsConnection)
 {
-    const std::string library = install("postgresql/DBLib.a");
+    const std::string library = install("postgresql.so");
     EXPECT_EQ(errorsOf("postgresql:host=db dbname=plant password=a=b", 0), "");
     EXPECT_EQ(std::filesystem::read_symlink(m_base + "/Libs/DBLib.a"), library);
     EXPECT_THAT(text(m_base + "/Config/DBLib.def"), EndsWith("\nConnection=host=db dbname=plant password=a=b\n"));
@@ -278,7 +278,7 @@ TEST_F(InitializingInstalled, ADatabaseOnAServerIsNamedByItsConnection)
 
 TEST_F(InitializingInstalled, AConnectionThatIsNoLineOfSettingsIsRefused)
 {
-    install("postgresql/DBLib.a");
+    install("postgresql.so");
     EXPECT_THAT(errorsOf("postgresql", 2), HasSubstr("postgresql:CONNECTION"));
     EXPECT_THAT(errorsOf("postgresql:", 2), HasSubstr("postgresql:CONNECTION"));
     EXPECT_THAT(errorsOf("postgresql:host=db\nDatabase=x", 2), HasSubstr("CONNECTION must be one line of text"));

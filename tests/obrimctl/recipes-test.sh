@@ -23,7 +23,7 @@ fail() {
 rm -rf "$folder"
 mkdir -p "$bin" "$lib/obrim"
 cp "$program" "$simulator" "$bin"
-cp "$library" "$lib/obrim/DBLib.a"
+cp "$library" "$lib/obrim/sqlite.so"
 PATH=$bin:$PATH
 plant=$folder/plant
 

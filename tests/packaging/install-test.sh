@@ -21,9 +21,9 @@ fail() {
 
 DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
 
-for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$bin/dblib-new" "$lib/obrim/DBLib.a" \
-    "$lib/obrim/bridge/DBLib.a" "$lib/obrim/recorder/DBLib.a" "$lib/obrim/player/DBLib.a" \
-    "$lib/obrim/postgresql/DBLib.a" "$data/obrim/postgresql/1.sql" \
+for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$bin/dblib-new" "$lib/obrim/sqlite.so" \
+    "$lib/obrim/bridge.so" "$lib/obrim/recorder.so" "$lib/obrim/player.so" \
+    "$lib/obrim/postgresql.so" "$data/obrim/postgresql/1.sql" \
     "$data/obrim/postgresql/roles.sql" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" \
     "$data/icons/hicolor/scalable/apps/obrim.svg" "$data/icons/hicolor/48x48/apps/obrim.png" \
     "$data/bash-completion/completions/obrimctl" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
@@ -46,7 +46,7 @@ width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
 [[ $width == *'48 x 48'* ]] || fail "the icon of 48 pixels is: $width"
 
 # What is installed must not look for libraries in the build folder.
-for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/DBLib.a"; do
+for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$lib/obrim/sqlite.so"; do
     readelf -d "$stage$file" >"$stage/dynamic"
     ! grep -qE 'RPATH|RUNPATH' "$stage/dynamic" || fail "$file carries the build's library path"
 done
@@ -70,15 +70,15 @@ done
 plant=$stage/plant
 mkdir -p "$plant/bin" "$plant/Libs" "$plant/Config" "$plant/Pics"
 touch "$plant/Pics/Red.bmp"
-ln -s "$stage$lib/obrim/DBLib.a" "$plant/Libs/DBLib.a"
+ln -s "$stage$lib/obrim/sqlite.so" "$plant/Libs/DBLib.a"
 "$stage$bin/sensor-sim" --config "$plant/Config" --sensors 6 --fill 500 >"$stage/sim" ||
     fail "the installed simulator does not fill the installation: $(cat "$stage/sim")"
 "$stage$bin/dblib-check" --only file --only load --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
     fail "the installed checker does not like the installed library: $(cat "$stage/check")"
 
 # The same library behind the bridge, which finds its host where it was installed.
-ln -sf "$stage$lib/obrim/bridge/DBLib.a" "$plant/Libs/DBLib.a"
-echo "Library=$stage$lib/obrim/DBLib.a" >"$plant/Config/DBLib.def"
+ln -sf "$stage$lib/obrim/bridge.so" "$plant/Libs/DBLib.a"
+echo "Library=$stage$lib/obrim/sqlite.so" >"$plant/Config/DBLib.def"
 "$stage$bin/dblib-check" --only load --only initialise --only event-order "$plant/Libs/DBLib.a" >"$stage/check" ||
     fail "the installed checker does not like the installed bridge: $(cat "$stage/check")"
 ! grep -q "^warn" "$stage/check" || fail "the installed bridge does not come to work: $(cat "$stage/check")"
@@ -86,7 +86,7 @@ echo "Library=$stage$lib/obrim/DBLib.a" >"$plant/Config/DBLib.def"
 # The same by the tool for the shell, which finds the library beside itself, wherever that is.
 XDG_DATA_HOME=$stage/home "$stage$bin/obrimctl" init "$stage/tooled" --database sqlite --desktop-entry >"$stage/init" ||
     fail "the installed tool makes no installation"
-[[ $stage/tooled/Libs/DBLib.a -ef $stage$lib/obrim/DBLib.a ]] || fail "the tool links to another library"
+[[ $stage/tooled/Libs/DBLib.a -ef $stage$lib/obrim/sqlite.so ]] || fail "the tool links to another library"
 "$stage$bin/obrimctl" -C "$stage/tooled" status >"$stage/status" || fail "it is not well: $(cat "$stage/status")"
 entry=$(echo "$stage"/home/applications/*.desktop)
 desktop-file-validate "$entry" || fail "its menu entry is not valid"

@@ -54,7 +54,7 @@ trap '[[ -z $simulator_pid ]] || kill "$simulator_pid"' EXIT
 
 rm -rf "$folder"
 mkdir -p "$folder"
-run 'ln -s' "s|/srv/plant|\"$folder\"|; s|/usr/local/lib/obrim/DBLib.a|\"$library\"|"
+run 'ln -s' "s|/srv/plant|\"$folder\"|; s|/usr/local/lib/obrim/sqlite.so|\"$library\"|"
 [[ -f $folder/Libs/DBLib.a && -f $folder/Pics/Red.bmp && -d $folder/bin && -d $folder/Config ]] ||
     fail 'no installation was set up'
 

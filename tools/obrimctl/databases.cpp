@@ -35,14 +35,14 @@ struct KnownDatabase {
 };
 
 const KnownDatabase KnownDatabases[] = {
-    {"sqlite", Value::None, "", "obrim/DBLib.a",
+    {"sqlite", Value::None, "", "obrim/sqlite.so",
      "% Settings of the SQLite database.\n"
      "% The file; a relative path counts from this folder.\n"
      "Database=../Data/installation.db\n"
      "% A sensor that gave no sign of life for so many seconds counts as dead.\n"
      "DeadAfter=10\n",
      true},
-    {"postgresql", Value::Setting, "CONNECTION", "obrim/postgresql/DBLib.a",
+    {"postgresql", Value::Setting, "CONNECTION", "obrim/postgresql.so",
      "% Settings of the PostgreSQL database.\n"
      "% A sensor that gave no sign of life for so many seconds counts as dead.\n"
      "DeadAfter=10\n"
