@@ -59,6 +59,7 @@ lint_version() {
     local version odd
     version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$repository/CMakeLists.txt")
     odd=$(cd "$repository" && grep -rnE 'find_package\(ObrimDB ' dblib docs | grep -vF "(ObrimDB $version ")
+    grep -qE "^## $version(\$|,)" "$repository/CHANGELOG.md" || odd+=" CHANGELOG.md"
     [[ -n $version && -z $odd ]] || {
         printf 'not of version %s:\n%s\n' "$version" "$odd" >&2
         return 1
