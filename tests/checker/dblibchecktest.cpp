@@ -38,8 +38,9 @@ TEST(DBLibCheckProgram, helpNamesEveryOption)
 {
     const CheckerRun help = run("--help");
     EXPECT_EQ(help.status, 0);
-    for (const char *option : {"--config", "--list", "--only ", "--only-failed", "--write", "--in-place", "--report",
-                               "--seed", "--timeout", "--memory", "--fetches", "--records", "--version", "EXIT STATUS"})
+    for (const char *option :
+         {"--config", "--list", "--only ", "--only-failed", "--write", "--in-place", "--report", "--seed", "--timeout",
+          "--memory", "--fetches", "--records", "--version", "Exit status:"})
         EXPECT_THAT(help.output, HasSubstr(option));
 }
 

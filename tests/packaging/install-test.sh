@@ -54,7 +54,7 @@ done
 XDG_RUNTIME_DIR="$stage" "$stage$bin/obrim" --version >"$stage/version"
 grep -q '^obrim [0-9]' "$stage/version" || fail "the installed program does not tell its version"
 
-for file in "$stage$bin/"{obrimctl,sensor-sim,dblib-check,dblib-new} "$stage$lib"/obrim/bridge/dblib-host-*; do
+for file in "$stage$bin/"{obrimctl,sensor-sim,dblib-check,dblib-new} "$stage$lib"/obrim/dblib-host-*; do
     tool=${file##*/}
     "$file" --version >"$stage/version"
     grep -qx "${tool%-[0-9]*} [0-9.]*" "$stage/version" || fail "$tool does not tell its version"

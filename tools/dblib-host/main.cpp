@@ -19,13 +19,37 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
-#include <string>
+#include <string_view>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace
 {
+constexpr const char *HelpText =
+    "Usage: dblib-host-64 PARENT MEGABYTES LIBRARY NAME-MAP\n"
+    "Is the process that the bridge has a DB library work in. It loads the library as the console does, calls it\n"
+    "as it is told through a socket, which is descriptor 3, and ends with the program that started it. Only the\n"
+    "bridge starts it: dblib-host-64 for a library of 64 bits, dblib-host-32 for one of 32.\n"
+    "\n"
+    "  PARENT     the process that it ends with\n"
+    "  MEGABYTES  of address space that it may use\n"
+    "  LIBRARY    the file of the DB library\n"
+    "  NAME-MAP   the file that says which function has which name in the library\n"
+    "\n"
+    "Options:\n"
+    "  --help     show this\n"
+    "  --version  show the version\n"
+    "\n"
+    "Exit status:\n"
+    "  0   the program that started it is done with the library, or was told why it cannot be loaded\n"
+    "  1   the program that started it had ended already\n"
+    "  2   the command line is wrong\n"
+    "  71  the connection is lost\n"
+    "\n"
+    "Examples:\n"
+    "  echo Library=../Libs/plant.a >>Config/DBLib.def  has the bridge start a host for this library\n";
+
 /** The system kills this process when its parent ends; a parent that had already ended is noticed. */
 void endWithParent(pid_t parent)
 {
@@ -111,19 +135,10 @@ Received receive(Channel &channel)
 constexpr int WrongCommandLine = 2;
 
 /** For whoever starts it by hand; the exit status. */
-int tell(const std::string &option)
+int tell(std::string_view option)
 {
-    if (option == "--version") {
-        std::puts("dblib-host " OBRIM_VERSION);
-        return EXIT_SUCCESS;
-    }
-    if (option == "--help") {
-        std::printf("Usage: dblib-host --help | --version\n"
-                    "The process that the bridge has a DB library work in, which the bridge starts by itself.\n"
-                    "\n"
-                    "Exit status: 0 when it was told to end, 1 when the program that started it had ended already,\n"
-                    "2 for a wrong command line, %d when the connection to that program was damaged.\n",
-                    HostLostConnection);
+    if (option == "--help" || option == "--version") {
+        std::fputs(option == "--help" ? HelpText : "dblib-host " OBRIM_VERSION "\n", stdout);
         return EXIT_SUCCESS;
     }
     std::fprintf(stderr, "dblib-host is started by the bridge of the DB libraries, not by hand\n");

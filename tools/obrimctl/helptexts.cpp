@@ -117,6 +117,16 @@ std::string wrapped(const std::string &text)
     }
     return lines;
 }
+
+/** A line for each of the exit statuses. */
+std::string exitStatusLines()
+{
+    std::string lines;
+    std::istringstream statuses(ExitStatuses);
+    for (std::string status; std::getline(statuses >> std::ws, status, ';');)
+        lines += "  " + status.substr(0, 1) + " " + status.substr(1) + "\n";
+    return lines;
+}
 } // namespace
 
 std::string footerOf(const CommandHelp &help)
@@ -130,5 +140,5 @@ std::string footerOf(const CommandHelp &help)
         const std::string padding(width - std::strlen(example.command) + 2, ' ');
         text += std::string("  ") + example.command + padding + example.what + "\n";
     }
-    return text + "\n" + wrapped(std::string("Exit status: ") + ExitStatuses + ".") + "\n";
+    return text + "\nExit status:\n" + exitStatusLines();
 }

@@ -69,8 +69,9 @@ std::string usage()
 {
     return "Usage: sensor-sim --config DIR [options]\n"
            "Stands in for an installation's sensors: reports events, gives signs of life and obeys commands\n"
-           "through the database that DIR/DBLib.def names.\n"
+           "through the database that DIR/DBLib.def names, until Ctrl-C or SIGTERM.\n"
            "\n"
+           "Options:\n"
            "  --config DIR    configuration directory of the installation\n"
            "  --sensors N     number of sensors: analysers, converters and receivers in turn (30)\n"
            "  --rate R        events a second over all sensors (20)\n"
@@ -81,9 +82,15 @@ std::string usage()
            "  --help          show this\n"
            "  --version       show the version\n"
            "\n"
-           "Ctrl-C and SIGTERM end it. Exit status: 0, 1 when the database or the log failed or another sensor-sim\n"
-           "plays its sensors (which does not matter to --fill, nor on a server), 2 for a wrong command line or a\n"
-           "DIR that is not there.\n";
+           "Exit status:\n"
+           "  0  well\n"
+           "  1  the database failed, or another sensor-sim plays its sensors, which does not matter to --fill,\n"
+           "     nor on a server\n"
+           "  2  the command line is wrong, or DIR is not there\n"
+           "\n"
+           "Examples:\n"
+           "  sensor-sim --config Config --fill 100000           history that ends now\n"
+           "  sensor-sim --config Config --sensors 30 --rate 20  live, until Ctrl-C\n";
 }
 
 Options parseOptions(int argc, char *const argv[], std::string &fault)
