@@ -5,120 +5,22 @@
 #include "DBFunsDebug.h"
 #include "LoadDLL.h"
 #include "data.h"
-#include "dbsymbols.h"
-#include "foreigncall.h"
 #include "installation.h"
-#include "visibletext.h"
+#include "librarycalls.h"
+#include "operatormessages.h"
+#include "workingdirectory.h"
 
 #include <QByteArray>
 #include <QFile>
 
 #include <array>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <string>
-#include <unistd.h>
 
 namespace
 {
-InformationBox informationBox = nullptr;
-TextLookUp textLookUp = nullptr;
-
-/** Marks a text that the catalogues have. */
-constexpr const char *forTranslators(const char *text)
-{
-    return text;
-}
-
-QString lookedUp(const char *text)
-{
-    return textLookUp ? textLookUp(text) : QString::fromLatin1(text);
-}
-
-/** A printf text and what goes into it: a name, where it begins with one, and numbers. */
-struct Message {
-    const char *text;
-    const char *name = nullptr;
-    std::array<int, 4> numbers = {};
-};
-
-/** In the operator's language. A catalogue that is wrong makes a wrong sentence: nothing formats by it. */
-QString wording(const Message &message)
-{
-    QString text = lookedUp(message.text);
-    qsizetype from = 0;
-    const auto put = [&text, &from](const char *place, const QString &what) {
-        const qsizetype at = text.indexOf(QLatin1String(place), from);
-        if (at < 0)
-            return;
-        text.replace(at, 2, what);
-        from = at + what.size();
-    };
-    if (message.name)
-        put("%s", QString::fromLatin1(message.name));
-    for (const int number : message.numbers)
-        put("%d", QString::number(number));
-    return text;
-}
-
-void print(const Message &message)
-{
-    const auto &[a, b, c, d] = message.numbers;
-    if (message.name)
-        std::fprintf(stderr, message.text, message.name, a);
-    else
-        std::fprintf(stderr, message.text, a, b, c, d);
-    std::fputc('\n', stderr);
-}
-
-/** Shows a message. Where memory is too short even for that, it goes to standard error. */
-void inform(QDialog *parent, const char *caption, const Message &message)
-{
-    if (informationBox) {
-        try {
-            informationBox(parent, lookedUp(caption), wording(message));
-            return;
-        } catch (...) {
-        }
-    }
-    print(message);
-}
-
-FailureNotice failureNotice = nullptr;
-bool failing[DBFunctionCount] = {}; ///< those of the library's functions that failed when they were called last
-
-/** Keeps in mind whether a function of the library works; the operator is told when that changes. */
-void note(DBFunction function, std::optional<int> result)
-{
-    const bool fails = result != 0;
-    if (failing[function] == fails)
-        return;
-    failing[function] = fails;
-    if (failureNotice)
-        attempt("The notification", [=] { return failureNotice(DBSymbols[function].key, result), 0; });
-}
-
-/** Calls a function of the library; nothing when it threw, which is reported. */
-template <class Call> std::optional<int> callLibrary(DBFunction function, Call call)
-{
-    const std::optional<int> result = attempt(DBSymbols[function].key, call);
-    if (!result)
-        note(function, result);
-    return result;
-}
-
-/** What a function of the library returned, -1 when it threw. Any result but 0 is a failure, which is reported. */
-int judged(DBFunction function, std::optional<int> result)
-{
-    if (result.value_or(0) != 0)
-        std::fprintf(stderr, "%s returned %d\n", DBSymbols[function].key, *result);
-    note(function, result);
-    return result.value_or(-1);
-}
-
 /** Tells of a test data file that was not read to its end: the source says nothing of itself. */
 void tellOfCutTestFile()
 {
@@ -325,30 +227,6 @@ int deleteRecord(DBFunction function, const char *entry, const char *exit, DBDel
     return 0;
 }
 
-/** What is wrong with a path from which the installation is to be looked for; NULL when nothing is. */
-const char *reasonAgainst(const QByteArray &directory)
-{
-    constexpr int room = 64; // for what comes behind it, as "/../../../Config/DebugInitCommands.txt"
-    if (directory.size() + room > PATH_MAX)
-        return "is too long";
-    return QFile::encodeName(QFile::decodeName(directory)) == directory ? nullptr : "has bytes that are no text here";
-}
-
-/** The working directory; empty, which is reported, when there is none that could be used. */
-QByteArray workingDirectory()
-{
-    const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
-    if (!directory) {
-        std::perror("The working directory cannot be read");
-        return {};
-    }
-    const char *reason = reasonAgainst(directory.get());
-    if (!reason)
-        return directory.get();
-    std::fprintf(stderr, "The path of the working directory %s: %s\n", reason, visibleText(directory.get()).c_str());
-    return {};
-}
-
 /** Sets CurWD and BaseWD, or ends the process. */
 void findBaseDirectory()
 {
@@ -366,21 +244,6 @@ void findBaseDirectory()
     std::exit(-1);
 }
 } // namespace
-
-void setInformationBox(InformationBox show)
-{
-    informationBox = show;
-}
-
-void setTextLookUp(TextLookUp lookUp)
-{
-    textLookUp = lookUp;
-}
-
-void setFailureNotice(FailureNotice show)
-{
-    failureNotice = show;
-}
 
 int FileExists(const char *path)
 {
