@@ -16,7 +16,9 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 
 namespace
@@ -91,10 +93,38 @@ std::optional<RecordSizes> readSizes(int answer, bool hasRequest)
     return sizes.record > 0 && sizes.request > 0 ? std::optional(sizes) : std::nullopt;
 }
 
-/** Whether the library was built for this program's records; tells the operator when not. */
-bool agree(const FetchTexts &texts, RecordSizes ours, int answer, bool hasArray, QDialog *parent)
+/** One of the three fetch functions: the library's, NULL without one, and what stands in for it. */
+template <class Record, class... Request> struct Source {
+    const FetchTexts &texts;
+    int (*library)(int *, Record **, Request *...);
+    int (*testSource)(int *, Record *, Request *...);
+    int testCapacity; ///< records that the test source holds at most
+};
+
+Source<CSensor> sensorSource()
 {
-    const std::optional<RecordSizes> theirs = readSizes(answer, ours.request > 0);
+    return {SensorTexts, FDBGetSensors, DBGetSensorsDebug, DebugSensorCapacity};
+}
+
+Source<CMessageEvent, CMessageEventRequest> eventSource()
+{
+    return {EventTexts, FDBGetEvents, DBGetEventsDebug, DebugEventCapacity};
+}
+
+Source<CMessageCommand, CMessageCommandRequest> commandSource()
+{
+    return {CommandTexts, FDBGetCommands, DBGetCommandsDebug, DebugCommandCapacity};
+}
+
+/** Whether the library was built for this program's records, by its own word; tells the operator when not. */
+template <class Record, class... Request>
+bool agree(const Source<Record, Request...> &source, bool hasArray, QDialog *parent)
+{
+    const FetchTexts &texts = source.texts;
+    const auto answer = callLibrary(
+        texts.function, [&] { return source.library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
+    const RecordSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
+    const std::optional<RecordSizes> theirs = readSizes(answer.value_or(-1), ours.request > 0);
     if (!theirs) {
         inform(parent, "", {texts.badAnswer});
         return false;
@@ -111,9 +141,42 @@ bool agree(const FetchTexts &texts, RecordSizes ours, int answer, bool hasArray,
     return true;
 }
 
-void informNoMemory(const FetchTexts &texts, int count, QDialog *parent)
+/** What came of a library's fetch. */
+struct Fetched {
+    std::optional<int> result; ///< the library's; none when an exception or short memory took it
+    int noRoomFor = 0;         ///< records that memory was too short for
+};
+
+/**
+ * Fetches, has `take(result, records, count)` take over what there is, and lets
+ * the library release its array, which it does exactly once: `take` throws nothing
+ * and says whether it had memory enough.
+ */
+template <class Record, class... Request, class Take>
+Fetched fetchFromLibrary(const Source<Record, Request...> &source, int *n, Take take, Request *...request)
 {
-    inform(parent, "", {forTranslators("%s: not enough memory for %d records"), texts.name, {count}});
+    const DBFunction function = source.texts.function;
+    Record *theirs = nullptr;
+    *n = 0;
+    const auto fetched = callLibrary(function, [&] { return source.library(n, &theirs, request...); });
+    const int count = *n;
+    const bool noRoom = fetched && count >= 1 && theirs && !take(*fetched, theirs, count);
+    const auto released = callLibrary(function, [&] { return source.library(nullptr, &theirs, request...); });
+    judged(function, fetched == 0 || !released ? released : fetched);
+    if (noRoom)
+        return {std::nullopt, count};
+    return {released ? fetched : std::nullopt};
+}
+
+/** Tells of short memory, writes the closing trace line and gives the result of the whole. */
+int finish(const FetchTexts &texts, const Fetched &fetched, int shown, QDialog *parent)
+{
+    if (fetched.noRoomFor > 0) {
+        const char *text = forTranslators("%s: not enough memory for %d records");
+        inform(parent, "", {text, texts.name, {fetched.noRoomFor}});
+    }
+    std::printf(texts.exit, fetched.result.value_or(-1), shown);
+    return fetched.result.value_or(-1);
 }
 
 /** A deep copy of `count` records; NULL when memory is short. */
@@ -130,66 +193,100 @@ template <class Record> std::unique_ptr<Record[]> copied(const Record *records, 
     }
 }
 
-/** What came of a library's fetch. */
-struct Fetched {
-    int result;
-    int noRoomFor; ///< records that memory was too short for, else 0
-};
-
-/**
- * Fetches, copies and lets the library release its array, which it does
- * exactly once whatever happens in between. The caller's array and count
- * change only when all of that went well.
- */
+/** Fetches into the caller's array and count, which change only when all went well. */
 template <class Record, class... Request>
-Fetched fetchFromLibrary(const FetchTexts &texts, int (*library)(int *, Record **, Request *...), int *n,
-                         Record **array, Request *...request)
+Fetched fetchCopies(const Source<Record, Request...> &source, int *n, Record **array, Request *...request)
 {
     const int before = *n;
-    Record *theirs = nullptr;
-    *n = 0;
-    const auto fetched = callLibrary(texts.function, [&] { return library(n, &theirs, request...); });
-    const int count = *n;
-    const bool toCopy = fetched && count >= 1 && theirs;
-    std::unique_ptr<Record[]> copy = toCopy ? copied(theirs, count) : nullptr;
-    const auto released = callLibrary(texts.function, [&] { return library(nullptr, &theirs, request...); });
-    judged(texts.function, fetched == 0 || !released ? released : fetched);
-    const bool noRoom = toCopy && !copy;
-    if (!fetched || !released || noRoom) {
+    std::unique_ptr<Record[]> copy;
+    const auto take = [&copy](int, const Record *records, int count) {
+        copy = copied(records, count);
+        return copy != nullptr;
+    };
+    const Fetched fetched = fetchFromLibrary(source, n, take, request...);
+    if (!fetched.result) {
         *n = before;
-        return {-1, noRoom ? count : 0};
-    }
-    if (copy) {
+    } else if (copy) {
         delete[] *array;
         *array = copy.release();
     }
-    return {*fetched, 0};
+    return fetched;
 }
 
 template <class Record, class... Request>
-int fetch(const FetchTexts &texts, int (*library)(int *, Record **, Request *...),
-          int (*testSource)(int *, Record *, Request *...), int *n, Record **array, QDialog *parent,
-          Request *...request)
+int fetch(const Source<Record, Request...> &source, int *n, Record **array, QDialog *parent, Request *...request)
 {
-    std::puts(texts.entry);
-    if (!library) {
-        const int result = testSource(n, array ? *array : nullptr, request...);
+    std::puts(source.texts.entry);
+    if (!source.library) {
+        const int result = source.testSource(n, array ? *array : nullptr, request...);
         tellOfCutTestFile();
-        std::printf(texts.exit, result, n ? *n : -1);
+        std::printf(source.texts.exit, result, n ? *n : -1);
         return result;
     }
-    const auto answer =
-        callLibrary(texts.function, [&] { return library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
-    const RecordSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
-    if (!agree(texts, ours, answer.value_or(-1), array != nullptr, parent))
+    if (!agree(source, array != nullptr, parent))
         return -1;
-    const Fetched fetched = n ? fetchFromLibrary(texts, library, n, array, request...) : Fetched{-1, 0};
+    const Fetched fetched = n ? fetchCopies(source, n, array, request...) : Fetched();
     // The window that owns count and array may be closed while a box is open: nothing of it is read after that.
     const int shown = n ? *n : -1;
-    if (fetched.noRoomFor > 0)
-        informNoMemory(texts, fetched.noRoomFor, parent);
-    std::printf(texts.exit, fetched.result, shown);
-    return fetched.result;
+    return finish(source.texts, fetched, shown, parent);
+}
+
+/**
+ * Whether there would be memory for a copy of so many records: a library may claim any number, and the one that it
+ * cannot have is not read. Nothing is touched, which costs nothing.
+ */
+template <class Record> bool roomFor(int count)
+{
+    std::allocator<Record> memory;
+    try {
+        // Volatile, or the compiler sees that nobody needs it.
+        Record *volatile const room = memory.allocate(std::size_t(count)); // GCOVR_EXCL_BR_LINE: as for the copy
+        memory.deallocate(room, std::size_t(count));
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
+}
+
+template <class Record, class Request>
+int readTestData(const Source<Record, Request> &source, const RecordReader<Record> &reader, QDialog *parent,
+                 Request *request)
+{
+    const std::unique_ptr<Record[]> records(new Record[std::size_t(source.testCapacity)]);
+    Record *array = records.get();
+    int n = 0;
+    const int result = fetch(source, &n, &array, parent, request);
+    if (result == 0 && n > 0)
+        reader(array, n);
+    return result;
+}
+
+template <class Record, class Request>
+int read(const Source<Record, Request> &source, const RecordReader<Record> &reader, QDialog *parent, Request *request)
+{
+    if (!source.library)
+        return readTestData(source, reader, parent, request);
+    std::puts(source.texts.entry);
+    if (!agree(source, true, parent))
+        return -1;
+    std::exception_ptr thrown;
+    const auto take = [&](int result, const Record *records, int count) {
+        if (!roomFor<Record>(count))
+            return false;
+        try {
+            if (result == 0)
+                reader(records, count);
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+        return true;
+    };
+    int n = 0;
+    const Fetched fetched = fetchFromLibrary(source, &n, take, request);
+    const int result = finish(source.texts, fetched, n, parent);
+    if (thrown)
+        std::rethrow_exception(thrown);
+    return result;
 }
 
 /** Initialises one data source between its two trace lines. */
@@ -285,29 +382,29 @@ int roomForSensors()
     return FDBGetSensors ? 0 : DebugSensorCapacity;
 }
 
-int roomForEvents()
-{
-    return FDBGetEvents ? 0 : DebugEventCapacity;
-}
-
-int roomForCommands()
-{
-    return FDBGetCommands ? 0 : DebugCommandCapacity;
-}
-
 int DBGetSensors(int *n, CSensor **sensors, QDialog *parent)
 {
-    return fetch(SensorTexts, FDBGetSensors, DBGetSensorsDebug, n, sensors, parent);
+    return fetch(sensorSource(), n, sensors, parent);
 }
 
 int DBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)
 {
-    return fetch(EventTexts, FDBGetEvents, DBGetEventsDebug, n, events, parent, request);
+    return fetch(eventSource(), n, events, parent, request);
 }
 
 int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)
 {
-    return fetch(CommandTexts, FDBGetCommands, DBGetCommandsDebug, n, commands, parent, request);
+    return fetch(commandSource(), n, commands, parent, request);
+}
+
+int readEvents(const RecordReader<CMessageEvent> &reader, CMessageEventRequest *request, QDialog *parent)
+{
+    return read(eventSource(), reader, parent, request);
+}
+
+int readCommands(const RecordReader<CMessageCommand> &reader, CMessageCommandRequest *request, QDialog *parent)
+{
+    return read(commandSource(), reader, parent, request);
 }
 
 int DBPutCommand(CMessageCommand &command)

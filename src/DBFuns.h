@@ -5,6 +5,7 @@
 #include "Messages.h"
 
 #include <QString>
+#include <functional>
 #include <optional>
 
 class QDialog;
@@ -15,8 +16,8 @@ class QDialog;
  * thread. Each writes a trace line to standard output on entry and on exit.
  *
  * A function of the DB library that returns another value than 0 or throws
- * leaves a line on standard error that names it. No exception leaves these
- * functions: it is answered with -1.
+ * leaves a line on standard error that names it. No exception of
+ * its leaves these functions: it is answered with -1.
  */
 
 /** Shows `text` to the operator, with one OK button; `parent` may be NULL. */
@@ -73,10 +74,6 @@ int InitDBCommands(QString dir);
  * data source fills it in place. 0 while a DB library brings an array of its own.
  */
 int roomForSensors();
-/** As roomForSensors(), for DBGetEvents. */
-int roomForEvents();
-/** As roomForSensors(), for DBGetCommands. */
-int roomForCommands();
 
 /**
  * Fetches all sensors.
@@ -98,6 +95,25 @@ int DBGetSensors(int *n, CSensor **sensors, QDialog *parent);
 int DBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent);
 /** As DBGetSensors, for the commands that `request` selects. */
 int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent);
+
+/**
+ * Reads the records of one fetch, at least one. They stay the library's, whose texts end with their lengths and are
+ * none where that is 0 or less: nothing of them may be kept, or used after the call.
+ */
+template <class Record> using RecordReader = std::function<void(const Record *records, int count)>;
+
+/**
+ * Fetches the events that `request` selects as DBGetEvents does, with the same calls, trace, boxes and result, but
+ * copies nothing: `reader` reads the library's array where it lies, between the fetch and the release. For those who
+ * make something else of very many records.
+ *
+ * `reader` is called once, or not at all: for no record, another result than 0 of the fetch, or a count for which
+ * there is no memory. It must not run an event loop. What it throws leaves this function once the library has its
+ * array back and the trace is written. After a release that failed the result says so though `reader` was called.
+ */
+int readEvents(const RecordReader<CMessageEvent> &reader, CMessageEventRequest *request, QDialog *parent);
+/** As readEvents, for the commands. */
+int readCommands(const RecordReader<CMessageCommand> &reader, CMessageCommandRequest *request, QDialog *parent);
 
 /** Hands a command to the DB library, which copies it. Returns its result; -1 without such a function. */
 int DBPutCommand(CMessageCommand &command);

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "cwd_commandslist.h"
 
-CommandKind CommandListTraits::kind(const CMessageCommand &command, NamePool &)
+CommandKind CommandListTraits::kind(const CMessageCommand &command, LentNames &)
 {
     return {command.CommandType};
 }

@@ -23,11 +23,10 @@ struct CommandListTraits {
     static constexpr auto List = &DCommandsList::listCommands;
     static constexpr auto Identifier = &CMessageCommand::CommandID;
     static constexpr auto Time = &CMessageCommand::CommandTime;
-    static constexpr auto Room = &roomForCommands;
-    static constexpr auto Get = &DBGetCommands;
+    static constexpr auto Read = &readCommands;
     static constexpr auto Remove = &DBDeleteCommand;
 
-    static CommandKind kind(const CMessageCommand &command, NamePool &names);
+    static CommandKind kind(const CMessageCommand &command, LentNames &names);
     static QStringList columnNames();
     static QString deleteEntry();
     static QString deleteQuestion(const QString &id);

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "cwd_eventslist.h"
 
-EventKind EventListTraits::kind(const CMessageEvent &event, NamePool &names)
+EventKind EventListTraits::kind(const CMessageEvent &event, LentNames &names)
 {
-    return {names.name(recordBytes(event.EventName, event.LEventName))};
+    return {names.name(event.EventName, event.LEventName)};
 }
 
 QStringList EventListTraits::columnNames()

@@ -28,12 +28,11 @@ struct EventListTraits {
     static constexpr auto Identifier = &CMessageEvent::MessageID;
     static constexpr auto Time = &CMessageEvent::EventTime;
     /** What DBFuns.h has for these records. */
-    static constexpr auto Room = &roomForEvents;
-    static constexpr auto Get = &DBGetEvents;
+    static constexpr auto Read = &readEvents;
     static constexpr auto Remove = &DBDeleteEvent;
 
     /** Column 3; what it refers to is kept in `names`. */
-    static EventKind kind(const CMessageEvent &event, NamePool &names);
+    static EventKind kind(const CMessageEvent &event, LentNames &names);
     static QStringList columnNames();
     static QString deleteEntry();
     static QString deleteQuestion(const QString &id);

@@ -2,6 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "namepool.h"
 
+#include "parametertext.h"
+
+#include <cstdint>
+
 const NamePool::Name *NamePool::name(std::string_view text)
 {
     const auto found = m_byText.find(text);
@@ -22,4 +26,30 @@ void NamePool::clear()
 {
     m_byText.clear();
     m_names.clear();
+}
+
+// So many addresses are known at a time: mostly all there are, in memory that stays in the processor's cache.
+constexpr unsigned KnownBits = 13;
+constexpr std::size_t Neighbours = 4;
+
+LentNames::LentNames(NamePool &pool)
+    : m_pool(pool)
+    , m_known((std::size_t(1) << KnownBits) + Neighbours)
+{
+}
+
+const NamePool::Name *LentNames::name(const char *text, int length)
+{
+    // The address times the golden ratio: its upper bits are well spread, however regularly the texts lie.
+    const auto spread = std::uint32_t(reinterpret_cast<std::uintptr_t>(text)) * 0x9e3779b9U;
+    Known *const first = &m_known[spread >> (32 - KnownBits)];
+    Known *known = first;
+    for (; known != first + Neighbours && known->name; ++known)
+        if (known->text == text && known->length == length)
+            return known->name;
+    if (known == first + Neighbours)
+        known = first;
+    const NamePool::Name *name = m_pool.name(lentBytes(text, length));
+    *known = {text, length, name};
+    return name;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 /**
  * Names that many rows of a list have in common, each kept once.
@@ -29,4 +30,28 @@ public:
 private:
     std::deque<Name> m_names;
     std::unordered_map<std::string_view, const Name *> m_byText;
+};
+
+/**
+ * Finds the names of records that a library has lent: it mostly gives all records of one name the same bytes, which
+ * are then looked up once. The bytes may not change as long as it lives.
+ */
+class LentNames
+{
+public:
+    /** The pool must outlive it. */
+    explicit LentNames(NamePool &pool);
+
+    /** The pool's name of a record's text. Throws std::bad_alloc. */
+    const NamePool::Name *name(const char *text, int length);
+
+private:
+    struct Known {
+        const char *text = nullptr;
+        int length = 0;
+        const NamePool::Name *name = nullptr;
+    };
+
+    NamePool &m_pool;
+    std::vector<Known> m_known; ///< by the text's address
 };

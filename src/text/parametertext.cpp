@@ -35,6 +35,20 @@ template <typename Number> void appendNumberOf(std::string &text, const CMessage
     std::memcpy(&number, param.Val, sizeof(Number));
     appendNumber(text, number);
 }
+
+/** Appends parameters whose texts, without a length, are read up to their NUL or count as none. */
+void append(std::string &text, const CMessageEventParam *par, int count, bool withoutLength)
+{
+    for (int i = 0; par && i < count; ++i) {
+        const CMessageEventParam &param = par[i];
+        if (i > 0)
+            text += ';';
+        text += param.Name && (withoutLength || param.LName > 0) ? recordBytes(param.Name, param.LName) : "(NULL)";
+        text += '=';
+        if (withoutLength || param.LVal > 0)
+            appendValue(text, param);
+    }
+}
 } // namespace
 
 std::string_view recordBytes(const char *text, int length)
@@ -65,11 +79,15 @@ void appendValue(std::string &text, const CMessageEventParam &param)
 
 void appendParameters(std::string &text, const CMessageEventParam *par, int count)
 {
-    for (int i = 0; par && i < count; ++i) {
-        if (i > 0)
-            text += ';';
-        text += par[i].Name ? recordBytes(par[i].Name, par[i].LName) : "(NULL)";
-        text += '=';
-        appendValue(text, par[i]);
-    }
+    append(text, par, count, true);
+}
+
+std::string_view lentBytes(const char *text, int length)
+{
+    return length > 0 ? recordBytes(text, length) : std::string_view();
+}
+
+void appendLentParameters(std::string &text, const CMessageEventParam *par, int count)
+{
+    append(text, par, count, false);
 }

@@ -25,3 +25,13 @@ void appendValue(std::string &text, const CMessageEventParam &param);
 
 /** Appends what AllParameters() of a record shows. `par` may be NULL. */
 void appendParameters(std::string &text, const CMessageEventParam *par, int count);
+
+/**
+ * @name Records that a library has lent
+ *
+ * What a copy of the record would show: a text whose length is 0 or less is not copied, so it counts as none.
+ * @{
+ */
+std::string_view lentBytes(const char *text, int length);
+void appendLentParameters(std::string &text, const CMessageEventParam *par, int count);
+/** @} */

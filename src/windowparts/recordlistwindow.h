@@ -17,8 +17,9 @@
 #include <KLocalizedString>
 #include <QTimer>
 #include <climits>
-#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 /**
  * What the windows of events and of commands do alike: filter controls to
@@ -94,24 +95,28 @@ protected:
     void deleteSelectedRecord();
 
 private:
-    /** What a fetch came back with; `count` is 0 when there is nothing to show. */
-    struct Answer {
-        int result = -1;
-        int count = 0;
-        std::unique_ptr<Record[]> records;
+    /** The rows made of a fetch's records, before the list has them, and what is known of the identifiers. */
+    struct Arrivals {
+        ListView::Rows rows;
+        int lowest = INT_MAX;
+        int highest = INT_MIN;
     };
 
     ManagedColumns managedColumns();
     FilterControls filterControls();
     void reload(const QPointer<QObject> &self);
     void loadNew(const QPointer<QObject> &self);
-    Answer fetch(Request &request);
+    template <class DigitsOf, class NumberOf>
+    std::optional<Arrivals> fetch(const QPointer<QObject> &self, Request &request, DigitsOf digitsOf,
+                                  NumberOf numberOf);
+    template <class NumberOf> Arrivals rowsOf(const Record *records, int count, int digits, NumberOf numberOf);
     static void trimMemory(int rows);
     void followTimeZone();
-    template <class NumberOf> void addRows(Answer &answer, bool first, bool startOver, NumberOf numberOf);
+    void addRows(Arrivals &arrivals, bool first, bool startOver);
 
     NamePool m_names; ///< of the rows in the list
     RowMemory m_memory;
+    Arrivals m_arrivals; ///< between a fetch and the release, in which the window may go
     QByteArray m_dateTextBasis;
     bool m_painting = false;
 };
@@ -137,6 +142,7 @@ template <class Traits> RecordListWindow<Traits>::~RecordListWindow()
     ListView *const view = this->*Traits::List;
     const int rows = view->childCount();
     view->clear();
+    m_arrivals = {};
     m_memory.clear();
     trimMemory(rows);
 }
@@ -308,17 +314,18 @@ template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QOb
     iFirst = iLast = 0;
     Request request;
     fillRequest(request, filterControls(), SensorNameMask);
-    Answer answer = fetch(request);
-    if (!self || answer.result != 0)
+    const bool first = request.TakeFirst1_Last0 != 0;
+    auto arrivals =
+        fetch(self, request, rowNumberDigits, [first](int i, int count) { return rowNumber(i, count, first); });
+    if (!arrivals)
         return;
-    const int count = answer.count;
+    const int count = int(arrivals->rows.size());
     if (count > 0 || Traits::EmptyAnswerResetsDigits)
         AccSensorID = rowNumberDigits(count);
-    if (count <= 0)
+    if (count == 0)
         return;
     setFirstColumnWidth(Traits::FirstColumnWidthWhileLoading);
-    const bool first = request.TakeFirst1_Last0 != 0;
-    addRows(answer, first, true, [count, first](int i) { return rowNumber(i, count, first); });
+    addRows(*arrivals, first, true);
     iLast = count - 1;
 }
 
@@ -329,12 +336,14 @@ template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QO
         return;
     Request request;
     fillRequest(request, filterControls(), SensorNameMask, IDLast);
-    Answer answer = fetch(request);
-    if (!self || answer.result != 0 || answer.count <= 0)
-        return;
+    const auto digits = [this](int) { return AccSensorID; };
     const int last = iLast;
-    addRows(answer, request.TakeFirst1_Last0 != 0, false, [last](int i) { return addedRowNumber(last, i); });
-    iLast = addedRowNumber(last, answer.count - 1);
+    auto arrivals = fetch(self, request, digits, [last](int i, int) { return addedRowNumber(last, i); });
+    if (!arrivals || arrivals->rows.empty())
+        return;
+    const int count = int(arrivals->rows.size());
+    addRows(*arrivals, request.TakeFirst1_Last0 != 0, false);
+    iLast = addedRowNumber(last, count - 1);
 }
 
 /** After so many rows or their records were freed: many give whole pages back, which takes milliseconds. */
@@ -358,56 +367,66 @@ template <class Traits> void RecordListWindow<Traits>::followTimeZone()
     list()->textsChanged();
 }
 
-template <class Traits> auto RecordListWindow<Traits>::fetch(Request &request) -> Answer
+/**
+ * Makes rows of the records that the request selects; nothing when the fetch failed or the window is gone. The rows
+ * are numbered by numberOf(i, count), in digitsOf(count) digits.
+ */
+template <class Traits>
+template <class DigitsOf, class NumberOf>
+auto RecordListWindow<Traits>::fetch(const QPointer<QObject> &self, Request &request, DigitsOf digitsOf,
+                                     NumberOf numberOf) -> std::optional<Arrivals>
 {
-    Answer answer;
-    const int room = Traits::Room();
-    Record *records = room > 0 ? new Record[std::size_t(room)] : nullptr;
-    answer.result = Traits::Get(&answer.count, &records, &request, this);
-    answer.records.reset(records);
-    if (!answer.records)
-        answer.count = 0;
-    return answer;
+    const auto reader = [&](const Record *records, int count) {
+        if (self)
+            m_arrivals = rowsOf(records, count, digitsOf(count), numberOf);
+    };
+    const int result = Traits::Read(reader, &request, this);
+    if (!self)
+        return std::nullopt;
+    auto arrivals = std::exchange(m_arrivals, {});
+    return result == 0 ? std::optional(std::move(arrivals)) : std::nullopt;
+}
+
+template <class Traits>
+template <class NumberOf>
+auto RecordListWindow<Traits>::rowsOf(const Record *records, int count, int digits, NumberOf numberOf) -> Arrivals
+{
+    followTimeZone();
+    DateClasses dates;
+    LentNames names(m_names);
+    std::string parameters;
+    Arrivals arrivals;
+    arrivals.rows.reserve(std::size_t(count));
+    for (int i = 0; i < count; ++i) {
+        const Record &record = records[i];
+        const int id = record.*Traits::Identifier;
+        const std::time_t time = record.*Traits::Time;
+        arrivals.lowest = std::min(arrivals.lowest, id);
+        arrivals.highest = std::max(arrivals.highest, id);
+        parameters.clear();
+        appendLentParameters(parameters, record.par, record.ParNum);
+        const auto *sensor = names.name(record.SensorID, record.LSensorID);
+        arrivals.rows.push_back(
+            Traits::Item::create(m_memory, {numberOf(i, count), digits, sensor, id, Traits::kind(record, names), time,
+                                            dates.of(time), parameters}));
+    }
+    return arrivals;
 }
 
 /**
- * Turns the records into rows of the list, sorted by their numbers, and
- * widens IDFirst and IDLast, which start over at the first record if wanted.
- * When memory is short the rows and both are as before.
+ * Puts the rows into the list, sorted by their numbers, and widens IDFirst and
+ * IDLast, which start over if wanted. When memory is short the rows in the
+ * list and both are as before.
  */
-template <class Traits>
-template <class NumberOf>
-void RecordListWindow<Traits>::addRows(Answer &answer, bool first, bool startOver, NumberOf numberOf)
+template <class Traits> void RecordListWindow<Traits>::addRows(Arrivals &arrivals, bool first, bool startOver)
 {
     // Room for a number of usual length, wherever the column was before.
     constexpr int numberWidth = 30;
-    followTimeZone();
-    int lowest = startOver ? answer.records[0].*Traits::Identifier : IDFirst;
-    int highest = startOver ? lowest : IDLast;
-    DateClasses dates;
-    std::string parameters;
-    ListView::Rows rows;
-    rows.reserve(std::size_t(answer.count));
-    for (int i = 0; i < answer.count; ++i) {
-        Record &record = answer.records[std::size_t(i)];
-        const int id = record.*Traits::Identifier;
-        const std::time_t time = record.*Traits::Time;
-        lowest = std::min(lowest, id);
-        highest = std::max(highest, id);
-        parameters.clear();
-        appendParameters(parameters, record.par, record.ParNum);
-        const auto *sensor = m_names.name(recordBytes(record.SensorID, record.LSensorID));
-        rows.push_back(
-            Traits::Item::create(m_memory, {numberOf(i), AccSensorID, sensor, id, Traits::kind(record, m_names), time,
-                                            dates.of(time), parameters}));
-        // One by one, while it is at hand.
-        record.clean();
-    }
     setFirstColumnWidth(numberWidth);
     list()->setSorting(NumberColumn, first);
-    list()->insertItems(std::move(rows));
-    IDFirst = lowest;
-    IDLast = highest;
+    list()->insertItems(std::move(arrivals.rows));
+    IDFirst = startOver ? arrivals.lowest : std::min(IDFirst, arrivals.lowest);
+    IDLast = startOver ? arrivals.highest : std::max(IDLast, arrivals.highest);
 }
 
 template <class Traits> void RecordListWindow<Traits>::showContextMenu(QListViewItem *item)

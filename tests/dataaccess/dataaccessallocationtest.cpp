@@ -14,6 +14,7 @@
 
 #include <climits>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -168,6 +169,40 @@ TEST_F(DataAccess, FetchingCommandsReleasesOnceAndKeepsWhatTheCallerHad)
     CMessageCommandRequest request;
     failEach<CMessageCommand>(
         "DBGetCommands", [&](int *n, CMessageCommand **array) { return DBGetCommands(n, array, &request, nullptr); });
+}
+
+TEST_F(DataAccess, ReadingAsksForNoMemoryButOnceWhetherThereIsAny)
+{
+    CMessageEventRequest request;
+    int read = 0;
+    const RecordReader<CMessageEvent> reader = [&](const CMessageEvent *, int count) { read += count; };
+    for (const bool isShort : {true, false}) {
+        const long before = FailingAllocation::live();
+        fetches = releases = read = 0;
+        int result = 99;
+        const bool failed = FailingAllocation::runFailing(isShort ? 0 : 1, true,
+                                                          [&] { result = readEvents(reader, &request, nullptr); });
+        EXPECT_EQ(failed, isShort);
+        EXPECT_EQ(result, isShort ? -1 : 0);
+        EXPECT_EQ(read, isShort ? 0 : Count);
+        EXPECT_EQ(fetches, 1);
+        EXPECT_EQ(releases, 1);
+        EXPECT_EQ(boxes.size(), isShort ? 1U : 0U);
+        forgetBoxes();
+        EXPECT_EQ(FailingAllocation::live(), before);
+    }
+}
+
+TEST_F(DataAccess, AReaderThatRunsOutOfMemoryIsHeardAfterTheRelease)
+{
+    CMessageCommandRequest request;
+    const RecordReader<CMessageCommand> reader = [](const CMessageCommand *, int) {
+        EXPECT_EQ(releases, 0);
+        throw std::bad_alloc();
+    };
+    EXPECT_THROW(readCommands(reader, &request, nullptr), std::bad_alloc);
+    EXPECT_EQ(releases, 1);
+    EXPECT_TRUE(boxes.empty());
 }
 
 TEST_F(DataAccess, AnAbsurdCountIsTooMuchMemory)

@@ -16,13 +16,14 @@
  * fetch and takes it back at the release.
  */
 template <class Record, class Request> struct FakeSource {
-    std::vector<Record> answer;    ///< what every fetch gives
-    int result = 0;                ///< what every fetch returns
-    int sizes = 0;                 ///< answer to the size query
-    int claimed = -1;              ///< count given instead of the answer's size, unless negative
-    bool nullArray = false;        ///< gives no array
-    std::function<void()> onFetch; ///< runs inside each fetch
-    std::vector<Request> requests; ///< of all fetches
+    std::vector<Record> answer;      ///< what every fetch gives
+    int result = 0;                  ///< what every fetch returns
+    int sizes = 0;                   ///< answer to the size query
+    int claimed = -1;                ///< count given instead of the answer's size, unless negative
+    bool nullArray = false;          ///< gives no array
+    std::function<void()> onFetch;   ///< runs inside each fetch
+    std::function<void()> onRelease; ///< runs inside each release
+    std::vector<Request> requests;   ///< of all fetches
     int releases = 0;
     std::vector<int> deleted;
     std::vector<Record> put;
@@ -38,6 +39,8 @@ template <class Record, class Request> struct FakeSource {
             return sizes;
         if (!n) {
             ++releases;
+            if (onRelease)
+                onRelease();
             delete[] *records;
             *records = nullptr;
             return 0;

@@ -43,6 +43,8 @@ private slots:
     void datesThatLieCloseTogetherStillDiffer();
     void parametersAsTheFormatsOfTheTextsSay();
     void parametersAreTheRecordsOwn();
+    void lentRecordsShowWhatACopyOfThemShows();
+    void lentNamesAreThePoolsWhereverTheyLie();
 };
 
 static QString withoutDigits(QString text)
@@ -360,6 +362,54 @@ void RowsTest::parametersAreTheRecordsOwn()
     appendParameters(text, nullptr, 3);
     appendParameters(text, event.par, -3);
     QVERIFY(text.empty());
+}
+
+void RowsTest::lentRecordsShowWhatACopyOfThemShows()
+{
+    const int level = 5;
+    for (int lost : {-100, 0, 1, 2, 3, 4, 5}) {
+        CMessageEvent lent;
+        CopyPtr(&lent.SensorID, &lent.LSensorID, "pump", 5);
+        lent.ParNum = 3;
+        lent.par = new CMessageEventParam[3];
+        lent.par[0] = parameter(ParameterInteger, &level, sizeof(level));
+        lent.par[1] = parameter(ParameterText, "abcd", 5);
+        CopyPtr(&lent.par[2].Name, &lent.par[2].LName, "name", 5);
+        lent.LSensorID -= lost;
+        for (int i = 0; i < lent.ParNum; ++i) {
+            lent.par[i].LName -= lost;
+            lent.par[i].LVal -= lost > 0 ? lost : 0; // no further than the value goes
+        }
+        if (lost < 0) { // longer than they are by their NUL
+            lent.LSensorID = 5;
+            for (int i = 0; i < lent.ParNum; ++i)
+                lent.par[i].LName = lent.par[i].Name ? int(std::strlen(lent.par[i].Name)) + 1 : 7;
+        }
+        const CMessageEvent copy(lent);
+        std::string text;
+        appendLentParameters(text, lent.par, lent.ParNum);
+        QCOMPARE(QString::fromLatin1(text.c_str()), copy.AllParameters());
+        QCOMPARE(lentBytes(lent.SensorID, lent.LSensorID), recordBytes(copy.SensorID, copy.LSensorID));
+    }
+    QCOMPARE(lentBytes(nullptr, 4), std::string_view());
+}
+
+void RowsTest::lentNamesAreThePoolsWhereverTheyLie()
+{
+    // More than are remembered by their addresses, so that some are looked up again.
+    constexpr int count = 40000;
+    NamePool pool;
+    LentNames names(pool);
+    std::vector<std::string> texts;
+    for (int i = 0; i < count; ++i)
+        texts.push_back("sensor " + std::to_string(i % 50));
+    for (int round = 0; round < 2; ++round)
+        for (const std::string &text : texts)
+            QCOMPARE(names.name(text.c_str(), int(text.size()) + 1), pool.name(text));
+    // The same bytes up to another length are another name.
+    QCOMPARE(names.name(texts[0].c_str(), 6), pool.name("sensor"));
+    QCOMPARE(names.name(texts[0].c_str(), 0), pool.name(""));
+    QCOMPARE(names.name(nullptr, 0), pool.name(""));
 }
 
 QTEST_GUILESS_MAIN(RowsTest)

@@ -3,7 +3,8 @@
 
 // Lists that run out of memory while records become rows: the first, the
 // second, ... allocation after the fetch fails. Later ones are the list's, and
-// Qt's, which cannot do without memory.
+// Qt's, which cannot do without memory. The very first asks whether there is
+// memory for so many records at all.
 #include "DBFuns.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
@@ -23,7 +24,7 @@ namespace
 /** Each record has a new name, which takes an allocation at least: that many can fail before the list is reached. */
 constexpr int RecordCount = 40;
 
-int refuseAfterFetch = -1; ///< number of the allocation to fail, from 0
+int refuseAfterFetch = -1; ///< number of the allocation to fail, from 0: the one that asks for memory at all
 
 template <class Record> struct Store {
     std::vector<Record> records;
@@ -33,13 +34,12 @@ template <class Record> struct Store {
     {
         if (!n && !array)
             return sizes;
-        if (!n) {
-            if (refuseAfterFetch >= 0)
-                FailingAllocation::refuse(refuseAfterFetch, false);
+        if (!n)
             return 0;
-        }
         *n = int(records.size());
         *array = records.data();
+        if (refuseAfterFetch >= 0)
+            FailingAllocation::refuse(refuseAfterFetch, false);
         return 0;
     }
 };
@@ -53,6 +53,15 @@ template <class Kind> auto &store(Kind)
         return eventStore;
     else
         return commandStore;
+}
+
+/** What is shown of a load that runs out of memory at allocation number n after the fetch. */
+template <class Kind> QStringList boxAt(int n, Kind)
+{
+    if (n > 0)
+        return {"Not enough memory for the list"};
+    const QString function = std::is_same_v<Kind, EventsKind> ? "DBGetEvents" : "DBGetCommands";
+    return {function + ": not enough memory for " + QString::number(RecordCount) + " records"};
 }
 
 /** Gives each record a sensor's name that no window has met in an earlier run. */
@@ -134,7 +143,7 @@ template <class Kind> static void fetchNew(Kind kind)
     for (int n = 0; n < RecordCount; ++n) {
         renameAll(store(kind).records, n);
         QVERIFY(runShort(n, shown, [&] { Kind::getNew(&window); }));
-        QCOMPARE(shown, QStringList("Not enough memory for the list"));
+        QCOMPARE(shown, boxAt(n, kind));
         QCOMPARE(columnTexts(list, 2), QStringList({"1", "2", "3"}));
         QCOMPARE(window.IDFirst, 1);
         QCOMPARE(window.IDLast, 3);
@@ -175,7 +184,7 @@ template <class Kind> static void reload(Kind kind)
         QCOMPARE(list->childCount(), 0);
         QCOMPARE(window.iLast, 0);
         QCOMPARE(window.IDLast, RecordCount);
-        QCOMPARE(shown, QStringList("Not enough memory for the list"));
+        QCOMPARE(shown, boxAt(n, kind));
     }
     QVERIFY(!runShort(INT_MAX, shown, [&] { window.onUpdateList(); }));
     QCOMPARE(list->childCount(), RecordCount);

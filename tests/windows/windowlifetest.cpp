@@ -79,6 +79,8 @@ private slots:
     void parentGoesUnderABoxOfTheFirstLoad();
     void closedUnderABoxOfTheFirstLoad();
     void parentGoesUnderABoxOfASensorsList();
+    void parentGoesWhileTheLibraryFetches();
+    void parentGoesWhileTheLibraryTakesItsArrayBack();
     void ticksUnderABoxOpenNoSecondOne();
     void twoSecondTicksUnderABoxOpenNoSecondOne();
     void buttonsAndSlotsUnderABoxDoNothing();
@@ -404,6 +406,40 @@ void WindowLifeTest::parentGoesUnderABoxOfASensorsList()
     onBox([&parent] { delete parent; });
     rightClick(window->SensorsList, 0);
     QVERIFY(!parent);
+}
+
+void WindowLifeTest::parentGoesWhileTheLibraryFetches()
+{
+    eachRecordKind([](auto kind) {
+        for (const bool all : {true, false}) {
+            QPointer<QWidget> parent = new QWidget;
+            auto *window = make(kind, parent);
+            const int before = kind.source().releases;
+            kind.source().onFetch = [&parent] { delete parent; };
+            all ? window->onUpdateList() : kind.getNew(window);
+            kind.source().onFetch = nullptr;
+            QVERIFY(!parent);
+            QCOMPARE(kind.source().releases, before + 1);
+            QVERIFY(!openBox());
+        }
+    });
+}
+
+void WindowLifeTest::parentGoesWhileTheLibraryTakesItsArrayBack()
+{
+    eachRecordKind([](auto kind) {
+        for (const bool all : {true, false}) {
+            QPointer<QWidget> parent = new QWidget;
+            auto *window = make(kind, parent);
+            const int before = kind.source().releases;
+            kind.source().onRelease = [&parent] { delete parent; };
+            all ? window->onUpdateList() : kind.getNew(window);
+            kind.source().onRelease = nullptr;
+            QVERIFY(!parent);
+            QCOMPARE(kind.source().releases, before + 1);
+            QVERIFY(!openBox());
+        }
+    });
 }
 
 void WindowLifeTest::ticksUnderABoxOpenNoSecondOne()
