@@ -6,6 +6,7 @@
 #include <QLocale>
 #include <QTimeZone>
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace
@@ -43,8 +44,8 @@ QByteArray localeName()
 /** Short names in the system's language, which take microseconds to be asked for. */
 struct Names {
     QByteArray locale = localeName();
-    QString days[7]; ///< from Sunday on
-    QString months[12];
+    std::array<QString, 7> days; ///< from Sunday on
+    std::array<QString, 12> months;
 
     Names()
     {
