@@ -117,7 +117,7 @@ public:
     /** What `judge` finds wrong with an answer, given the contents; empty when nothing is. */
     template <class Judge> std::string fault(Judge judge)
     {
-        const std::string text = lastingFault(judge);
+        std::string text = lastingFault(judge);
         if (!text.empty() && m_restless)
             throw skipped("the store changes too quickly to be compared with");
         return text;

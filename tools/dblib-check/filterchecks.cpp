@@ -109,7 +109,7 @@ Terms<Kind> excludingTerm(const Contents<Kind> &contents, const Filter<typename 
 {
     const std::size_t start = random();
     for (std::size_t i = 0; i < filter.terms.size(); ++i) {
-        const Terms<Kind> term = {&filter.terms[(start + i) % filter.terms.size()]};
+        Terms<Kind> term = {&filter.terms[(start + i) % filter.terms.size()]};
         const auto request = requestFor<Kind>(contents, term, 0, true);
         if (expectedIds<Kind>(contents, request).size() < contents.records.size())
             return term;

@@ -113,7 +113,7 @@ std::string cutFault(const Library &library, const Contents<Kind> &contents, con
         byTime = true;
         return {};
     }
-    const std::string what = difference(Kind::describe(request), got, expected);
+    std::string what = difference(Kind::describe(request), got, expected);
     if (got == all)
         return "NMax does not count when " + question.names.back() + " is used: " + what;
     for (std::size_t late = 0; late < question.terms.size(); ++late)

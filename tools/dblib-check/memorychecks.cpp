@@ -17,13 +17,11 @@ template <class Kind> typename Kind::Request *guardedRequest(const typename Kind
     auto *copy =
         static_cast<Request *>(GuardPage::copy(static_cast<const void *>(&request), sizeof(Request), "the request"));
     if constexpr (!std::is_same_v<Kind, SensorKind>) {
-        const char *const names[] = {"the sensor mask", "the event name mask"};
-        const char *const *name = names;
+        const char *name = "the sensor mask";
         for (auto mask : Kind::masks()) {
             if (request.*mask)
-                copy->*mask =
-                    static_cast<char *>(GuardPage::copy(request.*mask, std::strlen(request.*mask) + 1, *name));
-            ++name;
+                copy->*mask = static_cast<char *>(GuardPage::copy(request.*mask, std::strlen(request.*mask) + 1, name));
+            name = "the event name mask";
         }
     }
     return copy;

@@ -31,6 +31,7 @@ namespace
 std::size_t readMemory(pid_t process, std::uint64_t address, void *to, std::size_t size)
 {
     const iovec local = {to, size};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): it points into the other process
     const iovec remote = {reinterpret_cast<void *>(std::uintptr_t(address)), size};
     const ssize_t got = process_vm_readv(process, &local, 1, &remote, 1, 0);
     return got > 0 ? std::size_t(got) : 0;

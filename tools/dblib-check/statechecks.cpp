@@ -124,7 +124,7 @@ std::string changedState(const ProcessState &before, const ProcessState &after)
     }
     for (const auto &[what, value] : after)
         if (before.count(what) == 0)
-            return what + " was set to \"" + value + "\"";
+            return std::string(what).append(" was set to \"").append(value).append("\"");
     return {};
 }
 

@@ -11,7 +11,7 @@
 
 namespace
 {
-std::vector<SystemCall> systemCallTable()
+inline std::vector<SystemCall> systemCallTable()
 {
     return {
 #ifdef __NR_open
