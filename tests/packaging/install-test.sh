@@ -26,7 +26,7 @@ for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$
     "$lib/obrim/postgresql.so" "$data/obrim/postgresql/1.sql" \
     "$data/obrim/postgresql/roles.sql" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" \
     "$data/icons/hicolor/scalable/apps/obrim.svg" "$data/icons/hicolor/48x48/apps/obrim.png" \
-    "$data/bash-completion/completions/obrimctl" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
+    "$lib/pkgconfig/obrimdb.pc" "$lib/pkgconfig/obrimdbc.pc" "$data/bash-completion/completions/obrimctl" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
 done
 [[ -s $(echo "$stage$data"/knotifications[56]/obrim.notifyrc) ]] || fail "obrim.notifyrc is not installed"
