@@ -24,12 +24,16 @@ Time toBytes(std::time_t time)
     return {std::uint32_t(std::uint64_t(seconds)), std::int32_t(seconds >> 32)};
 }
 
+std::int64_t secondsOf(Time time)
+{
+    return std::int64_t(std::uint64_t(std::uint32_t(time.high)) << 32 | time.low);
+}
+
 std::time_t fromBytes(Time time)
 {
-    const auto seconds = std::int64_t(std::uint64_t(std::uint32_t(time.high)) << 32 | time.low);
     constexpr auto least = std::int64_t(std::numeric_limits<std::time_t>::min());
     constexpr auto most = std::int64_t(std::numeric_limits<std::time_t>::max());
-    return std::time_t(std::clamp(seconds, least, most));
+    return std::time_t(std::clamp(secondsOf(time), least, most));
 }
 
 std::string_view ByteReader::take(std::uint64_t size, const char *what)

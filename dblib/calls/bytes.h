@@ -50,6 +50,7 @@ struct Time {
 };
 
 Time toBytes(std::time_t time);
+std::int64_t secondsOf(Time time);
 /** A time that a 4-byte time_t cannot hold becomes the nearest one that it can. */
 std::time_t fromBytes(Time time);
 

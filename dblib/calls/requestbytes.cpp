@@ -2,6 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "requestbytes.h"
 
+#include "timebounds.h"
+
+#include <limits>
+
 namespace Calls
 {
 namespace
@@ -52,6 +56,13 @@ void appendMask(std::string &bytes, const char *mask, int length)
 {
     if (const std::size_t size = textSize(mask, length))
         bytes.append(mask, size);
+}
+
+/** The bounds as this program's times hold them. */
+TimeBounds ownBounds(Time first, std::int32_t usesFirst, Time last, std::int32_t usesLast)
+{
+    using Limits = std::numeric_limits<std::time_t>;
+    return within(Limits::min(), Limits::max(), {secondsOf(first), usesFirst, secondsOf(last), usesLast});
 }
 
 void takeMask(ByteReader &bytes, std::uint32_t size, char *&mask, int &length)
@@ -125,10 +136,11 @@ void takeRequest(ByteReader &bytes, CMessageEventRequest &request)
     request.SensorType = head.sensorType;
     request.UseSensorType = head.useSensorType;
     request.UseEventName = head.useName;
-    request.EventTime0 = fromBytes(head.eventTime0);
-    request.UseEventTime0 = head.useEventTime0;
-    request.EventTime1 = fromBytes(head.eventTime1);
-    request.UseEventTime1 = head.useEventTime1;
+    const TimeBounds bounds = ownBounds(head.eventTime0, head.useEventTime0, head.eventTime1, head.useEventTime1);
+    request.EventTime0 = std::time_t(bounds.first);
+    request.UseEventTime0 = bounds.usesFirst;
+    request.EventTime1 = std::time_t(bounds.last);
+    request.UseEventTime1 = bounds.usesLast;
     takeMask(bytes, head.sensorBytes, request.SensorID, request.LSensorID);
     takeMask(bytes, head.nameBytes, request.EventName, request.LEventName);
 }
@@ -147,10 +159,12 @@ void takeRequest(ByteReader &bytes, CMessageCommandRequest &request)
     request.UseCommandID1 = head.useCommandId1;
     request.CommandType = head.commandType;
     request.UseCommandType = head.useCommandType;
-    request.CommandTime0 = fromBytes(head.commandTime0);
-    request.UseCommandTime0 = head.useCommandTime0;
-    request.CommandTime1 = fromBytes(head.commandTime1);
-    request.UseCommandTime1 = head.useCommandTime1;
+    const TimeBounds bounds =
+        ownBounds(head.commandTime0, head.useCommandTime0, head.commandTime1, head.useCommandTime1);
+    request.CommandTime0 = std::time_t(bounds.first);
+    request.UseCommandTime0 = bounds.usesFirst;
+    request.CommandTime1 = std::time_t(bounds.last);
+    request.UseCommandTime1 = bounds.usesLast;
     takeMask(bytes, head.sensorBytes, request.SensorID, request.LSensorID);
 }
 } // namespace Calls

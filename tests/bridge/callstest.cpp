@@ -6,6 +6,7 @@
 #include "call.h"
 #include "lentrecords.h"
 #include "recordmaking.h"
+#include "timebounds.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -481,6 +482,25 @@ TEST(Answers, TimesOfEveryWidthArriveOrBecomeTheNearest)
     for (const std::time_t time : {std::numeric_limits<std::time_t>::min(), std::time_t(-1), std::time_t(INT_MAX),
                                    std::numeric_limits<std::time_t>::max()})
         EXPECT_EQ(fromBytes(toBytes(time)), time);
+}
+
+TEST(Requests, BoundsOfTimesArriveAsThisProgramHoldsThem)
+{
+    constexpr auto beyond = std::int64_t(INT_MAX) + 1;
+    constexpr auto least = std::int64_t(std::numeric_limits<std::time_t>::min());
+    constexpr auto most = std::int64_t(std::numeric_limits<std::time_t>::max());
+    const TimeBounds expected = within(least, most, {beyond, 1, 0, 0});
+    const CMessageEventRequest events;
+    // The first bound and its switch, as docs/calls-as-bytes.md places them.
+    const Call event = readCall(with(with(with(fetchCall(&events), 76, 0x80000000), 80, 0), 84, 1));
+    EXPECT_EQ((TimeBounds{event.eventRequest->EventTime0, event.eventRequest->UseEventTime0,
+                          event.eventRequest->EventTime1, event.eventRequest->UseEventTime1}),
+              expected);
+    const CMessageCommandRequest commands;
+    const Call command = readCall(with(with(with(fetchCall(&commands), 68, 0x80000000), 72, 0), 76, 1));
+    EXPECT_EQ((TimeBounds{command.commandRequest->CommandTime0, command.commandRequest->UseCommandTime0,
+                          command.commandRequest->CommandTime1, command.commandRequest->UseCommandTime1}),
+              expected);
 }
 
 TEST(Answers, WhatNoMessageCanHoldIsRefusedBeforeItIsRead)
