@@ -141,11 +141,10 @@ double memoryOf(const std::string &process, const std::string &name)
     return 0;
 }
 
-/** The first process that this one has started, or nothing. */
-std::string childOf(pid_t process)
+/** The first process that another one has started, or nothing. */
+std::string childOf(const std::string &process)
 {
-    const std::string self = std::to_string(process);
-    std::ifstream children("/proc/" + self + "/task/" + self + "/children");
+    std::ifstream children("/proc/" + process + "/task/" + process + "/children");
     std::string child;
     children >> child;
     return child;
@@ -168,7 +167,8 @@ Memory memoryOfFetch(const std::function<std::unique_ptr<Installed>()> &install,
     const pid_t child = fork();
     if (child == 0) {
         const auto installed = install();
-        const std::string host = childOf(getpid());
+        // The library works in the child of its keeper.
+        const std::string host = childOf(childOf(std::to_string(getpid())));
         const double own = memoryOf("self", "VmRSS");
         const double hosts = memoryOf(host, "VmRSS");
         installed->fetchMany(copies);

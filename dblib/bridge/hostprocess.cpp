@@ -122,6 +122,7 @@ Received HostProcess::call(std::string_view message, const Deadline &deadline)
 std::string HostProcess::leave(const Deadline &deadline)
 {
     m_channel.close();
+    kill(m_id, SIGCONT); // the library may have stopped its keeper
     const bool ended = hasEnded(deadline.left());
     const std::string how = end();
     if (!ended)
@@ -222,9 +223,14 @@ std::string HostProcess::end()
     if (m_id < 0)
         return {};
     const pid_t id = std::exchange(m_id, -1);
-    kill(-id, SIGKILL);
-    kill(id, SIGKILL);
-    hasEnded(EndPatience);
+    // A host that can ends what the library has started, too.
+    kill(id, SIGTERM);
+    kill(id, SIGCONT);
+    if (!hasEnded(EndPatience / 2)) {
+        kill(-id, SIGKILL);
+        kill(id, SIGKILL);
+        hasEnded(EndPatience / 2);
+    }
     int status = 0;
     const pid_t reaped = waitpid(id, &status, WNOHANG);
     if (reaped == 0)

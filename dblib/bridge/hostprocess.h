@@ -53,7 +53,7 @@ class HostProcess
 public:
     /** Starts the host and waits until its library is loaded. Throws HostFault, std::system_error. */
     HostProcess(const HostTask &task, const Deadline &deadline);
-    /** Kills the process and all that the library started in its session. */
+    /** Kills the process, which takes all that the library started with it. */
     ~HostProcess();
     HostProcess(const HostProcess &) = delete;
     HostProcess &operator=(const HostProcess &) = delete;

@@ -8,11 +8,15 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 /** What the tests of the bridge, the recorder and the player do alike. */
@@ -130,5 +134,52 @@ inline std::set<int> childrenOf(int process)
             children.insert(child);
     }
     return children;
+}
+
+/** Signals one process. A number that means several, because the process was not found, ends the test. */
+inline void sendSignal(int process, int signal)
+{
+    if (process <= 1)
+        std::abort();
+    kill(process, signal);
+}
+
+/** Waits for the end of a process that is a child of this one or has lost its parent to it. */
+inline bool endsInTime(int process)
+{
+    constexpr int patience = 60000; // milliseconds
+    for (int i = 0; i < patience && kill(process, 0) == 0; ++i) {
+        waitpid(process, nullptr, WNOHANG);
+        usleep(1000);
+    }
+    return kill(process, 0) != 0;
+}
+
+/** As long as it lives, processes that lose their parent become children of this one. */
+class Subreaper
+{
+public:
+    Subreaper()
+    {
+        prctl(PR_SET_CHILD_SUBREAPER, 1);
+    }
+    ~Subreaper()
+    {
+        prctl(PR_SET_CHILD_SUBREAPER, 0);
+    }
+    Subreaper(const Subreaper &) = delete;
+    Subreaper &operator=(const Subreaper &) = delete;
+};
+
+/** The process that a library works in, whose parent is its keeper; -1 when there is not exactly one of both. */
+inline int hostOf(int process)
+{
+    for (int generation = 0; generation < 2; ++generation) {
+        const std::set<int> children = childrenOf(process);
+        if (children.size() != 1)
+            return -1;
+        process = *children.begin();
+    }
+    return process;
 }
 } // namespace BridgeFixture

@@ -251,7 +251,7 @@ void recordUntilKilled(const Installation &installation, unsigned microseconds)
     char byte = 0;
     EXPECT_GT(read(ends[0], &byte, 1), 0); // it is initialised
     usleep(microseconds);                  // any moment of its work will do
-    kill(console, SIGKILL);
+    sendSignal(console, SIGKILL);
     waitpid(console, nullptr, 0);
     close(ends[0]);
 }

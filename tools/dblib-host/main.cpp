@@ -5,12 +5,14 @@
  * @file
  * dblib-host: the process that the bridge has a DB library work in. It loads
  * the library as the console does, and calls it as it is told through a
- * socket. It ends with the program that started it.
+ * socket. It ends with the program that started it, and with it all that the
+ * library has started.
  */
 #include "channel.h"
 #include "dispatch.h"
 #include "foreigncall.h"
 #include "hostprotocol.h"
+#include "keeper.h"
 #include "keptwords.h"
 
 #include <cerrno>
@@ -20,7 +22,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <string_view>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -49,14 +50,6 @@ constexpr const char *HelpText =
     "\n"
     "Examples:\n"
     "  echo Library=../Libs/plant.a >>Config/DBLib.def  has the bridge start a host for this library\n";
-
-/** The system kills this process when its parent ends; a parent that had already ended is noticed. */
-void endWithParent(pid_t parent)
-{
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent)
-        _exit(EXIT_FAILURE);
-}
 
 void limitMemory([[maybe_unused]] int megabytes)
 {
@@ -146,11 +139,19 @@ int tell(std::string_view option)
 }
 } // namespace
 
+#ifdef __SANITIZE_ADDRESS__
+/** A library's crash is to end this process as it does elsewhere. */
+extern "C" const char *__asan_default_options()
+{
+    return "handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:handle_abort=0";
+}
+#endif
+
 int main(int argc, char **argv)
 {
     if (argc != 5 || fcntl(HostDescriptor, F_SETFD, FD_CLOEXEC) != 0)
         return tell(argc == 2 ? argv[1] : "");
-    endWithParent(pid_t(std::atol(argv[1])));
+    leaveToKeeper(pid_t(std::atol(argv[1])));
     limitMemory(std::atoi(argv[2]));
     try {
         Channel channel{Descriptor(HostDescriptor)};
@@ -160,6 +161,8 @@ int main(int argc, char **argv)
         if (greeting.loaded)
             serve(channel, functions);
         return EXIT_SUCCESS;
+    } catch (const ChannelClosed &) {
+        _exit(HostLostConnection); // the program has ended, and nobody is there to be told
     } catch (const std::exception &error) {
         std::fprintf(stderr, "dblib-host: %s\n", error.what());
         std::fflush(nullptr);
