@@ -58,6 +58,9 @@ void killDescendants()
     if (WIFSIGNALED(status)) {
         const rlimit none = {0, 0};
         setrlimit(RLIMIT_CORE, &none); // the child has left one if it was wanted
+        sigset_t blocked;
+        sigemptyset(&blocked);
+        sigprocmask(SIG_SETMASK, &blocked, nullptr);
         std::raise(WTERMSIG(status));
     }
     _exit(WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE);
