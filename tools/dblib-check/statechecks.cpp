@@ -124,7 +124,7 @@ std::string changedState(const ProcessState &before, const ProcessState &after)
     }
     for (const auto &[what, value] : after)
         if (before.count(what) == 0)
-            return std::string(what).append(" was set to \"").append(value).append("\"");
+            return std::string(what).append(" was set to ").append(quoted(value.c_str()));
     return {};
 }
 

@@ -294,7 +294,9 @@ void misbehaveFor(const CMessageEventRequest &request)
     }
     if (fault("leak-with-mask") && request.UseSensorID)
         loseBytes(8);
-    if (fault("thread-with-mask") && request.UseSensorID)
+    // More in a long run than the system gives, and no other check asks so often.
+    static int masked = 0;
+    if (fault("thread-with-mask") && request.UseSensorID && ++masked % 3 == 0)
         leaveThread();
     if (fault("leak-with-time") && request.UseEventTime0)
         loseBytes(8);
