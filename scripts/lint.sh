@@ -13,13 +13,16 @@ lint_format() {
 
 # Checking ./dev checks the parts that it reads.
 lint_shell() {
-    tracked dev .ci scripts/enter-root '*.sh' ':!scripts/*.sh' |
+    tracked dev .ci scripts/enter-root scripts/try-packages packaging/systemd/obrim-{backup,thin-out}.in debian/tests \
+        ':!debian/tests/control' '*.sh' ':!scripts/*.sh' |
         (cd "$repository" && xargs -0r shellcheck --external-sources --check-sourced)
 }
 
 # lines_missing PATTERN: the tracked files without a line of that pattern, but for those of REUSE.toml.
 lines_missing() {
-    tracked . ':!LICENSES' ':!docs/pictures' ':!tests/fuzz/seeds' ':!tests/bridge/recordings' | (cd "$repository" && xargs -0 grep -IEL "$1") || true
+    tracked . ':!LICENSES' ':!docs/pictures' ':!tests/fuzz/seeds' ':!tests/bridge/recordings' \
+        ':!debian/changelog' ':!debian/source/format' |
+        (cd "$repository" && xargs -0 grep -IEL "$1") || true
 }
 
 lint_licences() {
@@ -60,6 +63,7 @@ lint_version() {
     version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$repository/CMakeLists.txt")
     odd=$(cd "$repository" && grep -rnE 'find_package\(ObrimDB ' dblib docs | grep -vF "(ObrimDB $version ")
     grep -qE "^## $version(\$|,)" "$repository/CHANGELOG.md" || odd+=" CHANGELOG.md"
+    [[ $(sed -n '1s/^obrim (\(.*\)).*/\1/p' "$repository/debian/changelog") == "$version" ]] || odd+=" debian/changelog"
     [[ -n $version && -z $odd ]] || {
         printf 'not of version %s:\n%s\n' "$version" "$odd" >&2
         return 1
