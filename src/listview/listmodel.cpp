@@ -119,6 +119,9 @@ bool ListModel::less(const QListViewItem *a, const QListViewItem *b) const
 
 void ListModel::sortRows(std::vector<QListViewItem *> &rows) const
 {
+    // As the rows of a load mostly do: then there is no need for keys.
+    if (std::is_sorted(rows.begin(), rows.end(), [this](const auto *a, const auto *b) { return less(a, b); }))
+        return;
     const auto arrival = [](const QListViewItem &row) { return quint64(row.m_arrival); };
     if (m_sortColumn < 0 || m_sortColumn >= columnCount())
         sortByArrival(rows, arrival);

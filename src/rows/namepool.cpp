@@ -28,13 +28,22 @@ void NamePool::clear()
     m_names.clear();
 }
 
-// So many addresses are known at a time: mostly all there are, in memory that stays in the processor's cache.
-constexpr unsigned KnownBits = 13;
+// At most so many addresses are known, 800 KB: that stays in the processor's cache.
+constexpr unsigned MostBits = 15;
 constexpr std::size_t Neighbours = 4;
 
-LentNames::LentNames(NamePool &pool)
+static unsigned bitsFor(int records)
+{
+    unsigned bits = 1;
+    while (bits < MostBits && records >> bits != 0)
+        ++bits;
+    return bits;
+}
+
+LentNames::LentNames(NamePool &pool, int records)
     : m_pool(pool)
-    , m_known((std::size_t(1) << KnownBits) + Neighbours)
+    , m_bits(bitsFor(records))
+    , m_known((std::size_t(1) << m_bits) + Neighbours)
 {
 }
 
@@ -42,7 +51,7 @@ const NamePool::Name *LentNames::name(const char *text, int length)
 {
     // The address times the golden ratio: its upper bits are well spread, however regularly the texts lie.
     const auto spread = std::uint32_t(reinterpret_cast<std::uintptr_t>(text)) * 0x9e3779b9U;
-    Known *const first = &m_known[spread >> (32 - KnownBits)];
+    Known *const first = &m_known[spread >> (32 - m_bits)];
     Known *known = first;
     for (; known != first + Neighbours && known->name; ++known)
         if (known->text == text && known->length == length)

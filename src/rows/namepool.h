@@ -39,8 +39,8 @@ private:
 class LentNames
 {
 public:
-    /** The pool must outlive it. */
-    explicit LentNames(NamePool &pool);
+    /** For so many records. The pool must outlive it. */
+    LentNames(NamePool &pool, int records);
 
     /** The pool's name of a record's text. Throws std::bad_alloc. */
     const NamePool::Name *name(const char *text, int length);
@@ -53,5 +53,6 @@ private:
     };
 
     NamePool &m_pool;
+    unsigned m_bits;            ///< of an address's hash that say where it stands
     std::vector<Known> m_known; ///< by the text's address
 };

@@ -393,7 +393,7 @@ auto RecordListWindow<Traits>::rowsOf(const Record *records, int count, int digi
 {
     followTimeZone();
     DateClasses dates;
-    LentNames names(m_names);
+    LentNames names(m_names, count);
     std::string parameters;
     Arrivals arrivals;
     arrivals.rows.reserve(std::size_t(count));

@@ -399,13 +399,17 @@ void RowsTest::lentNamesAreThePoolsWhereverTheyLie()
     // More than are remembered by their addresses, so that some are looked up again.
     constexpr int count = 40000;
     NamePool pool;
-    LentNames names(pool);
     std::vector<std::string> texts;
     for (int i = 0; i < count; ++i)
         texts.push_back("sensor " + std::to_string(i % 50));
-    for (int round = 0; round < 2; ++round)
-        for (const std::string &text : texts)
+    LentNames few(pool, 1);
+    LentNames names(pool, count);
+    for (int round = 0; round < 2; ++round) {
+        for (const std::string &text : texts) {
             QCOMPARE(names.name(text.c_str(), int(text.size()) + 1), pool.name(text));
+            QCOMPARE(few.name(text.c_str(), int(text.size()) + 1), pool.name(text));
+        }
+    }
     // The same bytes up to another length are another name.
     QCOMPARE(names.name(texts[0].c_str(), 6), pool.name("sensor"));
     QCOMPARE(names.name(texts[0].c_str(), 0), pool.name(""));
