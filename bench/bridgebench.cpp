@@ -219,7 +219,8 @@ int main()
     const auto directly = [&] { return std::make_unique<Installed>(folder.path("direct"), DBLIB_SQLITE, database); };
     const auto bridged = [&] {
         return std::make_unique<Installed>(folder.path("bridged"), DBLIB_BRIDGE,
-                                           database + "Library=" DBLIB_SQLITE "\n");
+                                           database + "Library=" DBLIB_SQLITE
+                                                      "\nTimeout=600\n"); // the machine may have other work
     };
 
     compareMemory(directly, bridged);
