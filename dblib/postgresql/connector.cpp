@@ -66,7 +66,8 @@ private:
 /** What holds unless the words say otherwise, which come last. */
 Postgres::Handle connectTo(const std::string &words, std::chrono::seconds patience)
 {
-    const std::string timeout = std::to_string(patience.count());
+    // libpq counts in whole seconds of the clock: whoever waits in between is never told of its limit before his own.
+    const std::string timeout = std::to_string(patience.count() + 1);
     const char *const keywords[] = {"connect_timeout", "fallback_application_name", "dbname", "client_encoding",
                                     nullptr};
     const char *const values[] = {timeout.c_str(), "obrim", words.c_str(), "UTF8", nullptr};
