@@ -307,8 +307,8 @@ void benchMemory(Goals &goals, std::FILE *figures)
         figures,
         "      %d rows, parameters of %.1f characters on the average; at rest %.1f MB, after %.1f MB, peak %.1f MB\n",
         window.list().childCount(), averageTextLength(window.list()), before / 1e6, after / 1e6, peak / 1e6);
-    goals.atMost("memory after the load, a row", (after - before) / Many, "bytes", 160);
-    goals.atMost("most memory during the load, a row", (peak - before) / Many, "bytes", 3 * 160);
+    goals.atMost("memory after the load, a row", (after - before) / Many, "bytes", 90);
+    goals.atMost("most memory during the load, a row", (peak - before) / Many, "bytes", 300);
 }
 
 void benchLoading(Goals &goals, std::FILE *figures, const std::string &database)
@@ -328,7 +328,7 @@ void benchLoading(Goals &goals, std::FILE *figures, const std::string &database)
         bareNamed.push_back(seconds([&] { named.step(); }));
         closings.push_back(seconds([&] { window.close(); }));
     }
-    goals.ratio("\"Update list\", beside the bare SELECT of its rows", medianOf(loads), medianOf(bareNamed), 4);
+    goals.ratio("\"Update list\", beside the bare SELECT of its rows", medianOf(loads), medianOf(bareNamed), 1.6);
     std::fprintf(figures, "      %.4f ms: the SELECT of those rows with a number in place of both names\n",
                  1e3 * medianOf(bare));
     goals.ratio("closing, beside the load", medianOf(closings), medianOf(loads), 0.1);
