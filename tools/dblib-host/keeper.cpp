@@ -58,9 +58,10 @@ void killDescendants()
     if (WIFSIGNALED(status)) {
         const rlimit none = {0, 0};
         setrlimit(RLIMIT_CORE, &none); // the child has left one if it was wanted
-        sigset_t blocked;
-        sigemptyset(&blocked);
-        sigprocmask(SIG_SETMASK, &blocked, nullptr);
+        sigset_t its;
+        sigemptyset(&its);
+        sigaddset(&its, WTERMSIG(status));
+        sigprocmask(SIG_UNBLOCK, &its, nullptr);
         std::raise(WTERMSIG(status));
     }
     _exit(WIFEXITED(status) ? WEXITSTATUS(status) : EXIT_FAILURE);
