@@ -55,10 +55,10 @@ public:
         return hostOf(getpid());
     }
 
-    static void killHost()
+    static void endHost(int signal)
     {
         const int keeper = *childrenOf(getpid()).begin();
-        sendSignal(host(), SIGKILL);
+        sendSignal(host(), signal);
         siginfo_t ended = {};
         waitid(P_PID, id_t(keeper), &ended, WEXITED | WNOWAIT);
     }
@@ -250,16 +250,28 @@ TEST(Bridge, AHostThatIsKilledBetweenCallsIsReplaced)
 {
     const Bridged bridged(faulty("good"));
     bridged.initialise();
-    Bridged::killHost();
+    Bridged::endHost(SIGKILL);
     EXPECT_EQ(told([&] { EXPECT_EQ(bridged.fetch().result, 0); }),
               "DBLib: " + bridged.library + " was killed by SIGKILL between two calls\n");
+}
+
+TEST(Bridge, AHostIsToldOfWithTheSignalThatEndedIt)
+{
+    const Bridged bridged(faulty("good"));
+    bridged.initialise();
+    // The keeper has its own use for the first and none for the second.
+    for (const auto &[signal, name] : {std::pair(SIGTERM, "SIGTERM"), std::pair(SIGUSR1, "SIGUSR1")}) {
+        Bridged::endHost(signal);
+        EXPECT_EQ(told([&] { EXPECT_EQ(bridged.fetch().result, 0); }),
+                  "DBLib: " + bridged.library + " was killed by " + name + " between two calls\n");
+    }
 }
 
 TEST(Bridge, ANewHostIsInitialisedBeforeAnythingElse)
 {
     const Bridged bridged(faulty("crash-uninitialised"));
     bridged.initialise();
-    Bridged::killHost();
+    Bridged::endHost(SIGKILL);
     EXPECT_THAT(told([&] { EXPECT_EQ(bridged.fetch().result, 0); }), Not(HasSubstr("SIGSEGV")));
 }
 
