@@ -122,7 +122,8 @@ Received HostProcess::call(std::string_view message, const Deadline &deadline)
 std::string HostProcess::leave(const Deadline &deadline)
 {
     m_channel.close();
-    kill(m_id, SIGCONT); // the library may have stopped its keeper
+    if (m_id > 0)
+        kill(m_id, SIGCONT); // the library may have stopped its keeper
     const bool ended = hasEnded(deadline.left());
     const std::string how = end();
     if (!ended)
