@@ -24,11 +24,13 @@ private slots:
     void cleanup();
     void theConsoleOutlivesEveryLibrary_data();
     void theConsoleOutlivesEveryLibrary();
+    void theConsoleOutlivesALibraryThatEndsItsParent();
     void theConsoleStartsAndEndsWithAFaultyLibrary_data();
     void theConsoleStartsAndEndsWithAFaultyLibrary();
 
 private:
-    QByteArray run(const QList<QByteArray> &definitions);
+    QByteArray run(const QList<QByteArray> &definitions, const QString &program = OBRIM_SURVIVING,
+                   const QStringList &arguments = {});
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -49,10 +51,14 @@ QByteArray behindBridge(const QString &folder)
  * Kills the keeper of its host, and whoever has become its parent in the moment
  * before it ends itself: the console never, but the subreaper, which is this test.
  */
-bool endsItsParent(const QString &name)
-{
-    return name == "kills-checker";
-}
+const QString EndsItsParent = "kills-checker";
+
+/** For unshare: runs a command among processes of its own, whose first one, a shell, they cannot kill. */
+const QStringList InItsOwnProcesses = QStringList{"--pid", "--mount-proc", "--fork", "--kill-child"}
+                                      << "sh"
+                                      << "-c"
+                                      << "\"$@\"; exit $?"
+                                      << "sh";
 
 /** All libraries of the checker's tests, a half of them, or those of the contract's. */
 QStringList foldersOf(const QString &which)
@@ -66,7 +72,7 @@ QStringList foldersOf(const QString &which)
         return folders;
     }
     for (const QString &name : checker.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        if ((name < "m") == (which == "checker, a to l") && !endsItsParent(name))
+        if ((name < "m") == (which == "checker, a to l") && name != EndsItsParent)
             folders << checker.filePath(name + "/Libs");
     return folders;
 }
@@ -109,7 +115,8 @@ void SurvivingTest::init()
 }
 
 /** What a console tells on standard error that works with these libraries; empty when it did not end in order. */
-QByteArray SurvivingTest::run(const QList<QByteArray> &definitions)
+QByteArray SurvivingTest::run(const QList<QByteArray> &definitions, const QString &program,
+                              const QStringList &arguments)
 {
     QFile list(m_folder->filePath("list"));
     if (!list.open(QIODevice::WriteOnly))
@@ -131,7 +138,7 @@ QByteArray SurvivingTest::run(const QList<QByteArray> &definitions)
     console.setProcessEnvironment(environment);
     console.setWorkingDirectory(m_folder->filePath("bin"));
     console.setStandardOutputFile(QProcess::nullDevice());
-    console.start(QFile::decodeName(OBRIM_SURVIVING), QStringList());
+    console.start(program, arguments);
     const bool ended = console.waitForFinished(2 * Patience);
     const QByteArray told = console.readAllStandardError();
     if (ended && console.exitStatus() == QProcess::NormalExit && console.exitCode() == 0)
@@ -171,6 +178,20 @@ void SurvivingTest::theConsoleOutlivesEveryLibrary()
              told.mid(at).constData());
     const int kills = int(told.count(" was killed by SIG"));
     QVERIFY2(kills >= killed, QByteArray::number(kills).constData());
+}
+
+void SurvivingTest::theConsoleOutlivesALibraryThatEndsItsParent()
+{
+    QStringList arguments = InItsOwnProcesses;
+    if (geteuid() != 0)
+        arguments.prepend("--map-root-user");
+    if (QProcess::execute("unshare", arguments + QStringList("true")) != 0)
+        QSKIP("this machine does not allow it");
+    const QByteArray ends = behindBridge(OBRIM_CHECKER_LIBRARIES "/" + EndsItsParent + "/Libs");
+    const QByteArray good = behindBridge(OBRIM_CHECKER_LIBRARIES "/good/Libs");
+    const QByteArray told = run({ends, ends, good}, "unshare", arguments + QStringList(OBRIM_SURVIVING));
+    QVERIFY2(told.contains(" was killed by SIGKILL "), told.constData());
+    QVERIFY2(told.contains("survived 2: 59 rows"), told.constData());
 }
 
 void SurvivingTest::theConsoleStartsAndEndsWithAFaultyLibrary_data()
