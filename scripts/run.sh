@@ -44,6 +44,17 @@ need_run_packages() {
     need_packages "${lists[@]}"
 }
 
+prepare_demo() {
+    build_preset "$target_name" demo
+    trap clean_up EXIT
+    trap 'exit 129' HUP
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+    private_dir=$(mktemp -d)
+    # The program's icon and catalogues, as if it were installed.
+    export XDG_DATA_DIRS="$build_root/$target_name/share:${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
+}
+
 command_run() {
     local target='' options=() data=sqlite
     while (($#)); do
@@ -66,15 +77,8 @@ command_run() {
         return
     fi
     need_run_packages
-    build_preset "$target_name" demo
-    trap clean_up EXIT
-    trap 'exit 129' HUP
-    trap 'exit 130' INT
-    trap 'exit 143' TERM
-    private_dir=$(mktemp -d)
+    prepare_demo
     choose_data "$data"
-    # The program's icon, as if it were installed.
-    export XDG_DATA_DIRS="$build_root/$target_name/share:${XDG_DATA_DIRS:-/usr/local/share:/usr/share}"
     if has_display; then
         run_here
     else
@@ -147,4 +151,24 @@ run_here() {
     beside "$(console_program)"
     wait "${children[-1]}" || status=$?
     return "$status"
+}
+
+# The pages' pictures, of today's windows: those in English, and a folder for each other language.
+command_pictures() {
+    (($# == 0)) || die "pictures does not know '$1'; see ./dev --help"
+    set_job_count
+    choose_target ''
+    need_packages build "$(toolkit_list)" test display
+    prepare_demo
+    choose_data sqlite
+    # shellcheck source=scripts/virtual-display.sh
+    source "$scripts/virtual-display.sh"
+    start_virtual_desktop
+    take_pictures "$repository/docs/pictures"
+    local catalogue
+    for catalogue in "$repository"/po/*/obrim.po; do
+        LANGUAGE=$(basename -- "${catalogue%/obrim.po}")
+        export LANGUAGE
+        take_pictures "$repository/docs/pictures/$LANGUAGE"
+    done
 }

@@ -140,25 +140,69 @@ take_turn() {
     }
 }
 
-run_on_virtual_display() {
-    pictures=$(pictures_folder)
-    mkdir -p "$pictures"
-    take_turn
+# show_panel [ARGUMENT...]: start the console and set `panel` to its first window.
+show_panel() {
+    # shellcheck disable=SC2119
+    start_console
+    window_of "$(translated Tool)"
+    panel=$window
+    activate "$panel"
+    save_picture "$panel" panel
+}
+
+# translated TEXT: as the console has it in $LANGUAGE.
+translated() {
+    [[ -n ${LANGUAGE:-} ]] || { printf '%s' "$1" && return; }
+    python3 -c 'import gettext, sys
+print(gettext.translation("obrim", sys.argv[1]).gettext(sys.argv[2]))' "$build_root/$target_name/share/locale" "$1"
+}
+
+start_virtual_desktop() {
     use_private_settings
     start_display
     start_window_manager
     park_pointer
+}
+
+run_on_virtual_display() {
+    pictures=$(pictures_folder)
+    mkdir -p "$pictures"
+    take_turn
+    start_virtual_desktop
     say "no display here: starting the console on the virtual display $DISPLAY"
-    # shellcheck disable=SC2119
-    start_console
-    window_of Tool
-    panel=$window
-    activate "$panel"
-    save_picture "$panel" panel
+    show_panel
     picture_of_list alt+s 'sensors list' sensors
     [[ -z ${simulator_pid:-} ]] || command_sensors "$window"
     picture_of_list alt+e 'events list' events
     picture_of_list alt+c 'commands list' commands
     leave_console
     say "pictures of the console: $pictures"
+}
+
+# picture_by_button PRESSES TITLE NAME: the list that a button of the panel opens. The letters that press it are
+# others in each language, and not on each keyboard.
+picture_by_button() {
+    local presses=() i
+    for ((i = 0; i < $1; i++)); do
+        presses+=(Tab)
+    done
+    activate "$panel" key --clearmodifiers "${presses[@]}" space
+    window_of "$(translated "$2")"
+    activate "$window"
+    save_picture "$window" "$3"
+}
+
+# take_pictures FOLDER: the panel and the lists in $LANGUAGE.
+take_pictures() {
+    pictures="$private_dir/pictures"
+    mkdir -p "$pictures"
+    show_panel
+    picture_by_button 0 'Sensors List' sensors
+    command_sensors "$window"
+    picture_by_button 2 'Events list' events
+    picture_by_button 1 'Commands list' commands
+    press "$panel" alt+F4
+    timeout "$time_limit" tail --pid="$console" -f /dev/null || die "the console does not end with its panel"
+    mkdir -p "$1"
+    mv "$pictures"/*.png "$1"
 }
