@@ -20,7 +20,7 @@ lint_shell() {
 
 # lines_missing PATTERN: the tracked files without a line of that pattern, but for those of REUSE.toml.
 lines_missing() {
-    tracked . ':!LICENSES' ':!docs/pictures' ':!tests/fuzz/seeds' ':!tests/bridge/recordings' \
+    tracked . ':!LICENSES' ':!docs/manual/*.png' ':!docs/pictures' ':!tests/fuzz/seeds' ':!tests/bridge/recordings' \
         ':!debian/changelog' ':!debian/source/format' |
         (cd "$repository" && xargs -0 grep -IEL "$1") || true
 }
@@ -63,6 +63,7 @@ lint_version() {
     version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$repository/CMakeLists.txt")
     odd=$(cd "$repository" && grep -rnE 'find_package\(ObrimDB ' dblib docs | grep -vF "(ObrimDB $version ")
     grep -qE "^## $version(\$|,)" "$repository/CHANGELOG.md" || odd+=" CHANGELOG.md"
+    grep -qF "<releaseinfo>$version</releaseinfo>" "$repository/docs/manual/index.docbook" || odd+=" docs/manual"
     [[ $(sed -n '1s/^obrim (\(.*\)).*/\1/p' "$repository/debian/changelog") == "$version" ]] || odd+=" debian/changelog"
     [[ -n $version && -z $odd ]] || {
         printf 'not of version %s:\n%s\n' "$version" "$odd" >&2

@@ -20,6 +20,7 @@ extract_messages() {
 
 command_messages() {
     (($# == 0)) || die "messages does not know '$1'; see ./dev --help"
+    choose_target ''
     need_packages build
     cd "$repository" || return
     extract_messages "$template"

@@ -18,6 +18,7 @@ installation() {
         demo_installation
     fi
 }
+catalogues() { printf '%s' "$build_root/$target_name/share/locale"; }
 pictures_folder() { printf '%s' "$build_root/$target_name/pictures"; }
 
 # What was started beside the console, and a directory of our own; both end with this command.
@@ -153,7 +154,7 @@ run_here() {
     return "$status"
 }
 
-# The pages' pictures, of today's windows: those in English, and a folder for each other language.
+# The pictures of the manual, of today's windows, and the same in each other language.
 command_pictures() {
     (($# == 0)) || die "pictures does not know '$1'; see ./dev --help"
     set_job_count
@@ -164,7 +165,7 @@ command_pictures() {
     # shellcheck source=scripts/virtual-display.sh
     source "$scripts/virtual-display.sh"
     start_virtual_desktop
-    take_pictures "$repository/docs/pictures"
+    take_pictures "$repository/docs/manual"
     local catalogue
     for catalogue in "$repository"/po/*/obrim.po; do
         LANGUAGE=$(basename -- "${catalogue%/obrim.po}")

@@ -154,7 +154,7 @@ show_panel() {
 translated() {
     [[ -n ${LANGUAGE:-} ]] || { printf '%s' "$1" && return; }
     python3 -c 'import gettext, sys
-print(gettext.translation("obrim", sys.argv[1]).gettext(sys.argv[2]))' "$build_root/$target_name/share/locale" "$1"
+print(gettext.translation("obrim", sys.argv[1]).gettext(sys.argv[2]))' "$(catalogues)" "$1"
 }
 
 start_virtual_desktop() {

@@ -7,6 +7,7 @@
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
 #include "data.h"
+#include "manual.h"
 #include "sensoritem.h"
 
 #include <KLocalizedString>
@@ -29,6 +30,7 @@ static QString commandsTitle(const QString &sensor)
 CWD_SensorsList::CWD_SensorsList(QWidget *parent, const char *name)
     : ListWindow(parent, name)
 {
+    addManualKey(this, QStringLiteral("sensors"));
     connect(list(), &ListView::itemRemoved, this, [this](const QListViewItem *item) {
         if (item == itemSelected)
             itemSelected = nullptr;

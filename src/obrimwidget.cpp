@@ -8,6 +8,7 @@
 #include "cwd_eventslist.h"
 #include "cwd_sensorslist.h"
 #include "informationbox.h"
+#include "manual.h"
 
 #include <KLocalizedString>
 #include <cstdio>
@@ -16,6 +17,7 @@ obrimWidget::obrimWidget(QWidget *parent, const char *name, Qt::WindowFlags fl)
     : obrimWidgetBase(parent, name, fl)
 {
     keepAccelerators();
+    addManualKey(this, QStringLiteral("the-panel"));
     InitData();
 }
 

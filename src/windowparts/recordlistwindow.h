@@ -7,6 +7,7 @@
 #include "listview.h"
 #include "listwindow.h"
 #include "managedcolumns.h"
+#include "manual.h"
 #include "messagetext.h"
 #include "namepool.h"
 #include "recorditem.h"
@@ -125,6 +126,7 @@ template <class Traits>
 RecordListWindow<Traits>::RecordListWindow(QWidget *parent, const char *caption)
     : ListWindow<Form>(parent, caption)
 {
+    addManualKey(this, QStringLiteral("events-and-commands"));
     ListView *view = this->*Traits::List;
     for (int column : Traits::NumericColumns)
         view->setColumnSortKey(column, ListView::SortKey::Number);

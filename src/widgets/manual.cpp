@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: 2026 The obrim developers
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "manual.h"
+
+#include "informationbox.h"
+
+#include <KHelpClient>
+#include <KLocalizedString>
+#include <QDesktopServices>
+#include <QShortcut>
+#include <QStandardPaths>
+#include <QUrl>
+
+namespace
+{
+
+QString installed(const char *file)
+{
+    return QStandardPaths::locate(QStandardPaths::GenericDataLocation, QString::fromLatin1(file));
+}
+
+/** Asked first, as the desktop takes an address that it has no program for without a word. */
+bool helpCentreHasIt()
+{
+    return !QStandardPaths::findExecutable(QStringLiteral("khelpcenter")).isEmpty() &&
+           !installed("doc/HTML/en/obrim/index.docbook").isEmpty();
+}
+
+void openManual(QWidget *window, const QString &chapter)
+{
+    if (helpCentreHasIt()) {
+        KHelpClient::invokeHelp(chapter, QStringLiteral("obrim"));
+        return;
+    }
+    const QString file = installed("doc/obrim-doc/html/docs/manual.html");
+    QUrl page = QUrl::fromLocalFile(file);
+    page.setFragment(chapter);
+    if (!file.isEmpty() && QDesktopServices::openUrl(page))
+        return;
+    showInformationBox(window, QString(), i18n("The manual is not installed. It is in the package obrim-doc."));
+}
+
+} // namespace
+
+void addManualKey(QWidget *window, const QString &chapter)
+{
+    auto *key = new QShortcut(QKeySequence(Qt::Key_F1), window);
+    QObject::connect(key, &QShortcut::activated, window, [window, chapter] { openManual(window, chapter); });
+}
