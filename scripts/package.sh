@@ -63,9 +63,10 @@ ensure_build_root() {
 # What is tracked or new, without what was built.
 copy_sources() { tracked . | rsync -a --delete --from0 --files-from=- "$repository/" "$1/"; }
 
+# build_packages ROOT INTO [NAME]: from a folder of that name in the root.
 build_packages() {
-    local root=$1 folder
-    folder=/build/obrim-$(package_version)
+    local root=$1 into=$2 folder
+    folder=/build/${3:-obrim-$(package_version)}
     rm -rf --one-file-system "$root/build"
     mkdir -p "$root$folder"
     copy_sources "$root$folder"
@@ -73,9 +74,21 @@ build_packages() {
         >"$root.build.log" 2>&1 || die "the packages of $target_name are not built:
 $(tail -n 20 "$root.build.log")
 The whole output is in $root.build.log"
-    rm -rf "$(packages_folder)"
-    mkdir -p "$(packages_folder)"
-    find "$root/build" -maxdepth 1 -type f -exec mv -t "$(packages_folder)" {} +
+    rm -rf "$into"
+    mkdir -p "$into"
+    find "$root${folder%/*}" -maxdepth 1 -type f -exec mv -t "$into" {} +
+}
+
+# Whoever builds the packages anew can see that they are of these sources: nothing of the place or the time of a
+# build is in them.
+compare_packages() {
+    local root=$1 again differing
+    again="$(packages_folder).again"
+    say "building the packages of $target_name in another folder"
+    build_packages "$root" "$again" elsewhere/than/before
+    differing=$(cd "$again" && for file in *.deb; do cmp -s "$file" "$(packages_folder)/$file" || printf ' %s' "$file"; done)
+    [[ -z $differing ]] || die "two builds differ in$differing; the second one is in $again"
+    rm -rf "$again"
 }
 
 # The checker of another Debian knows other rules. The maintainers have no mail address in a domain of
@@ -100,10 +113,11 @@ try_packages() {
 }
 
 command_package() {
-    local target='' root trying=
+    local target='' root trying= twice=
     while (($#)); do
         case "$1" in
         --try) trying=yes ;;
+        --twice) twice=yes ;;
         --target) need_value "$@" && target=$2 && shift ;;
         *) die "package does not know '$1'; see ./dev --help" ;;
         esac
@@ -113,8 +127,9 @@ command_package() {
     choose_target "$target"
     root="$roots/$target_name.package"
     ensure_build_root "$root"
-    build_packages "$root"
+    build_packages "$root" "$(packages_folder)"
     check_packages
+    [[ -z $twice ]] || compare_packages "$root"
     [[ -z $trying ]] || try_packages
     say "packages: $(packages_folder)"
 }
