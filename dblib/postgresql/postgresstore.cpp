@@ -19,6 +19,8 @@ using Postgres::RowSelector;
 namespace
 {
 constexpr int UuidSize = 16;
+/** So many records grow without being moved far. */
+constexpr int FewRows = 1000;
 
 std::string randomUuid()
 {
@@ -142,6 +144,15 @@ void PostgresStore::open()
     perform([](Connection &used) { used.run(""); });
 }
 
+/** Records that grow by and by are moved into new memory each time, which the system has to clear. */
+template <class Record>
+void PostgresStore::reserveFor(const RowSelector &selector, const Selection &selection, Records<Record> &result)
+{
+    // A filter may let few pass.
+    if (selection.count > FewRows && selection.anyTime && selection.series.passesAll())
+        result.reserve(std::size_t(selector.mostRows(selection)));
+}
+
 template <class Record>
 std::unique_ptr<Records<Record>> PostgresStore::read(RowSelector &selector, const Selection &selection, bool rising)
 {
@@ -153,9 +164,11 @@ std::unique_ptr<Records<Record>> PostgresStore::read(RowSelector &selector, cons
             result = std::make_unique<Records<Record>>();
         };
         selector.select(used, selection, restart, [&](const Row &row) {
-            // Not before the series are known that come with the rows.
-            if (!builder)
+            // Not before the series and the table's end are known, which come with the rows.
+            if (!builder) {
+                reserveFor(selector, selection, *result);
                 builder.emplace(*result, selector.series());
+            }
             builder->add(row);
         });
         if (rising && !selection.first)

@@ -64,6 +64,8 @@ private:
     void setUp(Postgres::Connection &made);
     template <class Action> auto perform(Action action);
     template <class Record>
+    static void reserveFor(const Postgres::RowSelector &selector, const Selection &selection, Records<Record> &result);
+    template <class Record>
     std::unique_ptr<Records<Record>> read(Postgres::RowSelector &selector, const Selection &selection, bool rising);
     Postgres::Result call(const std::string &function, const Postgres::Parameters &parameters);
     int seriesOf(Postgres::RowSelector &selector, const SeriesKey &key);

@@ -238,6 +238,13 @@ void RowSelector::refresh(Connection &connection)
     connection.copy(copied(newsQuery()), {[this](const CopiedRow &row) { takeNews(row); }});
 }
 
+std::int64_t RowSelector::mostRows(const Selection &selection) const
+{
+    const std::int64_t lowest = std::max(selection.idLow, m_oldestPartition * PartitionSize);
+    const std::int64_t highest = std::min(selection.idHigh, m_newest);
+    return std::clamp<std::int64_t>(highest - lowest + 1, 0, selection.count);
+}
+
 void RowSelector::select(Connection &connection, const Selection &selection, const Restart &restart, const Sink &sink)
 {
     const bool possible = selection.count > 0 && selection.idLow <= selection.idHigh && selection.idHigh >= 0 &&

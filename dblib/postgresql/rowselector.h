@@ -47,6 +47,8 @@ public:
      * transaction when there is one, else as one of its own. Throws Error.
      */
     void select(Connection &connection, const Selection &selection, const Restart &restart, const Sink &sink);
+    /** How many rows a selection has at most, as far as the table is known to reach. */
+    std::int64_t mostRows(const Selection &selection) const;
 
 private:
     class Work;
