@@ -350,7 +350,7 @@ int main(int argc, char **argv)
     Shown few(Few);
     const double before = memory("VmRSS:");
     Shown many(Many);
-    RowMemory::trim();
+    RowMemory::trimAfter(Many);
     goals.atMost("memory per row", (memory("VmRSS:") - before) / Many, "bytes", 90);
     std::printf("    rows built in %.3f s, taken in and painted in %.3f s\n", many.building, many.load);
     const double load = many.building + many.load;

@@ -92,12 +92,13 @@ void CWD_SensorsList::releaseSensors()
 
 void CWD_SensorsList::ResetData()
 {
-    load([this](const auto &self) { reload(self); });
+    load(m_lastLoad, 0, [this](const auto &self, auto &load) { reload(self, load); });
 }
 
-void CWD_SensorsList::reload(const QPointer<QObject> &self)
+void CWD_SensorsList::reload(const QPointer<QObject> &self, LoadGuard &load)
 {
     releaseSensors();
+    load.awaitLibrary();
     // Not into the members: the window may die while a box is open.
     int count = 0;
     const int room = roomForSensors();

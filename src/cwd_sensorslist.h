@@ -74,7 +74,9 @@ private:
     ManagedColumns managedColumns();
     void createMenus();
     void releaseSensors();
-    void reload(const QPointer<QObject> &self);
+    void reload(const QPointer<QObject> &self, LoadGuard &load);
     template <class Window> void openList(QString (*title)(const QString &));
     void sendCommand(int type);
+
+    LastLoad m_lastLoad;
 };

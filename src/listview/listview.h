@@ -74,6 +74,10 @@ public:
     /** Tells that texts of rows read differently from now on: counts the widths anew and paints the rows. */
     void textsChanged();
 
+    /** A text in the middle, over the rows, until another one or none comes. Painted in its time. */
+    void setNotice(const QString &text);
+    QString notice() const;
+
     /** Deletes all rows. */
     void clear();
     /** Takes over a row, puts it at its place and returns it; null is ignored. */
@@ -178,6 +182,7 @@ private:
 
     QStyleOptionViewItem rowOption() const;
     void drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const;
+    void drawNotice(QPainter *painter) const;
     void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
     void updateRow(const QModelIndex &index);
 
@@ -206,6 +211,7 @@ private:
     bool m_shown = false;       ///< rows have been painted since the last reset
     KeptPlace m_place;          ///< since the rows were laid out
     bool m_menuKeyDown = false; ///< the menu key's press was answered already
+    QString m_notice;
     TypedSearch m_search;
     QElapsedTimer m_typingClock; ///< since the last key
     QBasicTimer m_searchTimer;   ///< runs while rows are looked through

@@ -231,6 +231,8 @@ void ListView::paintEvent(QPaintEvent *event)
         if (event->region().intersects(option.rect))
             drawRow(&painter, option, row);
     }
+    if (!m_notice.isEmpty())
+        drawNotice(&painter);
     m_shown = m_shown || childCount() > 0;
 }
 
@@ -273,6 +275,30 @@ void ListView::drawFocus(QPainter *painter, const QStyleOptionViewItem &option) 
     const bool selected = option.state & QStyle::State_Selected;
     focus.backgroundColor = option.palette.color(selected ? QPalette::Highlight : QPalette::Window);
     style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter);
+}
+
+void ListView::setNotice(const QString &text)
+{
+    if (text == m_notice)
+        return;
+    m_notice = text;
+    viewport()->update();
+}
+
+QString ListView::notice() const
+{
+    return m_notice;
+}
+
+void ListView::drawNotice(QPainter *painter) const
+{
+    const int margin = fontMetrics().height();
+    QRect box = fontMetrics().boundingRect(m_notice).marginsAdded({margin, margin, margin, margin});
+    box.moveCenter(viewport()->rect().center());
+    painter->fillRect(box, palette().color(QPalette::ToolTipBase));
+    painter->setPen(palette().color(QPalette::ToolTipText));
+    painter->drawRect(box);
+    painter->drawText(box, Qt::AlignCenter, m_notice);
 }
 
 void ListView::updateRow(const QModelIndex &index)

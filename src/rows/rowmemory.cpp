@@ -4,7 +4,10 @@
 
 #include <malloc.h>
 
-void RowMemory::trim() noexcept
+void RowMemory::trimAfter(int rows) noexcept
 {
-    ::malloc_trim(0);
+    // Many free whole pages, whose return takes milliseconds.
+    constexpr int many = 50000;
+    if (rows >= many)
+        ::malloc_trim(0);
 }

@@ -30,8 +30,8 @@ public:
         m_pool.release();
     }
 
-    /** Gives memory that has become free back to the system: after large loads and their ends. */
-    static void trim() noexcept;
+    /** Gives memory back to the system that has become free when so many rows or their records went. */
+    static void trimAfter(int rows) noexcept;
 
 private:
     std::pmr::monotonic_buffer_resource m_pool;

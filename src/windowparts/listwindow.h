@@ -96,23 +96,25 @@ protected:
 
     bool loading() const
     {
-        return m_loading;
+        return m_load != nullptr;
     }
 
     /**
-     * Runs `work`, which loads the list, unless another load is waiting. It
-     * gets a pointer that tells whether the window is still there, to be asked
-     * after whatever may have shown a box.
+     * Runs `work`, which loads the list of `asked` records at most, unless
+     * another load is waiting. It gets a pointer that tells whether the window
+     * is still there, to be asked after whatever may have shown a box, and the
+     * load, which shows how it goes. `last` is the window's, one for each way
+     * of loading.
      */
-    template <class Work> void load(Work work)
+    template <class Work> void load(LastLoad &last, int asked, Work work)
     {
-        if (m_loading)
+        if (m_load)
             return;
         try {
             const QPointer<QObject> self(this);
-            const LoadGuard guard(this, list(), m_loading);
+            LoadGuard load(this, list(), m_load, last, asked);
             try {
-                work(self);
+                work(self, load);
             } catch (const std::bad_alloc &) {
                 // Still within the load: no other one may open a second box.
                 if (self)
@@ -138,7 +140,7 @@ protected:
 
 private:
     QMenuBar *m_menuBar = nullptr;
-    bool m_loading = false;
+    LoadGuard *m_load = nullptr; ///< the one that runs
     bool m_constructed = false;
     bool m_rejected = false; ///< closed while it was built
 };

@@ -2,13 +2,33 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "loadguard.h"
 
-#include "clock.h"
 #include "informationbox.h"
 #include "listview.h"
 
 #include <KLocalizedString>
+#include <chrono>
+#include <climits>
 #include <cstdio>
 #include <new>
+
+namespace
+{
+
+int systemMilliseconds()
+{
+    using namespace std::chrono;
+    const auto now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+    return int(now % INT_MAX);
+}
+
+int (*loadClock)() = systemMilliseconds;
+
+} // namespace
+
+void setLoadClock(int (*milliseconds)())
+{
+    loadClock = milliseconds ? milliseconds : systemMilliseconds;
+}
 
 void tellShortMemory(QWidget *window)
 {
@@ -19,24 +39,58 @@ void tellShortMemory(QWidget *window)
     }
 }
 
-LoadGuard::LoadGuard(QWidget *window, ListView *list, bool &loading)
+LoadGuard::LoadGuard(QWidget *window, ListView *list, LoadGuard *&current, LastLoad &last, int asked)
     : m_window(window)
     , m_list(list)
-    , m_loading(loading)
-    , m_started(currentTime())
+    , m_current(current)
+    , m_last(last)
+    , m_asked(asked)
+    , m_started(loadClock())
 {
-    m_loading = true;
+    if (pointerWaitsAtOnce(asked, last))
+        m_cursor.emplace();
+    m_current = this;
 }
 
 LoadGuard::~LoadGuard()
 {
     if (!m_window)
         return;
-    m_loading = false;
-    // Who has waited that long is to see the rows before any other work is
-    // done. A clock of whole seconds misses no load of more than one.
-    if (currentTime() - m_started >= 1) {
+    m_current = nullptr;
+    m_last = {m_asked, elapsed()};
+    m_list->setNotice(QString());
+    // Who has waited that long is to see the rows before any other work is done.
+    if (m_last.milliseconds >= LongLoad) {
+        m_list->viewport()->update();
         m_window->repaint();
-        m_list->viewport()->repaint();
     }
+}
+
+/** A clock that starts anew within a load, every 24 days, leaves it a short one. */
+int LoadGuard::elapsed() const
+{
+    return std::max(0, loadClock() - m_started);
+}
+
+void LoadGuard::awaitLibrary()
+{
+    if (m_cursor)
+        paintNotice(tr2i18n("Waiting for the database"));
+}
+
+void LoadGuard::showProgress(int rows, int all)
+{
+    const int now = elapsed();
+    if (!progressIsDue(now, now - m_told))
+        return;
+    m_told = now;
+    if (!m_cursor)
+        m_cursor.emplace();
+    paintNotice(i18n("Row %1 of %2", rows, all));
+}
+
+void LoadGuard::paintNotice(const QString &text)
+{
+    m_list->setNotice(text);
+    m_list->viewport()->repaint();
 }

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "loadfeedback.h"
 #include "waitcursor.h"
 
 #include <QPointer>
 #include <QWidget>
-#include <ctime>
+#include <optional>
 
 class ListView;
 
@@ -14,23 +15,41 @@ class ListView;
 void tellShortMemory(QWidget *window);
 
 /**
- * A load of a list window under way, until the end of the scope: `loading`,
- * a member of the window, is true meanwhile and the pointer shows that the
- * program works. After a long load the window is repainted at once. The
- * window may die in between.
+ * Replaces the clock by which loads are long, in milliseconds from any start,
+ * so that tests can step it; NULL brings the system's back.
+ */
+void setLoadClock(int (*milliseconds)());
+
+/**
+ * A load of a list window under way, until the end of the scope: `current`, a
+ * member of the window, points here meanwhile. A long load shows that it runs,
+ * and the window is repainted at once after it. No event loop runs for that,
+ * so that nothing else happens meanwhile. The window may die in between.
  */
 class LoadGuard
 {
 public:
-    LoadGuard(QWidget *window, ListView *list, bool &loading);
+    /** `last`, a member of the window, is what is known of loads like this one, and learns from it. */
+    LoadGuard(QWidget *window, ListView *list, LoadGuard *&current, LastLoad &last, int asked);
     ~LoadGuard();
     LoadGuard(const LoadGuard &) = delete;
     LoadGuard &operator=(const LoadGuard &) = delete;
 
+    /** The library is called next: what a long load is to show meanwhile is shown now. */
+    void awaitLibrary();
+    /** So many of all rows are made: shown when the load is a long one. */
+    void showProgress(int rows, int all);
+
 private:
+    int elapsed() const;
+    void paintNotice(const QString &text);
+
     QPointer<QWidget> m_window;
     ListView *m_list;
-    bool &m_loading;
-    std::time_t m_started;
-    WaitCursor m_cursor;
+    LoadGuard *&m_current;
+    LastLoad &m_last;
+    int m_asked;
+    int m_started;
+    int m_told = 0; ///< milliseconds after the start
+    std::optional<WaitCursor> m_cursor;
 };

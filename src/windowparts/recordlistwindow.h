@@ -105,13 +105,13 @@ private:
 
     ManagedColumns managedColumns();
     FilterControls filterControls();
-    void reload(const QPointer<QObject> &self);
-    void loadNew(const QPointer<QObject> &self);
+    void reload(const QPointer<QObject> &self, LoadGuard &load);
+    void loadNew(const QPointer<QObject> &self, LoadGuard &load);
     template <class DigitsOf, class NumberOf>
-    std::optional<Arrivals> fetch(const QPointer<QObject> &self, Request &request, DigitsOf digitsOf,
+    std::optional<Arrivals> fetch(const QPointer<QObject> &self, LoadGuard &load, Request &request, DigitsOf digitsOf,
                                   NumberOf numberOf);
-    template <class NumberOf> Arrivals rowsOf(const Record *records, int count, int digits, NumberOf numberOf);
-    static void trimMemory(int rows);
+    template <class NumberOf>
+    Arrivals rowsOf(LoadGuard &load, const Record *records, int count, int digits, NumberOf numberOf);
     void followTimeZone();
     void addRows(Arrivals &arrivals, bool first, bool startOver);
 
@@ -119,6 +119,8 @@ private:
     RowMemory m_memory;
     Arrivals m_arrivals; ///< between a fetch and the release, in which the window may go
     QByteArray m_dateTextBasis;
+    LastLoad m_lastReload;
+    LastLoad m_lastLoadOfNew{0, 0}; ///< what is new is little as a rule
     bool m_painting = false;
 };
 
@@ -146,7 +148,7 @@ template <class Traits> RecordListWindow<Traits>::~RecordListWindow()
     view->clear();
     m_arrivals = {};
     m_memory.clear();
-    trimMemory(rows);
+    RowMemory::trimAfter(rows);
 }
 
 template <class Traits> ListView *RecordListWindow<Traits>::list()
@@ -293,22 +295,22 @@ template <class Traits> FilterControls RecordListWindow<Traits>::filterControls(
 
 template <class Traits> int RecordListWindow<Traits>::ResetData()
 {
-    this->load([this](const auto &self) {
+    this->load(m_lastReload, this->NMax->text().toInt(), [this](const auto &self, auto &load) {
         const int before = list()->childCount();
-        reload(self);
+        reload(self, load);
         if (self)
-            trimMemory(std::max(before, list()->childCount()));
+            RowMemory::trimAfter(std::max(before, list()->childCount()));
     });
     return 0;
 }
 
 template <class Traits> int RecordListWindow<Traits>::GetNewData()
 {
-    this->load([this](const auto &self) { loadNew(self); });
+    this->load(m_lastLoadOfNew, 0, [this](const auto &self, auto &load) { loadNew(self, load); });
     return 0;
 }
 
-template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QObject> &self)
+template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QObject> &self, LoadGuard &load)
 {
     list()->clear();
     m_names.clear();
@@ -318,7 +320,7 @@ template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QOb
     fillRequest(request, filterControls(), SensorNameMask);
     const bool first = request.TakeFirst1_Last0 != 0;
     auto arrivals =
-        fetch(self, request, rowNumberDigits, [first](int i, int count) { return rowNumber(i, count, first); });
+        fetch(self, load, request, rowNumberDigits, [first](int i, int count) { return rowNumber(i, count, first); });
     if (!arrivals)
         return;
     const int count = int(arrivals->rows.size());
@@ -331,7 +333,7 @@ template <class Traits> void RecordListWindow<Traits>::reload(const QPointer<QOb
     iLast = count - 1;
 }
 
-template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QObject> &self)
+template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QObject> &self, LoadGuard &load)
 {
     // There is no identifier above the largest one to ask for.
     if (IDLast == INT_MAX)
@@ -340,20 +342,12 @@ template <class Traits> void RecordListWindow<Traits>::loadNew(const QPointer<QO
     fillRequest(request, filterControls(), SensorNameMask, IDLast);
     const auto digits = [this](int) { return AccSensorID; };
     const int last = iLast;
-    auto arrivals = fetch(self, request, digits, [last](int i, int) { return addedRowNumber(last, i); });
+    auto arrivals = fetch(self, load, request, digits, [last](int i, int) { return addedRowNumber(last, i); });
     if (!arrivals || arrivals->rows.empty())
         return;
     const int count = int(arrivals->rows.size());
     addRows(*arrivals, request.TakeFirst1_Last0 != 0, false);
     iLast = addedRowNumber(last, count - 1);
-}
-
-/** After so many rows or their records were freed: many give whole pages back, which takes milliseconds. */
-template <class Traits> void RecordListWindow<Traits>::trimMemory(int rows)
-{
-    constexpr int many = 50000;
-    if (rows >= many)
-        RowMemory::trim();
 }
 
 /** The system's time zone may be switched while the rows are in the list: their dates then read differently. */
@@ -375,12 +369,13 @@ template <class Traits> void RecordListWindow<Traits>::followTimeZone()
  */
 template <class Traits>
 template <class DigitsOf, class NumberOf>
-auto RecordListWindow<Traits>::fetch(const QPointer<QObject> &self, Request &request, DigitsOf digitsOf,
-                                     NumberOf numberOf) -> std::optional<Arrivals>
+auto RecordListWindow<Traits>::fetch(const QPointer<QObject> &self, LoadGuard &load, Request &request,
+                                     DigitsOf digitsOf, NumberOf numberOf) -> std::optional<Arrivals>
 {
+    load.awaitLibrary();
     const auto reader = [&](const Record *records, int count) {
         if (self)
-            m_arrivals = rowsOf(records, count, digitsOf(count), numberOf);
+            m_arrivals = rowsOf(load, records, count, digitsOf(count), numberOf);
     };
     const int result = Traits::Read(reader, &request, this);
     if (!self)
@@ -391,8 +386,10 @@ auto RecordListWindow<Traits>::fetch(const QPointer<QObject> &self, Request &req
 
 template <class Traits>
 template <class NumberOf>
-auto RecordListWindow<Traits>::rowsOf(const Record *records, int count, int digits, NumberOf numberOf) -> Arrivals
+auto RecordListWindow<Traits>::rowsOf(LoadGuard &load, const Record *records, int count, int digits, NumberOf numberOf)
+    -> Arrivals
 {
+    constexpr int rowsPerLook = 4096; // at the clock
     followTimeZone();
     DateClasses dates;
     LentNames names(m_names, count);
@@ -411,6 +408,8 @@ auto RecordListWindow<Traits>::rowsOf(const Record *records, int count, int digi
         arrivals.rows.push_back(
             Traits::Item::create(m_memory, {numberOf(i, count), digits, sensor, id, Traits::kind(record, names), time,
                                             dates.of(time), parameters}));
+        if (i % rowsPerLook == rowsPerLook - 1)
+            load.showProgress(i + 1, count);
     }
     return arrivals;
 }

@@ -274,6 +274,7 @@ private slots:
     void reloadStartsAtTheTop();
     void deletingTheCurrentRowSelectsItsNeighbour();
     void nothingIsRepaintedWhenNothingComes();
+    void noticeStandsOverTheMiddleOfTheRowsUntilItIsTaken();
 };
 
 void ListViewTest::init()
@@ -1383,6 +1384,25 @@ void ListViewTest::deletingTheCurrentRowSelectsItsNeighbour()
     while (list.childCount() > 0)
         list.removeItem(list.currentItem());
     QVERIFY(!list.currentItem());
+}
+
+void ListViewTest::noticeStandsOverTheMiddleOfTheRowsUntilItIsTaken()
+{
+    NumberList list(100);
+    list.showAndWait();
+    const auto picture = [&list] { return list.viewport()->grab().toImage(); };
+    const QImage rows = picture();
+    list.setNotice(QStringLiteral("Row 1"));
+    const QImage one = picture();
+    QVERIFY(one != rows);
+    QCOMPARE(one.copy(0, 0, one.width(), 20), rows.copy(0, 0, rows.width(), 20));
+    list.setNotice(QStringLiteral("Row 2"));
+    QVERIFY(picture() != one);
+    QCOMPARE(picture().size(), one.size());
+    list.painted = 0;
+    list.setNotice({});
+    QTRY_VERIFY(list.painted > 0);
+    QCOMPARE(picture(), rows);
 }
 
 void ListViewTest::nothingIsRepaintedWhenNothingComes()

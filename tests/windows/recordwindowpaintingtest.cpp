@@ -14,9 +14,6 @@ private slots:
     void nothingIsPaintedWhenNothingIsNew();
     void newRowsLeavePlaceAndSelection();
     void newRowsAreFollowedWhereTheyLand();
-    void pointerWaitsDuringALoadAndIsRestoredInABox();
-    void longLoadIsPaintedAtOnce();
-    void shortLoadIsPaintedInItsTime();
 };
 
 /** The first row that is wholly in sight. */
@@ -104,59 +101,6 @@ void RecordWindowPaintingTest::newRowsAreFollowedWhereTheyLand()
                 QCOMPARE(bar->value(), first ? bar->maximum() : 0);
             }
         }
-    });
-}
-
-void RecordWindowPaintingTest::pointerWaitsDuringALoadAndIsRestoredInABox()
-{
-    eachKind([](auto kind) {
-        const auto window = openWith(kind, 1, 3);
-        bool waits = false;
-        kind.source().onFetch = [&waits] {
-            waits = QApplication::overrideCursor() && QApplication::overrideCursor()->shape() == Qt::WaitCursor;
-        };
-        window->onUpdateList();
-        QVERIFY(waits);
-        QVERIFY(!QApplication::overrideCursor());
-
-        kind.source().sizes = 1;
-        bool usual = false;
-        when([] { return openBox() != nullptr; },
-             [&usual] {
-                 usual = !QApplication::overrideCursor();
-                 openBox()->accept();
-             });
-        window->onUpdateList();
-        QVERIFY(usual);
-        QVERIFY(!QApplication::overrideCursor());
-    });
-}
-
-void RecordWindowPaintingTest::longLoadIsPaintedAtOnce()
-{
-    eachKind([](auto kind) {
-        const auto window = openWith(kind, 1, 3);
-        QVERIFY(showAndWait(window.get()));
-        QTRY_COMPARE(window->firstPaint, 0);
-        PaintCounter whole(window.get());
-        PaintCounter rows(kind.list(window.get())->viewport());
-        kind.source().onFetch = [] { setTime(StartTime + 1); };
-        window->onUpdateList();
-        QVERIFY(whole.paints > 0);
-        QVERIFY(rows.paints > 0);
-    });
-}
-
-void RecordWindowPaintingTest::shortLoadIsPaintedInItsTime()
-{
-    eachKind([](auto kind) {
-        const auto window = openWith(kind, 1, 3);
-        QVERIFY(showAndWait(window.get()));
-        QTRY_COMPARE(window->firstPaint, 0);
-        PaintCounter counter(kind.list(window.get())->viewport());
-        window->onUpdateList();
-        QCOMPARE(counter.paints, 0);
-        QTRY_VERIFY(counter.paints > 0);
     });
 }
 

@@ -4,6 +4,7 @@
 
 #include "clock.h"
 #include "informationbox.h"
+#include "loadguard.h"
 
 #include <KLocalizedString>
 #include <QDialog>
@@ -11,11 +12,17 @@
 namespace
 {
 std::time_t now = 0;
-}
+int milliseconds = 0;
+} // namespace
 
 void WindowTestBase::setTime(std::time_t time)
 {
     now = time;
+}
+
+void WindowTestBase::passMilliseconds(int count)
+{
+    milliseconds += count;
 }
 
 void WindowTestBase::init()
@@ -28,11 +35,13 @@ void WindowTestBase::init()
     setTextLookUp([](const char *text) { return tr2i18n(text); });
     setTime(StartTime);
     setClock([] { return now; });
+    setLoadClock([] { return milliseconds; });
 }
 
 void WindowTestBase::cleanup()
 {
     setClock(nullptr);
+    setLoadClock(nullptr);
     const QStringList unexpected = MessageWatch::unexpected();
     const bool cursorLeft = QApplication::overrideCursor();
     const QWidgetList windowsLeft = QApplication::topLevelWidgets();

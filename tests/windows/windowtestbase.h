@@ -20,6 +20,8 @@ public:
     static constexpr std::time_t StartTime = 1795221060;
     /** Steps the clock. */
     static void setTime(std::time_t time);
+    /** Steps the clock by which loads are long. */
+    static void passMilliseconds(int count);
 
 protected slots:
     void init();
