@@ -1,13 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-/** @file The least that a program with the console's libraries does to show a window. */
+/** @file The least that a program with the console's libraries does to show a window, with a text in it if one is
+ * given. */
 
 #include "obrim.h"
 
 #include <KAboutData>
 #include <QApplication>
-#include <QWidget>
+#include <QLabel>
+#include <memory>
 
 namespace
 {
@@ -26,7 +28,9 @@ int main(int argc, char **argv)
     const QApplication application(argc, argv);
     if (argc < 1)
         useLibraries();
-    QWidget widget;
-    widget.show();
+    QWidget empty;
+    // Without a text, a label asks for its font all the same.
+    std::unique_ptr<QWidget> label(argc > 1 ? new QLabel(QString::fromLocal8Bit(argv[1])) : nullptr);
+    (label ? *label : empty).show();
     return QApplication::exec();
 }
