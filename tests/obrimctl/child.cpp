@@ -20,6 +20,7 @@ constexpr int PatienceSeconds = 120;
 {
     setenv("TZ", "UTC", 1);
     setenv("LC_ALL", "C.UTF-8", 1);
+    unsetenv("LANGUAGE");
     unsetenv("NO_COLOR");
     for (const std::string &variable : environment)
         putenv(const_cast<char *>(variable.c_str()));

@@ -3,6 +3,8 @@
 #include "bytetext.h"
 
 #include "failure.h"
+#include "filling.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <algorithm>
@@ -55,8 +57,9 @@ std::string toLatin1(std::string_view utf8, const std::string &what)
             text += char(first << 6 | (second & 0x3f));
             ++i;
         } else {
-            throw UsageError(what + " '" + visibleText(utf8) +
-                             "' has a letter that no record can have: they are kept in Latin-1");
+            throw UsageError(
+                filled(translated("%1 '%2' has a letter that no record can have: they are kept in Latin-1"), what,
+                       visibleText(utf8)));
         }
     }
     return text;

@@ -3,6 +3,7 @@
 #include "channel.h"
 
 #include "failure.h"
+#include "translation.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -73,7 +74,7 @@ void Channel::take(char *bytes, std::size_t size)
             m_in.resize(got > 0 ? std::size_t(got) : 0);
             m_read = 0;
             if (got == 0 || (got < 0 && errno != EINTR))
-                throw Failure("the other process has ended");
+                throw Failure(translated("the other process has ended"));
         }
         const std::size_t taken = std::min(size, m_in.size() - m_read);
         std::memcpy(bytes, m_in.data() + m_read, taken);

@@ -5,8 +5,11 @@
 #include "bytetext.h"
 #include "databases.h"
 #include "failure.h"
+#include "filling.h"
+#include "helpformatter.h"
 #include "helpjson.h"
 #include "helptexts.h"
+#include "translation.h"
 #include "values.h"
 #include "visibletext.h"
 
@@ -56,6 +59,7 @@ public:
 private:
     CLI::App *addCommand(CLI::App &parent, const CommandHelp &help);
     CLI::App *command(const char *name);
+    static void addHelp(CLI::App &command);
     void addDirectory(CLI::App &command);
     void addValue(CLI::App &command, const std::string &names, const char *placeholder, const char *description);
     void addListOptions(CLI::App &command);
@@ -83,9 +87,12 @@ private:
 Parser::Parser()
     : m_app(programHelp().summary, programHelp().name)
 {
+    m_app.formatter(std::make_shared<HelpFormatter>());
+    m_app.option_defaults()->group(translated("Options"));
+    addHelp(m_app);
     m_app.footer(footerOf(programHelp()));
     m_app.require_subcommand(1);
-    m_app.set_version_flag("--version", Version);
+    m_app.set_version_flag("--version", Version, translated("Display program version information and exit"));
     addDirectory(m_app);
     for (const CommandHelp &help : commandHelps())
         addCommand(m_app, help);
@@ -98,6 +105,8 @@ Parser::Parser()
 CLI::App *Parser::addCommand(CLI::App &parent, const CommandHelp &help)
 {
     CLI::App *added = parent.add_subcommand(help.name, help.summary);
+    added->group(translated("Subcommands"));
+    addHelp(*added);
     added->footer(footerOf(help));
     addDirectory(*added);
     return added;
@@ -108,10 +117,17 @@ CLI::App *Parser::command(const char *name)
     return m_app.get_subcommand(name);
 }
 
+/** In place of the one that the parser makes, which is in English. */
+void Parser::addHelp(CLI::App &to)
+{
+    to.set_help_flag("-h,--help", translated("Print this help message and exit"));
+}
+
 /** -C may stand before and behind the command. */
 void Parser::addDirectory(CLI::App &to)
 {
-    to.add_option("-C,--installation", m_typed.directory, "the installation, or a folder in it")->type_name("DIR");
+    to.add_option("-C,--installation", m_typed.directory, translated("the installation, or a folder in it"))
+        ->type_name("DIR");
 }
 
 void Parser::addValue(CLI::App &to, const std::string &names, const char *placeholder, const char *description)
@@ -125,77 +141,80 @@ void Parser::addValue(CLI::App &to, const std::string &names, const char *placeh
 void Parser::addFormat(CLI::App &to, const char *formats)
 {
     addValue(to, "-o,--output", "FORMAT", formats);
-    to.add_flag("--utc", m_typed.utc, "times in UTC, read and written");
+    to.add_flag("--utc", m_typed.utc, translated("times in UTC, read and written"));
 }
 
 void Parser::addListOptions(CLI::App &to)
 {
-    addValue(to, "-S,--since", "TIME", "from this time on");
-    addValue(to, "-U,--until", "TIME", "up to this time");
-    to.add_flag("--first", m_typed.first, "the oldest records in place of the newest");
-    to.add_flag("-f,--follow", m_typed.follow, "go on with what comes later, until Ctrl-C");
-    addValue(to, "--interval", "SECONDS", "time between two looks at what has come (2)");
-    addValue(to, "--color", "WHEN", "auto (on a terminal, unless NO_COLOR is set), always or never");
-    addFormat(to, "table, csv, json (one object a line) or short (table)");
+    addValue(to, "-S,--since", "TIME", translated("from this time on"));
+    addValue(to, "-U,--until", "TIME", translated("up to this time"));
+    to.add_flag("--first", m_typed.first, translated("the oldest records in place of the newest"));
+    to.add_flag("-f,--follow", m_typed.follow, translated("go on with what comes later, until Ctrl-C"));
+    addValue(to, "--interval", "SECONDS", translated("time between two looks at what has come (2)"));
+    addValue(to, "--color", "WHEN", translated("auto (on a terminal, unless NO_COLOR is set), always or never"));
+    addFormat(to, translated("table, csv, json (one object a line) or short (table)"));
 }
 
 void Parser::addSensors()
 {
     CLI::App &to = *command("sensors");
-    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
-    addValue(to, "-t,--type", "STATE", "alive, dead, unknown or a number");
-    addValue(to, "--sensor-type", "KIND", "analyser, converter, receiver or a number");
-    addValue(to, "-n,--number", "N", "at most so many (all)");
+    addValue(to, "-s,--sensor", "MASK", translated("sensors whose names match"));
+    addValue(to, "-t,--type", "STATE", translated("alive, dead, unknown or a number"));
+    addValue(to, "--sensor-type", "KIND", translated("analyser, converter, receiver or a number"));
+    addValue(to, "-n,--number", "N", translated("at most so many (all)"));
     addListOptions(to);
 }
 
 void Parser::addEvents()
 {
     CLI::App &to = *command("events");
-    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
-    addValue(to, "-e,--event", "MASK", "events whose names match");
-    addValue(to, "-t,--type", "KIND", "of this kind: analyser, converter, receiver or a number");
-    addValue(to, "--sensor-type", "KIND", "of sensors of this kind, the same words");
-    addValue(to, "--id", "A..B", "with these identifiers; A.., ..B and A alone too");
-    addValue(to, "-n,--number", "N", "at most so many, or all (100)");
+    addValue(to, "-s,--sensor", "MASK", translated("sensors whose names match"));
+    addValue(to, "-e,--event", "MASK", translated("events whose names match"));
+    addValue(to, "-t,--type", "KIND", translated("of this kind: analyser, converter, receiver or a number"));
+    addValue(to, "--sensor-type", "KIND", translated("of sensors of this kind, the same words"));
+    addValue(to, "--id", "A..B", translated("with these identifiers; A.., ..B and A alone too"));
+    addValue(to, "-n,--number", "N", translated("at most so many, or all (100)"));
     addListOptions(to);
 }
 
 void Parser::addCommands()
 {
     CLI::App &to = *command("commands");
-    addValue(to, "-s,--sensor", "MASK", "sensors whose names match");
-    addValue(to, "-t,--type", "ORDER", "start, stop, restart, kill or a number");
-    addValue(to, "--message-type", "N", "with this kind of message, a number");
-    addValue(to, "--id", "A..B", "with these identifiers; A.., ..B and A alone too");
-    addValue(to, "-n,--number", "N", "at most so many, or all (100)");
+    addValue(to, "-s,--sensor", "MASK", translated("sensors whose names match"));
+    addValue(to, "-t,--type", "ORDER", translated("start, stop, restart, kill or a number"));
+    addValue(to, "--message-type", "N", translated("with this kind of message, a number"));
+    addValue(to, "--id", "A..B", translated("with these identifiers; A.., ..B and A alone too"));
+    addValue(to, "-n,--number", "N", translated("at most so many, or all (100)"));
     addListOptions(to);
 }
 
 void Parser::addOthers()
 {
     CLI::App &put = *command("put");
-    put.add_option("SENSOR", m_typed.sensor, "its name")->required()->type_name("");
-    put.add_option("ORDER", m_typed.order, "start, stop, restart or kill")->required()->type_name("");
+    put.add_option("SENSOR", m_typed.sensor, translated("its name"))->required()->type_name("");
+    put.add_option("ORDER", m_typed.order, translated("start, stop, restart or kill"))->required()->type_name("");
     addValue(put, "--wait", "[=SECONDS]",
-             "wait until the sensor has reported it, 10 seconds where none are given: --wait, --wait=30");
+             translated("wait until the sensor has reported it, 10 seconds where none are given: --wait, --wait=30"));
 
     CLI::App &remove = *command("delete");
-    remove.add_option("KIND", m_typed.kind, "event or command")->required()->type_name("");
-    remove.add_option("ID", m_typed.ids, "identifiers")->required()->type_name("");
+    remove.add_option("KIND", m_typed.kind, translated("event or command"))->required()->type_name("");
+    remove.add_option("ID", m_typed.ids, translated("identifiers"))->required()->type_name("");
 
     CLI::App &status = *command("status");
-    status.add_flag("--quick", m_typed.quick, "do not count events and commands");
-    status.add_flag("--require-alive", m_typed.requireAlive, "a sensor that is not alive is wrong");
-    addFormat(status, "text or json (text)");
+    status.add_flag("--quick", m_typed.quick, translated("do not count events and commands"));
+    status.add_flag("--require-alive", m_typed.requireAlive, translated("a sensor that is not alive is wrong"));
+    addFormat(status, translated("text or json (text)"));
 
-    command("copy")->add_option("TO-DIR", m_typed.to, "the installation to copy into")->required()->type_name("");
+    command("copy")
+        ->add_option("TO-DIR", m_typed.to, translated("the installation to copy into"))
+        ->required()
+        ->type_name("");
 
     CLI::App &init = *command("init");
-    init.add_option("DIR", m_typed.to, "where; the folder above must be there")->required()->type_name("");
+    init.add_option("DIR", m_typed.to, translated("where; the folder above must be there"))->required()->type_name("");
     addValue(init, "--database", "DATABASE", databaseWords().c_str());
-    addValue(init, "--group", "GROUP", "the group of operators and sensors, which owns the files");
-    init.add_flag("--desktop-entry", m_typed.desktopEntry, "a menu entry that starts the console there");
+    addValue(init, "--group", "GROUP", translated("the group of operators and sensors, which owns the files"));
+    init.add_flag("--desktop-entry", m_typed.desktopEntry, translated("a menu entry that starts the console there"));
 }
 
 CommandName Parser::name() const
@@ -209,7 +228,7 @@ CommandName Parser::name() const
     if (parsed != "delete")
         return names.at(parsed);
     if (m_typed.kind != "event" && m_typed.kind != "command")
-        throw UsageError("delete knows 'event' and 'command', not '" + visibleText(m_typed.kind) + "'");
+        throw UsageError(filled(translated("delete knows 'event' and 'command', not '%1'"), visibleText(m_typed.kind)));
     return m_typed.kind == "event" ? CommandName::DeleteEvent : CommandName::DeleteCommand;
 }
 
@@ -247,33 +266,11 @@ Filter Parser::filter(std::time_t now, Clock clock) const
     if (const std::string *time = m_typed.value("until"))
         filter.until = readTime("--until", *time, now, clock);
     if (filter.since && filter.until && *filter.since > *filter.until)
-        throw UsageError("--since is later than --until: nothing lies between");
+        throw UsageError(translated("--since is later than --until: nothing lies between"));
     if (const std::string *ids = m_typed.value("id"))
         filter.ids = readIds(*ids);
     readType(filter);
     return filter;
-}
-
-FormatName readFormat(const std::string &text)
-{
-    static const std::map<std::string, FormatName> formats = {{"table", FormatName::Table},
-                                                              {"csv", FormatName::Csv},
-                                                              {"json", FormatName::Json},
-                                                              {"short", FormatName::Short}};
-    const auto found = formats.find(text);
-    if (found == formats.end())
-        throw UsageError("--output cannot be '" + visibleText(text) + "': table, csv, json or short is expected");
-    return found->second;
-}
-
-ColourUse readColour(const std::string &text)
-{
-    static const std::map<std::string, ColourUse> uses = {
-        {"auto", ColourUse::Auto}, {"always", ColourUse::Always}, {"never", ColourUse::Never}};
-    const auto found = uses.find(text);
-    if (found == uses.end())
-        throw UsageError("--color cannot be '" + visibleText(text) + "': auto, always or never is expected");
-    return found->second;
 }
 
 ListOptions Parser::list(std::time_t now, Clock clock) const
@@ -287,7 +284,8 @@ ListOptions Parser::list(std::time_t now, Clock clock) const
     options.first = m_typed.first;
     options.follow = m_typed.follow;
     if (options.first && options.follow)
-        throw UsageError("--first and --follow exclude each other: what comes later follows the newest records");
+        throw UsageError(
+            translated("--first and --follow exclude each other: what comes later follows the newest records"));
     if (const std::string *interval = m_typed.value("interval"))
         options.interval = readSeconds("--interval", *interval, LeastInterval, MostSeconds);
     options.format.clock = clock;
@@ -301,12 +299,13 @@ ListOptions Parser::list(std::time_t now, Clock clock) const
 PutOptions Parser::put() const
 {
     PutOptions options;
-    options.sensor = toLatin1(m_typed.sensor, "the sensor");
+    options.sensor = toLatin1(m_typed.sensor, translated("the sensor"));
     for (const CodeWord &order : Orders)
         if (m_typed.order == order.word)
             options.order = order.code;
     if (options.order == 0)
-        throw UsageError("put knows start, stop, restart and kill, not '" + visibleText(m_typed.order) + "'");
+        throw UsageError(
+            filled(translated("put knows start, stop, restart and kill, not '%1'"), visibleText(m_typed.order)));
     if (const std::string *wait = m_typed.value("wait"))
         options.wait = readSeconds("--wait", *wait, 0, MostSeconds);
     return options;
@@ -331,11 +330,11 @@ Invocation Parser::invocation(std::time_t now) const
     case CommandName::DeleteEvent:
     case CommandName::DeleteCommand:
         for (const std::string &id : m_typed.ids)
-            read.toDelete.ids.push_back(readInteger("an identifier", id, INT_MIN, INT_MAX));
+            read.toDelete.ids.push_back(readInteger(translated("an identifier"), id, INT_MIN, INT_MAX));
         break;
     case CommandName::Status:
         if (format && *format != "json" && *format != "text")
-            throw UsageError("--output cannot be '" + visibleText(*format) + "': text or json is expected");
+            refuse("--output", *format, translated("text or json is expected"));
         read.status = {format && *format == "json", m_typed.quick, m_typed.requireAlive, clock};
         break;
     case CommandName::Copy:
@@ -343,9 +342,10 @@ Invocation Parser::invocation(std::time_t now) const
         break;
     case CommandName::Init:
         if (!m_typed.directory.empty())
-            throw UsageError("init makes DIR, and -C names an installation that is there: only one can be given");
+            throw UsageError(
+                translated("init makes DIR, and -C names an installation that is there: only one can be given"));
         if (!m_typed.value("database"))
-            throw UsageError("init needs --database: " + databaseWords());
+            throw UsageError(filled(translated("init needs --database: %1"), databaseWords()));
         read.init = {m_typed.to, *m_typed.value("database"), m_typed.value("group") ? *m_typed.value("group") : "",
                      m_typed.desktopEntry};
         break;
@@ -368,13 +368,15 @@ CommandLineEnd Parser::usageEnd(const std::string &reason) const
 {
     const auto commands = m_app.get_subcommands();
     const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
-    return {ExitUsage, {}, "obrimctl: " + reason + "\nTry 'obrimctl " + command + "--help'.\n"};
+    const std::string advice = filled(translated("Try '%1'."), "obrimctl " + command + "--help");
+    return {ExitUsage, {}, "obrimctl: " + reason + "\n" + advice + "\n"};
 }
 
 std::string Parser::missingCommand() const
 {
     const std::vector<std::string> rest = m_app.remaining();
-    return rest.empty() ? "a command is missing" : "there is no command '" + visibleText(rest.front()) + "'";
+    return rest.empty() ? translated("a command is missing")
+                        : filled(translated("there is no command '%1'"), visibleText(rest.front()));
 }
 
 /** The option that a command does not have, else the first word that is too much. */
@@ -383,12 +385,19 @@ std::string Parser::unexpected() const
     const std::vector<std::string> rest = m_app.remaining(true);
     const auto option = std::find_if(rest.begin(), rest.end(), [](const std::string &word) { return word[0] == '-'; });
     const std::string word = option != rest.end() ? *option : rest.front();
-    return m_app.get_subcommands().front()->get_name() + " does not know '" + visibleText(word) + "'";
+    const std::string command = m_app.get_subcommands().front()->get_name();
+    return filled(translated("%1 does not know '%2'"), command, visibleText(word));
+}
+
+/** The help is asked for by a program. */
+bool isForProgram(const std::vector<std::string> &arguments)
+{
+    return arguments.size() == 1 && arguments.front() == "--help-json";
 }
 
 std::variant<Invocation, CommandLineEnd> Parser::read(std::vector<std::string> arguments, std::time_t now)
 {
-    if (arguments.size() == 1 && arguments.front() == "--help-json")
+    if (isForProgram(arguments))
         return CommandLineEnd{ExitWell, helpJson(m_app), {}};
     if (!arguments.empty() && arguments.front() == "complete")
         return completion({arguments.begin() + 1, arguments.end()});
@@ -411,7 +420,7 @@ std::variant<Invocation, CommandLineEnd> Parser::read(std::vector<std::string> a
     } catch (const CLI::ExtrasError &) {
         return usageEnd(m_app.get_subcommands().empty() ? missingCommand() : unexpected());
     } catch (const CLI::ParseError &error) {
-        return usageEnd(m_app.get_subcommands().empty() ? missingCommand() : visibleText(error.what()));
+        return usageEnd(m_app.get_subcommands().empty() ? missingCommand() : visibleText(parseErrorText(error)));
     } catch (const UsageError &error) {
         return usageEnd(error.what());
     }
@@ -420,5 +429,7 @@ std::variant<Invocation, CommandLineEnd> Parser::read(std::vector<std::string> a
 
 std::variant<Invocation, CommandLineEnd> readCommandLine(std::vector<std::string> arguments, std::time_t now)
 {
+    if (isForProgram(arguments))
+        setEnglish();
     return Parser().read(std::move(arguments), now);
 }

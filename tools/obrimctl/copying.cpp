@@ -3,10 +3,12 @@
 #include "copying.h"
 
 #include "bytetext.h"
+#include "filling.h"
 #include "output.h"
 #include "paging.h"
 #include "parametertext.h"
 #include "recordsum.h"
+#include "translation.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,7 +23,7 @@ namespace
 class Progress
 {
 public:
-    /** The identifiers go from that of the first record to `last`. */
+    /** The identifiers go from that of the first record to `last`; `what` has a place for the percentage. */
     Progress(const char *what, std::int64_t last)
         : m_what(what)
         , m_last(last)
@@ -43,7 +45,7 @@ public:
         if (!m_isShown || percent == m_percent)
             return;
         m_percent = percent;
-        std::fprintf(stderr, "\r\x1b[K%s: %d %%", m_what, percent);
+        std::fprintf(stderr, "\r\x1b[K%s", filled(m_what, percent).c_str());
     }
 
 private:
@@ -69,11 +71,6 @@ struct Compared {
         mostShift = std::max(mostShift, std::int64_t(to.id) - from);
     }
 };
-
-std::string number(std::int64_t value)
-{
-    return std::to_string(value);
-}
 
 /** The copy of one kind of records. */
 template <class Record> class Copy
@@ -117,7 +114,8 @@ public:
 
     void copy()
     {
-        Progress progress(RecordKind<Record>::Many, m_ids.high);
+        Progress progress(translated(forKind<Record>(translatable("events: %1 %"), translatable("commands: %1 %"))),
+                          m_ids.high);
         m_pager.forEach({m_next, m_ids.high}, PageSize, [&](const Record &record) {
             m_target.put(measured(record));
             progress.reached(RecordKind<Record>::id(record));
@@ -131,12 +129,12 @@ public:
     {
         Compared compared;
         Stored stored;
-        Progress progress("comparing", m_ids.high);
+        Progress progress(translated("comparing: %1 %"), m_ids.high);
         bool more = beginTarget(stored);
         m_pager.forEach(m_ids, PageSize, [&](const Record &record) {
             const int id = RecordKind<Record>::id(record);
             if (!more || stored.sum != recordSum(record))
-                throw different(id, more ? "differs" : "is not there");
+                throw more ? different(id) : lost(id);
             compared.add(id, stored);
             progress.reached(id);
             more = m_target.nextStored(stored);
@@ -151,13 +149,23 @@ public:
     {
         char sum[17];
         std::snprintf(sum, sizeof(sum), "%016" PRIx64, compared.sum);
-        output.write(std::string(RecordKind<Record>::Many) + ": " + number(compared.count) + " in both, sum " + sum +
-                     (m_before > 0 ? ", " + number(m_before) + " of them from an earlier copy" : "") + "\n");
+        output.write(
+            filled(translated(m_before > 0 ? forKind<Record>(translatable("events: %1 in both, sum %2, %3 of "
+                                                                          "them from an earlier copy"),
+                                                             translatable("commands: %1 in both, sum %2, %3 of "
+                                                                          "them from an earlier copy"))
+                                           : forKind<Record>(translatable("events: %1 in both, sum %2"),
+                                                             translatable("commands: %1 in both, sum %2"))),
+                   compared.count, sum, m_before) +
+            "\n");
         if (compared.count > 0 && (compared.leastShift != 0 || compared.mostShift != 0))
             tellShift(compared, output);
         const std::int64_t late = countSince();
         if (late > 0)
-            output.write("  " + number(late) + " more have come meanwhile: copy again to take them too\n");
+            output.write(filled(translatedFor(late, "  %1 more have come meanwhile: copy again to take them too",
+                                              "  %1 more have come meanwhile: copy again to take them too"),
+                                late) +
+                         "\n");
     }
 
 private:
@@ -168,21 +176,38 @@ private:
     }
     Failure others(int id) const
     {
-        return Failure(m_targetName + " holds " + RecordKind<Record>::Many +
-                       " that are not those of a copy begun before, such as " + RecordKind<Record>::One + " " +
-                       number(id) + "; copy into an empty installation");
+        return Failure(filled(
+            translated(forKind<Record>(translatable("%1 holds events that are not those of a copy begun before, "
+                                                    "such as event %2; copy into an empty installation"),
+                                       translatable("%1 holds commands that are not those of a copy begun before, "
+                                                    "such as command %2; copy into an empty installation"))),
+            m_targetName, id));
     }
-    Failure different(int id, const char *how) const
+    Failure different(int id) const
     {
-        return Failure(std::string(RecordKind<Record>::One) + " " + number(id) + " " + how + " in " + m_targetName +
-                       " after it was copied; dblib-check shows what is wrong with a DB library");
+        return Failure(
+            filled(translated(forKind<Record>(translatable("event %1 differs in %2 after it was copied; dblib-check "
+                                                           "shows what is wrong with a DB library"),
+                                              translatable("command %1 differs in %2 after it was copied; dblib-check "
+                                                           "shows what is wrong with a DB library"))),
+                   id, m_targetName));
+    }
+    Failure lost(int id) const
+    {
+        return Failure(
+            filled(translated(forKind<Record>(translatable("event %1 is not there in %2 after it was copied; "
+                                                           "dblib-check shows what is wrong with a DB library"),
+                                              translatable("command %1 is not there in %2 after it was copied; "
+                                                           "dblib-check shows what is wrong with a DB library"))),
+                   id, m_targetName));
     }
     void tellShift(const Compared &compared, Output &output) const
     {
-        const std::string from = number(compared.leastShift);
-        const std::string to = number(compared.mostShift);
-        output.write("  identifiers are others than before: by " + (from == to ? from : from + " to " + to) +
-                     ", where the DB library gives its own\n");
+        const char *text =
+            compared.leastShift == compared.mostShift
+                ? translated("  identifiers are others than before: by %1, where the DB library gives its own")
+                : translated("  identifiers are others than before: by %1 to %2, where the DB library gives its own");
+        output.write(filled(text, compared.leastShift, compared.mostShift) + "\n");
     }
     std::int64_t countSince() const
     {
@@ -216,8 +241,9 @@ void requireNoneAlive(CopyTarget &target, const std::string &targetName)
 {
     const std::vector<std::string> alive = target.sensorsAlive();
     if (!alive.empty()) {
-        throw Failure("sensors are at work in " + targetName + " (" + listed(alive) +
-                      ") and would carry out the copied commands; end them first");
+        throw Failure(filled(translated("sensors are at work in %1 (%2) and would carry out the copied commands; end "
+                                        "them first"),
+                             targetName, listed(alive)));
     }
 }
 
@@ -232,9 +258,11 @@ void tellMissingSensors(const Source &source, CopyTarget &target, Output &output
         if (there.count(name) == 0)
             missing.push_back(name);
     }
-    if (!missing.empty())
-        output.write("sensors: " + number(std::int64_t(missing.size())) +
-                     " are not known there yet: " + listed(missing) + "\n");
+    if (missing.empty())
+        return;
+    const char *text = translatedFor(std::int64_t(missing.size()), "sensors: %1 are not known there yet: %2",
+                                     "sensors: %1 are not known there yet: %2");
+    output.write(filled(text, missing.size(), listed(missing)) + "\n");
 }
 } // namespace
 

@@ -4,10 +4,12 @@
 
 #include "call.h"
 #include "failure.h"
+#include "filling.h"
 #include "paging.h"
 #include "parametertext.h"
 #include "recordsum.h"
 #include "source.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <cerrno>
@@ -85,8 +87,8 @@ private:
         const Calls::Call call = Calls::readCall(bytes);
         const int result = call.event ? m_source.put(*call.event) : m_source.put(*call.command);
         if (result != 0) {
-            throw Failure(std::string(call.event ? "FDBPutEvent" : "FDBPutCommand") + " failed with " +
-                          std::to_string(result));
+            throw Failure(
+                filled(translated("%1 failed with %2"), call.event ? "FDBPutEvent" : "FDBPutCommand", result));
         }
     }
 
@@ -138,7 +140,7 @@ CopyTarget::CopyTarget(const std::string &baseDirectory)
 {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
-        throw Failure(std::string("no socket can be made: ") + std::strerror(errno));
+        throw Failure(filled(translated("no socket can be made: %1"), std::strerror(errno)));
     m_process = fork();
     if (m_process == 0) {
         close(ends[0]);
@@ -148,7 +150,7 @@ CopyTarget::CopyTarget(const std::string &baseDirectory)
     close(ends[1]);
     m_channel = std::make_unique<Channel>(ends[0]);
     if (m_process < 0)
-        throw Failure(std::string("no process can be started: ") + std::strerror(error));
+        throw Failure(filled(translated("no process can be started: %1"), std::strerror(error)));
     try {
         answer();
     } catch (...) {
@@ -172,8 +174,10 @@ void CopyTarget::throwEnded()
     if (m_process > 0)
         waitpid(m_process, &status, 0);
     m_process = -1;
-    const std::string how = WIFSIGNALED(status) ? std::string("died of ") + strsignal(WTERMSIG(status)) : "has ended";
-    throw Failure(visibleText(m_directory) + ": its DB library " + how);
+    const std::string directory = visibleText(m_directory);
+    throw Failure(WIFSIGNALED(status)
+                      ? filled(translated("%1: its DB library died of %2"), directory, strsignal(WTERMSIG(status)))
+                      : filled(translated("%1: its DB library has ended"), directory));
 }
 
 /** The next frame, which is no failure. */

@@ -4,7 +4,9 @@
 
 #include "Config.h"
 #include "failure.h"
+#include "filling.h"
 #include "libraryfile.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <cstdlib>
@@ -54,7 +56,7 @@ const KnownDatabase KnownDatabases[] = {
 
 [[noreturn]] void refuse(const std::string &name, const std::string &reason)
 {
-    throw UsageError("--database cannot be '" + visibleText(name) + "': " + reason);
+    throw UsageError(filled(translated("%1 cannot be '%2': %3"), "--database", visibleText(name), reason));
 }
 
 /** The library beside the program as it was installed, wherever that was moved to; else where it was to be installed.
@@ -74,8 +76,9 @@ std::string libraryOf(const KnownDatabase &known, const std::string &value)
         return fs::absolute(value, error).lexically_normal().string();
     std::string path = installed(known.library);
     if (!fs::exists(path, error)) {
-        throw Failure(visibleText(path) + ": the DB library for " + known.name +
-                      " is not installed; --database library:FILE takes it from elsewhere");
+        throw Failure(filled(translated("%1: the DB library for %2 is not installed; --database library:FILE takes it "
+                                        "from elsewhere"),
+                             visibleText(path), known.name));
     }
     return path;
 }
@@ -87,10 +90,10 @@ std::string settingsOf(const KnownDatabase &known, const std::string &name, cons
     if (known.value != Value::Setting)
         return settings;
     if (visibleText(value) != value)
-        refuse(name, std::string(known.valueWord) + " must be one line of text");
+        refuse(name, filled(translated("%1 must be one line of text"), known.valueWord));
     const std::size_t lineBegin = settings.rfind('\n') + 1;
     if (settings.size() - lineBegin + value.size() > MostLineBytes)
-        refuse(name, std::string(known.valueWord) + " is too long for a line of settings");
+        refuse(name, filled(translated("%1 is too long for a line of settings"), known.valueWord));
     return settings + value + "\n";
 }
 } // namespace
@@ -109,7 +112,7 @@ Database databaseNamed(const std::string &name)
             throw Failure(fault);
         return {name, library, settings, known.isInFolder};
     }
-    refuse(name, databaseWords() + " is expected");
+    refuse(name, filled(translated("%1 is expected"), databaseWords()));
 }
 
 std::vector<std::string> databaseBegins()
@@ -122,13 +125,10 @@ std::vector<std::string> databaseBegins()
 
 std::string databaseWords()
 {
-    std::string words;
-    for (const KnownDatabase &known : KnownDatabases) {
-        const bool isLast = &known == std::end(KnownDatabases) - 1;
-        words += (words.empty() ? ""
-                  : isLast      ? " or "
-                                : ", ") +
-                 std::string(known.name) + (known.value == Value::None ? "" : ":") + known.valueWord;
-    }
-    return words;
+    const auto word = [](const KnownDatabase &known) {
+        return std::string(known.name) + (known.value == Value::None ? "" : ":") + known.valueWord;
+    };
+    static_assert(std::size(KnownDatabases) == 3);
+    return filled(translated("%1, %2 or %3"), word(KnownDatabases[0]), word(KnownDatabases[1]),
+                  word(KnownDatabases[2]));
 }

@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "deleting.h"
 
+#include "filling.h"
 #include "output.h"
 #include "paging.h"
+#include "translation.h"
 
 #include <set>
 
@@ -18,26 +20,28 @@ void remove(const Source &source, int id, const CMessageCommand *)
 {
     source.removeCommand(id);
 }
-
-template <class Record> std::string named(int id)
-{
-    return std::string(RecordKind<Record>::One) + " " + std::to_string(id);
-}
 } // namespace
 
 template <class Record> void deleteRecords(const Source &source, const DeleteOptions &options, Output &output)
 {
     const Pager<Record> pager(source, {});
     const auto isThere = [&](int id) { return pager.first({id, id}, 1).size() > 0; };
+    const char *missing = translated(forKind<Record>(translatable("there is no event %1; nothing was deleted"),
+                                                     translatable("there is no command %1; nothing was deleted")));
+    const char *kept =
+        translated(forKind<Record>(translatable("event %1 was not deleted: the DB library still gives it"),
+                                   translatable("command %1 was not deleted: the DB library still gives it")));
+    const char *deleted =
+        translated(forKind<Record>(translatable("event %1 deleted"), translatable("command %1 deleted")));
     const std::set<int> ids(options.ids.begin(), options.ids.end());
     for (const int id : ids)
         if (!isThere(id))
-            throw Failure("there is no " + named<Record>(id) + "; nothing was deleted");
+            throw Failure(filled(missing, id));
     for (const int id : ids) {
         remove(source, id, static_cast<const Record *>(nullptr));
         if (isThere(id))
-            throw Failure(named<Record>(id) + " was not deleted: the DB library still gives it");
-        output.write(named<Record>(id) + " deleted\n");
+            throw Failure(filled(kept, id));
+        output.write(filled(deleted, id) + "\n");
     }
 }
 

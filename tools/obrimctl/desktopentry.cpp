@@ -3,6 +3,8 @@
 #include "desktopentry.h"
 
 #include "failure.h"
+#include "filling.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <cstdlib>
@@ -43,7 +45,7 @@ std::string dataFolder()
         return data;
     const char *home = std::getenv("HOME");
     if (!home || *home != '/')
-        throw Failure("neither HOME nor XDG_DATA_HOME says where menu entries are");
+        throw Failure(translated("neither HOME nor XDG_DATA_HOME says where menu entries are"));
     return std::string(home) + "/.local/share";
 }
 
@@ -71,7 +73,7 @@ std::string fileName(const std::string &base)
 DesktopEntry desktopEntryFor(const std::string &base)
 {
     if (visibleText(base) != base)
-        throw Failure(visibleText(base) + ": such a path cannot stand in a menu entry");
+        throw Failure(filled(translated("%1: such a path cannot stand in a menu entry"), visibleText(base)));
     const std::string name = fs::path(base).filename().string();
     const std::string pathLine = "Path=" + escaped(base) + "/bin";
     const std::string content = "[Desktop Entry]\nType=Application\nName=obrim: " + escaped(name) +

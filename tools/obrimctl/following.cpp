@@ -3,7 +3,9 @@
 #include "following.h"
 
 #include "failure.h"
+#include "filling.h"
 #include "output.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <csignal>
@@ -50,12 +52,12 @@ void keepLooking(Output &output, double interval, const std::function<void()> &l
         try {
             look();
             if (failed)
-                std::fputs("obrimctl: it works again\n", stderr);
+                std::fprintf(stderr, "obrimctl: %s\n", translated("it works again"));
             failed = false;
         } catch (const Failure &failure) {
             if (!failed) {
-                std::fprintf(stderr, "obrimctl: %s; trying again every %g s\n", visibleText(failure.what()).c_str(),
-                             interval);
+                const std::string text = filled(translated("%1; trying again every %2 s"), failure.what(), interval);
+                std::fprintf(stderr, "obrimctl: %s\n", visibleText(text).c_str());
             }
             failed = true;
         }

@@ -67,7 +67,10 @@ std::string helpJson(const CLI::App &app)
     Writer writer(buffer);
     writer.StartObject();
     writeHelp(writer, programHelp());
-    write(writer, "exit_statuses", ExitStatuses);
+    std::string statuses;
+    for (std::size_t i = 0; i < exitStatuses().size(); ++i)
+        statuses += (i > 0 ? "; " : "") + std::to_string(i) + " " + exitStatuses()[i];
+    write(writer, "exit_statuses", statuses);
     writeOptions(writer, app);
     writer.Key("commands");
     writer.StartArray();

@@ -2,98 +2,110 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "helptexts.h"
 
+#include "filling.h"
+#include "translation.h"
+
 #include <algorithm>
 #include <cstring>
 #include <sstream>
 
-const char *const ExitStatuses = "0 well; 1 something failed, and standard error says what; 2 a wrong command line; "
-                                 "3 put --wait: the sensor did not report in time";
+const std::vector<const char *> &exitStatuses()
+{
+    static const std::vector<const char *> statuses = {
+        translated("well"), translated("something failed, and standard error says what"),
+        translated("a wrong command line"), translated("put --wait: the sensor did not report in time")};
+    return statuses;
+}
 
 const CommandHelp &programHelp()
 {
     static const CommandHelp help = {
         "obrimctl",
-        "Lists, follows, commands, moves and makes monitoring installations from the shell.",
-        "Without -C the installation is the one that the working directory lies in: one, two or three folders below "
-        "the folder that holds Pics/Red.bmp.",
+        translated("Lists, follows, commands, moves and makes monitoring installations from the shell."),
+        translated("Without -C the installation is the one that the working directory lies in: one, two or three "
+                   "folders below the folder that holds Pics/Red.bmp."),
         {
-            {"obrimctl events -n 20", "the last 20 events"},
-            {"obrimctl -C /srv/plant status", "whether all is well with an installation"},
-            {"obrimctl events --help", "all about a command"},
+            {"obrimctl events -n 20", translated("the last 20 events")},
+            {"obrimctl -C /srv/plant status", translated("whether all is well with an installation")},
+            {"obrimctl events --help", translated("all about a command")},
         }};
     return help;
 }
 
 const std::vector<CommandHelp> &commandHelps()
 {
-    static const char masks[] =
+    const char *masks = translated(
         "Masks are what names must match as a whole, in any letter case: * is any run of characters, + one of at "
         "least one, ? one character. Times are '2026-11-21 20:16' (with T, seconds and an offset too), 2026-11-21, "
-        "20:16, now, today, yesterday, tomorrow, -2h, -1d12h (s, m, h, d, w) or @SECONDS since 1970.";
+        "20:16, now, today, yesterday, tomorrow, -2h, -1d12h (s, m, h, d, w) or @SECONDS since 1970.");
     static const std::vector<CommandHelp> helps = {
         {"sensors",
-         "List the sensors.",
+         translated("List the sensors."),
          masks,
          {
-             {"obrimctl sensors -t dead", "those that give no sign of life"},
-             {"obrimctl sensors -f", "all, and again whichever dies or comes alive"},
-             {"obrimctl sensors -s 'anal*' -o csv", "those whose names begin so, for a spreadsheet"},
+             {"obrimctl sensors -t dead", translated("those that give no sign of life")},
+             {"obrimctl sensors -f", translated("all, and again whichever dies or comes alive")},
+             {"obrimctl sensors -s 'anal*' -o csv", translated("those whose names begin so, for a spreadsheet")},
          }},
         {"events",
-         "List what the sensors reported, the newest last.",
+         translated("List what the sensors reported, the newest last."),
          masks,
          {
-             {"obrimctl events", "the last 100"},
-             {"obrimctl events -s 'anal*' -S yesterday", "of some sensors, since yesterday 00:00"},
-             {"obrimctl events -f -n 0", "what comes from now on"},
-             {"obrimctl events -n all --id 5000.. -o json", "all from an identifier on, for a program"},
+             {"obrimctl events", translated("the last 100")},
+             {"obrimctl events -s 'anal*' -S yesterday", translated("of some sensors, since yesterday 00:00")},
+             {"obrimctl events -f -n 0", translated("what comes from now on")},
+             {"obrimctl events -n all --id 5000.. -o json", translated("all from an identifier on, for a program")},
          }},
         {"commands",
-         "List what the sensors were told to do, the newest last.",
+         translated("List what the sensors were told to do, the newest last."),
          masks,
          {
-             {"obrimctl commands -t kill", "the last 100 of one kind"},
-             {"obrimctl commands -s boiler7 -n 1", "the last one of a sensor"},
+             {"obrimctl commands -t kill", translated("the last 100 of one kind")},
+             {"obrimctl commands -s boiler7 -n 1", translated("the last one of a sensor")},
          }},
         {"put",
-         "Tell a sensor to start, stop, restart or end.",
-         "With --wait it waits until the sensor has reported, by an event CommandDone with the command's identifier, "
-         "that it carried the command out.",
+         translated("Tell a sensor to start, stop, restart or end."),
+         translated("With --wait it waits until the sensor has reported, by an event CommandDone with the command's "
+                    "identifier, that it carried the command out."),
          {
-             {"obrimctl put boiler7 restart", "hand the command over"},
-             {"obrimctl put boiler7 stop --wait=30", "and wait up to 30 seconds"},
+             {"obrimctl put boiler7 restart", translated("hand the command over")},
+             {"obrimctl put boiler7 stop --wait=30", translated("and wait up to 30 seconds")},
          }},
         {"delete",
-         "Delete events or commands for good.",
-         "When one of them is not there, nothing is deleted.",
+         translated("Delete events or commands for good."),
+         translated("When one of them is not there, nothing is deleted."),
          {
-             {"obrimctl delete event 4711 4712", "two events"},
-             {"obrimctl delete command 12", "a command"},
+             {"obrimctl delete event 4711 4712", translated("two events")},
+             {"obrimctl delete command 12", translated("a command")},
          }},
         {"status",
-         "Say whether all is well: library, records, sensors.",
-         "Exit status 1 when something is wrong. Sensors that are dead are counted, and wrong only with "
-         "--require-alive.",
+         translated("Say whether all is well: library, records, sensors."),
+         translated("Exit status 1 when something is wrong. Sensors that are dead are counted, and wrong only with "
+                    "--require-alive."),
          {
-             {"obrimctl status", "for people"},
-             {"obrimctl status -o json --quick", "for monitoring, without counting all records"},
+             {"obrimctl status", translated("for people")},
+             {"obrimctl status -o json --quick", translated("for monitoring, without counting all records")},
          }},
         {"copy",
-         "Copy all commands and events into another, empty installation.",
-         "Both sides are compared record by record at the end. A copy that was interrupted is taken up again where "
-         "it ended. Sensors become known there by their events.",
+         translated("Copy all commands and events into another, empty installation."),
+         translated(
+             "Both sides are compared record by record at the end. A copy that was interrupted is taken up again where "
+             "it ended. Sensors become known there by their events."),
          {
-             {"obrimctl -C /srv/plant copy /srv/new", "from one installation to another"},
+             {"obrimctl -C /srv/plant copy /srv/new", translated("from one installation to another")},
          }},
         {"init",
-         "Make an installation that the console starts in.",
-         "Nothing is overwritten; what is there already stays, and what is missing is made. library:FILE is the DB "
-         "library in a file, CONNECTION names a server in words of libpq.",
+         translated("Make an installation that the console starts in."),
+         translated(
+             "Nothing is overwritten; what is there already stays, and what is missing is made. library:FILE is the DB "
+             "library in a file, CONNECTION names a server in words of libpq."),
          {
-             {"obrimctl init /srv/plant --database sqlite --group plant", "with files for a group of users"},
-             {"obrimctl init /srv/plant --database 'postgresql:host=db dbname=plant user=anna'", "on a server"},
+             {"obrimctl init /srv/plant --database sqlite --group plant",
+              translated("with files for a group of users")},
+             {"obrimctl init /srv/plant --database 'postgresql:host=db dbname=plant user=anna'",
+              translated("on a server")},
              {"obrimctl init /srv/plant --database library:/opt/db/DBLib.so --desktop-entry",
-              "on another DB library, with a menu entry"},
+              translated("on another DB library, with a menu entry")},
          }},
     };
     return helps;
@@ -109,10 +121,10 @@ std::string wrapped(const std::string &text)
     std::size_t column = 0;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
-        const bool fits = column + 1 + word.size() <= width;
+        const bool fits = column + 1 + columnCount(word) <= width;
         if (column > 0)
             lines += fits ? ' ' : '\n';
-        column = column > 0 && fits ? column + 1 + word.size() : word.size();
+        column = (column > 0 && fits ? column + 1 : 0) + columnCount(word);
         lines += word;
     }
     return lines;
@@ -122,9 +134,8 @@ std::string wrapped(const std::string &text)
 std::string exitStatusLines()
 {
     std::string lines;
-    std::istringstream statuses(ExitStatuses);
-    for (std::string status; std::getline(statuses >> std::ws, status, ';');)
-        lines += "  " + status.substr(0, 1) + " " + status.substr(1) + "\n";
+    for (const char *meaning : exitStatuses())
+        lines += "  " + std::to_string(std::count(lines.begin(), lines.end(), '\n')) + "  " + meaning + "\n";
     return lines;
 }
 } // namespace
@@ -135,10 +146,10 @@ std::string footerOf(const CommandHelp &help)
     std::size_t width = 0;
     for (const Example &example : help.examples)
         width = std::max(width, std::strlen(example.command));
-    text += "\n\nExamples:\n";
+    text += std::string("\n\n") + translated("Examples:") + "\n";
     for (const Example &example : help.examples) {
         const std::string padding(width - std::strlen(example.command) + 2, ' ');
         text += std::string("  ") + example.command + padding + example.what + "\n";
     }
-    return text + "\nExit status:\n" + exitStatusLines();
+    return text + "\n" + translated("Exit status:") + "\n" + exitStatusLines();
 }

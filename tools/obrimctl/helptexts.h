@@ -23,8 +23,8 @@ struct CommandHelp {
 const CommandHelp &programHelp();
 /** Of each command that is shown, in the order of their use. */
 const std::vector<CommandHelp> &commandHelps();
-/** The exit statuses, one a line. */
-extern const char *const ExitStatuses;
+/** What the exit statuses mean, from 0 on. */
+const std::vector<const char *> &exitStatuses();
 
 /** What stands behind the options in --help. */
 std::string footerOf(const CommandHelp &help);

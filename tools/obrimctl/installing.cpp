@@ -5,10 +5,12 @@
 #include "databases.h"
 #include "desktopentry.h"
 #include "failure.h"
+#include "filling.h"
 #include "lamp.h"
 #include "layout.h"
 #include "output.h"
 #include "source.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <filesystem>
@@ -63,7 +65,7 @@ void makeDatabase(const std::string &base, const Layout &layout)
 void tellMade(const std::vector<std::string> &paths, Output &output)
 {
     for (const std::string &path : paths)
-        output.write("made " + visibleText(path) + "\n");
+        output.write(filled(translated("made %1"), visibleText(path)) + "\n");
 }
 
 /** Two paths may have the same name of an entry. */
@@ -75,7 +77,7 @@ void requireOwnEntry(const DesktopEntry &entry)
     for (std::string line; std::getline(file, line);)
         if (line == entry.pathLine)
             return;
-    throw Failure(visibleText(entry.path) + ": is there already and is another installation's");
+    throw Failure(filled(translated("%1: is there already and is another installation's"), visibleText(entry.path)));
 }
 
 Layout menuLayout(const std::string &base)
@@ -106,6 +108,6 @@ void makeInstallation(const InitOptions &options, Output &output)
         makeDatabase(base, layout);
     if (menu)
         tellMade(menu->make(), output);
-    output.write("the installation " + visibleText(base) + " is complete: start obrim in " + visibleText(base) +
-                 "/bin\n");
+    output.write(filled(translated("the installation %1 is complete: start obrim in %1/bin"), visibleText(base)) +
+                 "\n");
 }

@@ -3,6 +3,8 @@
 #include "layout.h"
 
 #include "failure.h"
+#include "filling.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <cerrno>
@@ -53,16 +55,17 @@ void checkEntry(const LayoutEntry &entry)
     switch (entry.kind) {
     case LayoutEntry::Kind::Folder:
         if (!leads || !S_ISDIR(target.st_mode))
-            throw failed(entry.path, "is in the way: it is no folder");
+            throw failed(entry.path, translated("is in the way: it is no folder"));
         break;
     case LayoutEntry::Kind::File:
         if (!leads || !S_ISREG(target.st_mode))
-            throw failed(entry.path, "is in the way: it is no file");
+            throw failed(entry.path, translated("is in the way: it is no file"));
         break;
     case LayoutEntry::Kind::Link:
         if (!isSameFile(entry.path, entry.content))
-            throw failed(entry.path, "is there already and is not " + visibleText(entry.content) +
-                                         "; remove it first if that is what is wanted");
+            throw failed(entry.path, filled(translated("is there already and is not %1; remove it first if that is "
+                                                       "what is wanted"),
+                                            visibleText(entry.content)));
         break;
     }
 }
@@ -109,7 +112,7 @@ Layout::Layout(const std::string &group)
         return;
     const struct group *found = getgrnam(group.c_str());
     if (!found)
-        throw Failure("there is no group '" + visibleText(group) + "'");
+        throw Failure(filled(translated("there is no group '%1'"), visibleText(group)));
     m_group = found->gr_gid;
 }
 
@@ -160,7 +163,8 @@ bool Layout::makeOne(const LayoutEntry &entry) const
     switch (entry.kind) {
     case LayoutEntry::Kind::Folder:
         if (mkdir(entry.path.c_str(), 0700) != 0)
-            throw errno == ENOENT ? failed(entry.path, "the folder above it is not there") : failedBySystem(entry.path);
+            throw errno == ENOENT ? failed(entry.path, translated("the folder above it is not there"))
+                                  : failedBySystem(entry.path);
         break;
     case LayoutEntry::Kind::File:
         makeFile(entry);

@@ -3,6 +3,8 @@
 #include "output.h"
 
 #include "failure.h"
+#include "filling.h"
+#include "translation.h"
 
 #include <cerrno>
 #include <csignal>
@@ -65,7 +67,7 @@ void Output::flush()
         } else if (errno != EINTR) {
             const std::string reason = std::strerror(errno);
             m_buffer.clear();
-            throw Failure("standard output cannot be written: " + reason);
+            throw Failure(filled(translated("standard output cannot be written: %1"), reason));
         }
     }
     m_buffer.clear();

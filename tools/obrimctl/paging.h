@@ -3,7 +3,9 @@
 #pragma once
 
 #include "failure.h"
+#include "filling.h"
 #include "source.h"
+#include "translation.h"
 
 #include <algorithm>
 #include <climits>
@@ -75,8 +77,12 @@ private:
     }
     static Failure outside(int id)
     {
-        return Failure(std::string("the DB library gives ") + RecordKind<Record>::One + " " + std::to_string(id) +
-                       ", which was not asked for; dblib-check shows what is wrong with a DB library");
+        return Failure(
+            filled(translated(forKind<Record>(translatable("the DB library gives event %1, which was not asked for; "
+                                                           "dblib-check shows what is wrong with a DB library"),
+                                              translatable("the DB library gives command %1, which was not asked for; "
+                                                           "dblib-check shows what is wrong with a DB library"))),
+                   id));
     }
 
     LentRecords<Record> m_records;

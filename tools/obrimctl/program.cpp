@@ -7,6 +7,7 @@
 #include "copying.h"
 #include "deleting.h"
 #include "failure.h"
+#include "filling.h"
 #include "installing.h"
 #include "listing.h"
 #include "output.h"
@@ -14,6 +15,7 @@
 #include "putting.h"
 #include "realpath.h"
 #include "status.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <csignal>
@@ -31,8 +33,9 @@ Installation installationAt(const std::string &directory)
         return Installation(directory);
     if (const auto base = baseDirectoryAbove(directory))
         return Installation(*base);
-    throw Failure(visibleText(directory) +
-                  ": no installation: there is no Pics/Red.bmp in it, nor one to three folders above");
+    throw Failure(
+        filled(translated("%1: no installation: there is no Pics/Red.bmp in it, nor one to three folders above"),
+               visibleText(directory)));
 }
 
 /** The installation that the working directory lies in, as the console finds it. */
@@ -40,11 +43,12 @@ Installation installationHere()
 {
     const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
     if (!directory)
-        throw Failure("the working directory cannot be read; -C names an installation");
+        throw Failure(translated("the working directory cannot be read; -C names an installation"));
     if (const auto base = baseDirectoryAbove(directory.get()))
         return Installation(*base);
-    throw Failure(visibleText(directory.get()) +
-                  " lies in no installation: there is no Pics/Red.bmp one to three folders above; -C names one");
+    throw Failure(filled(translated("%1 lies in no installation: there is no Pics/Red.bmp one to three folders above; "
+                                    "-C names one"),
+                         visibleText(directory.get())));
 }
 
 Installation installationOf(const Invocation &invocation)
@@ -57,7 +61,7 @@ void copy(const Invocation &invocation, Output &output)
     const Installation from = installationOf(invocation);
     const Installation to = installationAt(invocation.copyTo);
     if (realPath(from.base) == realPath(to.base))
-        throw Failure(visibleText(to.base) + " is the installation itself");
+        throw Failure(filled(translated("%1 is the installation itself"), visibleText(to.base)));
     CopyTarget target(to.base);
     copyRecords(Source(from), target, visibleText(to.base), output);
 }

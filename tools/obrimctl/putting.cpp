@@ -3,9 +3,11 @@
 #include "putting.h"
 
 #include "bytetext.h"
+#include "filling.h"
 #include "output.h"
 #include "paging.h"
 #include "parametertext.h"
+#include "translation.h"
 
 #include <chrono>
 #include <cstdio>
@@ -28,7 +30,8 @@ void requireSensor(const Source &source, const std::string &name)
     for (const CSensor &sensor : source.sensors())
         if (recordBytes(sensor.SensorID, sensor.LSensorID) == name)
             return;
-    throw Failure("there is no sensor '" + visible(name) + "'; 'obrimctl sensors' lists those there are");
+    throw Failure(
+        filled(translated("there is no sensor '%1'; 'obrimctl sensors' lists those there are"), visible(name)));
 }
 
 template <class Record> std::int64_t newestOf(const Source &source)
@@ -108,7 +111,9 @@ int waitForReport(Reports &reported, int command, double seconds, Output &output
     const volatile int never = 0;
     for (;;) {
         if (const std::optional<std::string> result = reported.look(command)) {
-            output.write("carried out" + (result->empty() ? "" : ": " + visible(*result)) + "\n");
+            output.write((result->empty() ? std::string(translated("carried out"))
+                                          : filled(translated("carried out: %1"), visible(*result))) +
+                         "\n");
             return *result == RefusedResult ? ExitFailure : ExitWell;
         }
         const double left = std::chrono::duration<double>(end - Clock::now()).count();
@@ -117,8 +122,9 @@ int waitForReport(Reports &reported, int command, double seconds, Output &output
         if (!output.wait(std::min(left, LookInterval), &never))
             throw OutputClosed();
     }
-    std::fprintf(stderr, "obrimctl: the sensor did not report within %g s that command %d was carried out\n", seconds,
-                 command);
+    const std::string late =
+        filled(translated("the sensor did not report within %1 s that command %2 was carried out"), seconds, command);
+    std::fprintf(stderr, "obrimctl: %s\n", late.c_str());
     return ExitNotInTime;
 }
 } // namespace
@@ -135,10 +141,11 @@ int putCommand(const Source &source, const PutOptions &options, Output &output)
     const int result = source.put(command);
     const std::optional<int> id = findStored(source, command, before);
     if (!id) {
-        throw Failure("the command was not stored: FDBPutCommand returned " + std::to_string(result) +
-                      ", and there is no new command");
+        throw Failure(filled(translated("the command was not stored: FDBPutCommand returned %1, and there is no new "
+                                        "command"),
+                             result));
     }
-    output.write("command " + std::to_string(*id) + " stored\n");
+    output.write(filled(translated("command %1 stored"), *id) + "\n");
     output.flush();
     return options.wait ? waitForReport(*reported, *id, *options.wait, output) : int(ExitWell);
 }

@@ -3,7 +3,9 @@
 #include "recordfilter.h"
 
 #include "WCompare.h"
+#include "filling.h"
 #include "parametertext.h"
+#include "translation.h"
 
 #include <algorithm>
 
@@ -78,25 +80,28 @@ std::optional<MaskMatcher> matcher(const std::optional<std::string> &mask)
 }
 } // namespace
 
-std::string maskFault(std::string_view mask)
+std::string maskFault(const std::string &option, std::string_view mask)
 {
-    const auto beyond = [](const std::string &what, std::size_t most) {
-        return what + ", and more than " + std::to_string(most) + " match nothing";
-    };
-    if (mask.size() > MostMaskBytes)
-        return beyond("has " + std::to_string(mask.size()) + " characters", MostMaskBytes);
+    if (mask.size() > MostMaskBytes) {
+        return filled(translated("the mask of %1 has %2 characters, and more than %3 match nothing"), option,
+                      mask.size(), MostMaskBytes);
+    }
     if (mask.find_first_of(Metacharacters) == std::string_view::npos)
         return {};
     int metacharacters = 0;
     for (std::size_t from = 0; from <= mask.size(); ++metacharacters) {
         const std::size_t to = std::min(mask.find_first_of(Metacharacters, from), mask.size());
-        if (to - from > MostLiteralBytes)
-            return beyond("has " + std::to_string(to - from) + " characters in a row without a wildcard",
-                          MostLiteralBytes);
+        if (to - from > MostLiteralBytes) {
+            return filled(translated("the mask of %1 has %2 characters in a row without a wildcard, and more than %3 "
+                                     "match nothing"),
+                          option, to - from, MostLiteralBytes);
+        }
         from = to + 1;
     }
-    if (metacharacters - 1 > MostMetacharacters)
-        return beyond("has " + std::to_string(metacharacters - 1) + " wildcards", MostMetacharacters);
+    if (metacharacters - 1 > MostMetacharacters) {
+        return filled(translated("the mask of %1 has %2 wildcards, and more than %3 match nothing"), option,
+                      metacharacters - 1, MostMetacharacters);
+    }
     return {};
 }
 

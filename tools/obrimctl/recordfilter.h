@@ -22,8 +22,8 @@ struct Filter {
     IdRange ids;
 };
 
-/** Why a mask is beyond the matcher's bounds; empty when it is not. */
-std::string maskFault(std::string_view mask);
+/** Why a mask, that of an option, is beyond the matcher's bounds; empty when it is not. */
+std::string maskFault(const std::string &option, std::string_view mask);
 
 /**
  * Whether names match a mask. The mask is the pattern here, as a person means

@@ -5,6 +5,7 @@
 #include "Messages.h"
 
 #include <cstdint>
+#include <type_traits>
 
 /**
  * @file
@@ -12,16 +13,8 @@
  */
 template <class Record> struct RecordKind;
 
-template <> struct RecordKind<CSensor> {
-    static constexpr const char *One = "sensor";
-    static constexpr const char *Many = "sensors";
-};
-
 template <> struct RecordKind<CMessageEvent> {
     using Request = CMessageEventRequest;
-    static constexpr const char *One = "event";
-    static constexpr const char *Many = "events";
-
     static int id(const CMessageEvent &event)
     {
         return event.MessageID;
@@ -44,9 +37,6 @@ template <> struct RecordKind<CMessageEvent> {
 
 template <> struct RecordKind<CMessageCommand> {
     using Request = CMessageCommandRequest;
-    static constexpr const char *One = "command";
-    static constexpr const char *Many = "commands";
-
     static int id(const CMessageCommand &command)
     {
         return command.CommandID;
@@ -66,5 +56,11 @@ template <> struct RecordKind<CMessageCommand> {
         request.UseCommandID1 = 1;
     }
 };
+
+/** Which of two texts is of such records. */
+template <class Record> constexpr const char *forKind(const char *ofEvents, const char *ofCommands)
+{
+    return std::is_same_v<Record, CMessageEvent> ? ofEvents : ofCommands;
+}
 
 template <class Record> using RequestOf = typename RecordKind<Record>::Request;

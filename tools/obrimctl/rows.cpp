@@ -3,6 +3,7 @@
 #include "rows.h"
 
 #include "parametertext.h"
+#include "translation.h"
 
 const std::vector<CodeWord> SensorKinds = {{1, "analyser"}, {2, "converter"}, {3, "receiver"}};
 const std::vector<CodeWord> Orders = {
@@ -60,12 +61,12 @@ const char *Cell::word() const
 template <> const Columns &columnsOf<CSensor>()
 {
     static const Columns columns = {
-        {"sensor", "SENSOR", false, true},
-        {"sensor_type", "TYPE", false, false},
-        {"state", "STATE", false, false},
+        {"sensor", translated("SENSOR"), false, true},
+        {"sensor_type", translated("TYPE"), false, false},
+        {"state", translated("STATE"), false, false},
         {"message_type", nullptr, true, false},
-        {"last_message", "LAST MESSAGE", false, false},
-        {"description", "DESCRIPTION", false, true},
+        {"last_message", translated("LAST MESSAGE"), false, false},
+        {"description", translated("DESCRIPTION"), false, true},
     };
     return columns;
 }
@@ -83,13 +84,13 @@ void fillCells(Cells &cells, const CSensor &sensor)
 template <> const Columns &columnsOf<CMessageEvent>()
 {
     static const Columns columns = {
-        {"id", "ID", true, false},
-        {"time", "TIME", false, false},
-        {"message_type", "TYPE", false, false},
+        {"id", translated("ID"), true, false},
+        {"time", translated("TIME"), false, false},
+        {"message_type", translated("TYPE"), false, false},
         {"sensor_type", nullptr, true, false},
-        {"sensor", "SENSOR", false, true},
-        {"event", "EVENT", false, true},
-        {"parameters", "PARAMETERS", false, true},
+        {"sensor", translated("SENSOR"), false, true},
+        {"event", translated("EVENT"), false, true},
+        {"parameters", translated("PARAMETERS"), false, true},
     };
     return columns;
 }
@@ -108,13 +109,13 @@ void fillCells(Cells &cells, const CMessageEvent &event)
 template <> const Columns &columnsOf<CMessageCommand>()
 {
     static const Columns columns = {
-        {"id", "ID", true, false},
-        {"time", "TIME", false, false},
+        {"id", translated("ID"), true, false},
+        {"time", translated("TIME"), false, false},
         {"message_type", nullptr, true, false},
         {"command_type", nullptr, true, false},
-        {"command", "COMMAND", false, false},
-        {"sensor", "SENSOR", false, true},
-        {"parameters", "PARAMETERS", false, true},
+        {"command", translated("COMMAND"), false, false},
+        {"sensor", translated("SENSOR"), false, true},
+        {"parameters", translated("PARAMETERS"), false, true},
     };
     return columns;
 }

@@ -4,7 +4,9 @@
 
 #include "bytetext.h"
 #include "failure.h"
+#include "filling.h"
 #include "foreigncall.h"
+#include "translation.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -39,15 +41,16 @@ template <class Call> int called(const char *name, Call call)
 void require(bool has, DBFunction which)
 {
     if (!has)
-        throw Failure(std::string("the DB library has no ") + DBSymbols[which].key);
+        throw Failure(filled(translated("the DB library has no %1"), DBSymbols[which].key));
 }
 
 Failure cannotLoad(const Installation &installation, const LoadedLibrary &library)
 {
     const std::string path = dbLibraryIn(installation.libs);
     if (library.outcome == LoadOutcome::NoFile)
-        return Failure("there is no DB library " + path + "; 'obrimctl init' makes a link to one");
-    return Failure("the DB library cannot be loaded: " + (library.reasons.empty() ? path : library.reasons.front()));
+        return Failure(filled(translated("there is no DB library %1; 'obrimctl init' makes a link to one"), path));
+    return Failure(filled(translated("the DB library cannot be loaded: %1"),
+                          library.reasons.empty() ? path : library.reasons.front()));
 }
 
 /** What a library answers to the size query, or why it does not; the request's size is 0 for sensors. */
@@ -58,11 +61,12 @@ struct Sizes {
 
 std::string sizesText(const char *name, Sizes ours, Sizes theirs)
 {
-    std::string text = std::string(name) + " is made for other records: " + std::to_string(theirs.record) +
-                       " bytes each, here " + std::to_string(ours.record);
-    if (ours.request > 0)
-        text += "; its request has " + std::to_string(theirs.request) + ", here " + std::to_string(ours.request);
-    return text;
+    if (ours.request == 0) {
+        return filled(translated("%1 is made for other records: %2 bytes each, here %3"), name, theirs.record,
+                      ours.record);
+    }
+    return filled(translated("%1 is made for other records: %2 bytes each, here %3; its request has %4, here %5"), name,
+                  theirs.record, ours.record, theirs.request, ours.request);
 }
 } // namespace
 
@@ -93,8 +97,8 @@ LentRecords<Record>::LentRecords(const char *name, Function function)
     const int count = m_count;
     release();
     if (result != 0)
-        throw Failure(std::string(m_name) + " failed with " + std::to_string(result));
-    throw Failure(std::string(m_name) + " counts " + std::to_string(count) + " records and gives none");
+        throw Failure(filled(translated("%1 failed with %2"), m_name, result));
+    throw Failure(filled(translated("%1 counts %2 records and gives none"), m_name, count));
 }
 
 template <class Record> LentRecords<Record>::~LentRecords()
@@ -136,7 +140,7 @@ void Source::initialise() const
             continue;
         const auto result = attempt(name, [&, call = function] { return call(m_installation.config.c_str()); });
         if (result && *result != 0)
-            std::fprintf(stderr, "obrimctl: %s failed with %d\n", name, *result);
+            std::fprintf(stderr, "obrimctl: %s\n", filled(translated("%1 failed with %2"), name, *result).c_str());
     }
 }
 
@@ -162,7 +166,7 @@ std::string Source::sizeFault(DBFunction which) const
     if (answer == (ours.record | ours.request << 16))
         return {};
     if (answer < 1)
-        return std::string(name) + " answers " + std::to_string(answer) + " when it is asked for the records' sizes";
+        return filled(translated("%1 answers %2 when it is asked for the records' sizes"), name, answer);
     return sizesText(name, ours, ours.request > 0 ? Sizes{answer & 0xffff, answer >> 16 & 0xffff} : Sizes{answer, 0});
 }
 
@@ -172,7 +176,7 @@ void Source::requireSizes(DBFunction which) const
         return;
     const std::string fault = sizeFault(which);
     if (!fault.empty())
-        throw Failure(fault + "; dblib-check shows what is wrong with a DB library");
+        throw Failure(filled(translated("%1; dblib-check shows what is wrong with a DB library"), fault));
     m_agreed.push_back(which);
 }
 

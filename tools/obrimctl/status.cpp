@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "status.h"
 
+#include "filling.h"
 #include "output.h"
 #include "paging.h"
 #include "realpath.h"
 #include "source.h"
 #include "statusreport.h"
+#include "translation.h"
 
 #include <algorithm>
 #include <chrono>
@@ -29,7 +31,7 @@ void lookAtLibrary(StatusReport &report, const LoadedLibrary &library)
         if (!found[i])
             report.missing.emplace_back(DBSymbols[i].key);
     if (library.outcome == LoadOutcome::Incomplete && !report.missing.empty())
-        report.faults.push_back("the DB library has no " + report.missing.front());
+        report.faults.push_back(filled(translated("the DB library has no %1"), report.missing.front()));
 }
 
 std::string linkTarget(const std::string &path)
@@ -47,8 +49,10 @@ void lookAtSensors(StatusReport &report, const Source &source, bool requireAlive
                                               : status.unknown);
     report.sensors = status;
     const int notAlive = status.dead + status.unknown;
-    if (requireAlive && notAlive > 0)
-        report.faults.push_back(std::to_string(notAlive) + " sensors are not alive");
+    if (requireAlive && notAlive > 0) {
+        report.faults.push_back(
+            filled(translatedFor(notAlive, "%1 sensors are not alive", "%1 sensors are not alive"), notAlive));
+    }
 }
 
 template <class Record> RecordStatus recordStatus(const Source &source, bool quick)
@@ -113,6 +117,8 @@ StatusReport reportOf(const Installation &installation, const StatusOptions &opt
 
 int showStatus(const Installation &installation, const StatusOptions &options, Output &output)
 {
+    if (options.json)
+        setEnglish();
     const StatusReport report = reportOf(installation, options);
     output.write(options.json ? statusJson(report, options.clock) : statusText(report, options.clock));
     return report.faults.empty() ? ExitWell : ExitFailure;

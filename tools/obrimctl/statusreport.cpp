@@ -3,7 +3,9 @@
 #include "statusreport.h"
 
 #include "Messages.h"
+#include "filling.h"
 #include "format.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <cstdio>
@@ -14,55 +16,50 @@ namespace
 {
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
-std::string number(std::int64_t value)
-{
-    return std::to_string(value);
-}
-
 std::string line(const char *what, const std::string &text)
 {
-    std::string padded = what;
-    padded.resize(14, ' ');
-    return padded + text + "\n";
+    return padded(what, 14) + text + "\n";
 }
 
 std::string symbolsText(const StatusReport &report)
 {
-    std::string text = number(report.bits) + " bits, ";
-    text += report.symbols.empty() ? "not all functions" : report.symbols + " symbols";
-    if (report.missing.empty())
-        return text + ", all ten functions";
-    text += ", without";
+    std::string missing;
     for (const std::string &function : report.missing)
-        text += " " + function;
-    return text;
+        missing += (missing.empty() ? "" : " ") + function;
+    if (report.symbols.empty())
+        return filled(translated("%1 bits, not all functions, without %2"), report.bits, missing);
+    if (missing.empty())
+        return filled(translated("%1 bits, %2 symbols, all ten functions"), report.bits, report.symbols);
+    return filled(translated("%1 bits, %2 symbols, without %3"), report.bits, report.symbols, missing);
 }
 
 std::string sizesText()
 {
-    return "records of " + number(sizeof(CSensor)) + ", " + number(sizeof(CMessageEvent)) + " and " +
-           number(sizeof(CMessageCommand)) + " bytes, requests of " + number(sizeof(CMessageEventRequest)) + " and " +
-           number(sizeof(CMessageCommandRequest));
+    return filled(translated("records of %1, %2 and %3 bytes, requests of %4 and %5"), sizeof(CSensor),
+                  sizeof(CMessageEvent), sizeof(CMessageCommand), sizeof(CMessageEventRequest),
+                  sizeof(CMessageCommandRequest));
 }
 
 std::string recordsText(const std::optional<RecordStatus> &records, TimeWriter &times)
 {
     if (!records)
-        return "unknown";
+        return translated("unknown");
     if (!records->newestId)
-        return "none";
-    const std::string newest = "newest " + number(*records->newestId) + " of " + times.text(records->newestTime);
-    return (records->count ? number(*records->count) + ", " : "") + newest;
+        return translated("none");
+    const std::string time = times.text(records->newestTime);
+    return records->count ? filled(translated("%1, newest %2 of %3"), *records->count, *records->newestId, time)
+                          : filled(translated("newest %1 of %2"), *records->newestId, time);
 }
 
 std::string sensorsText(const std::optional<SensorStatus> &sensors)
 {
     if (!sensors)
-        return "unknown";
+        return translated("unknown");
     const SensorStatus &s = *sensors;
-    std::string text =
-        number(s.alive + s.dead + s.unknown) + ": " + number(s.alive) + " alive, " + number(s.dead) + " dead";
-    return text + (s.unknown > 0 ? ", " + number(s.unknown) + " never heard of" : "");
+    const int count = s.alive + s.dead + s.unknown;
+    return s.unknown > 0
+               ? filled(translated("%1: %2 alive, %3 dead, %4 never heard of"), count, s.alive, s.dead, s.unknown)
+               : filled(translated("%1: %2 alive, %3 dead"), count, s.alive, s.dead);
 }
 
 void write(Writer &writer, const char *key, const std::string &text)
@@ -148,21 +145,22 @@ void writeRecords(Writer &writer, const char *key, const std::optional<RecordSta
 std::string statusText(const StatusReport &report, Clock clock)
 {
     TimeWriter times(clock);
-    std::string text = line("installation", visibleText(report.installation));
+    std::string text = line(translated("installation"), visibleText(report.installation));
     const std::string link = report.linked.empty() ? "" : " -> " + visibleText(report.linked);
-    text += line("library", visibleText(report.library) + link);
+    text += line(translated("library"), visibleText(report.library) + link);
     if (report.sensors || report.events || report.commands || !report.symbols.empty()) {
         text += line("", symbolsText(report));
         text += line("", sizesText());
-        text += line("sensors", sensorsText(report.sensors));
-        text += line("events", recordsText(report.events, times));
-        text += line("commands", recordsText(report.commands, times));
+        text += line(translated("sensors"), sensorsText(report.sensors));
+        text += line(translated("events"), recordsText(report.events, times));
+        text += line(translated("commands"), recordsText(report.commands, times));
     }
     if (report.roundTrip) {
         char milliseconds[32];
         std::snprintf(milliseconds, sizeof(milliseconds), "%.3g ms", *report.roundTrip);
-        text += line("round trip", milliseconds);
+        text += line(translated("round trip"), milliseconds);
     }
+    // The word is looked for by programs.
     for (const std::string &fault : report.faults)
         text += line("WRONG", visibleText(fault));
     return text;

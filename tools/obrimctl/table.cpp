@@ -3,6 +3,7 @@
 #include "table.h"
 
 #include "bytetext.h"
+#include "filling.h"
 
 #include <algorithm>
 #include <numeric>
@@ -23,12 +24,6 @@ const char *colourOf(const Cell &cell)
     const char *shown = cell.type == Cell::Type::Word ? cell.word() : nullptr;
     const std::string_view word = shown ? shown : "";
     return word == "alive" ? Green : word == "dead" || word == "kill" ? Red : "";
-}
-
-/** Columns of a text in UTF-8 without control characters; every character of Latin-1 takes one. */
-std::size_t characters(const std::string &utf8)
-{
-    return std::size_t(std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xc0) != 0x80; }));
 }
 
 /** The first `count` characters. */
@@ -99,7 +94,7 @@ TableFormat::Line TableFormat::headings(const Columns &columns)
 {
     Line line;
     for (const Column &column : columns)
-        line.push_back({column.heading, characters(column.heading), ""});
+        line.push_back({column.heading, columnCount(column.heading), ""});
     return line;
 }
 
@@ -109,7 +104,7 @@ void TableFormat::row(const Cells &cells)
     for (const std::size_t place : m_places) {
         Shown shown;
         appendForPeople(shown.text, cells[place], m_times);
-        shown.width = characters(shown.text);
+        shown.width = columnCount(shown.text);
         shown.colour = m_hasColour ? colourOf(cells[place]) : "";
         line.push_back(std::move(shown));
     }

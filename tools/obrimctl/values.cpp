@@ -4,19 +4,17 @@
 
 #include "bytetext.h"
 #include "failure.h"
+#include "filling.h"
 #include "recordfilter.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <charconv>
 #include <climits>
+#include <map>
 
 namespace
 {
-[[noreturn]] void refuse(const std::string &option, const std::string &text, const std::string &expected)
-{
-    throw UsageError(option + " cannot be '" + visibleText(text) + "': " + expected);
-}
-
 template <class Number> std::optional<Number> toNumber(std::string_view text)
 {
     Number number = 0;
@@ -25,18 +23,18 @@ template <class Number> std::optional<Number> toNumber(std::string_view text)
         return std::nullopt;
     return number;
 }
-
-std::string range(const std::string &least, const std::string &most)
-{
-    return " from " + least + " to " + most;
-}
 } // namespace
+
+void refuse(const std::string &option, const std::string &text, const std::string &expected)
+{
+    throw UsageError(filled(translated("%1 cannot be '%2': %3"), option, visibleText(text), expected));
+}
 
 int readInteger(const std::string &option, const std::string &text, int least, int most)
 {
     const auto number = toNumber<int>(text);
     if (!number || *number < least || *number > most)
-        refuse(option, text, "a whole number" + range(std::to_string(least), std::to_string(most)) + " is expected");
+        refuse(option, text, filled(translated("a whole number from %1 to %2 is expected"), least, most));
     return *number;
 }
 
@@ -46,7 +44,7 @@ std::optional<int> readLimit(const std::string &text)
         return std::nullopt;
     const auto number = toNumber<int>(text);
     if (!number || *number < 0)
-        refuse("-n", text, "a number of records or 'all' is expected");
+        refuse("-n", text, translated("a number of records or 'all' is expected"));
     return number;
 }
 
@@ -54,11 +52,8 @@ double readSeconds(const std::string &option, const std::string &text, double le
 {
     const auto number = toNumber<double>(text);
     // Written so that "nan" does not pass.
-    if (!number || !(*number >= least && *number <= most)) {
-        char bounds[64];
-        std::snprintf(bounds, sizeof(bounds), "seconds from %g to %g are expected", least, most);
-        refuse(option, text, bounds);
-    }
+    if (!number || !(*number >= least && *number <= most))
+        refuse(option, text, filled(translated("seconds from %1 to %2 are expected"), least, most));
     return *number;
 }
 
@@ -68,11 +63,14 @@ int readCode(const std::string &option, const std::string &text, const std::vect
     for (const CodeWord &known : words) {
         if (text == known.word)
             return known.code;
-        expected += std::string(known.word) + ", ";
+        expected += (expected.empty() ? "" : ", ") + std::string(known.word);
     }
     const auto number = toNumber<int>(text);
-    if (!number)
-        refuse(option, text, expected + "or a number is expected");
+    if (!number) {
+        refuse(option, text,
+               expected.empty() ? translated("or a number is expected")
+                                : filled(translated("%1, or a number is expected"), expected));
+    }
     return *number;
 }
 
@@ -83,7 +81,7 @@ IdRange readIds(const std::string &text)
             return otherwise;
         const auto id = toNumber<int>(number);
         if (!id)
-            refuse("--id", text, "an identifier or A..B is expected, with numbers below 2147483648");
+            refuse("--id", text, translated("an identifier or A..B is expected, with numbers below 2147483648"));
         return *id;
     };
     const std::size_t dots = text.find("..");
@@ -93,7 +91,8 @@ IdRange readIds(const std::string &text)
     }
     const IdRange ids = {end(text.substr(0, dots), INT_MIN), end(text.substr(dots + 2), INT_MAX)};
     if (text == ".." || ids.isEmpty())
-        refuse("--id", text, "the first identifier of A..B must not be above the second, and one must be given");
+        refuse("--id", text,
+               translated("the first identifier of A..B must not be above the second, and one must be given"));
     return ids;
 }
 
@@ -101,9 +100,9 @@ std::time_t readTime(const std::string &option, const std::string &text, std::ti
 {
     const auto time = parseTime(text, now, clock);
     if (!time) {
-        refuse(
-            option, text,
-            "a time such as '2026-11-21 20:16', 20:16, yesterday, -2h or @SECONDS between 1901 and 2038 is expected");
+        refuse(option, text,
+               translated("a time such as '2026-11-21 20:16', 20:16, yesterday, -2h or @SECONDS between 1901 and 2038 "
+                          "is expected"));
     }
     return *time;
 }
@@ -111,8 +110,30 @@ std::time_t readTime(const std::string &option, const std::string &text, std::ti
 std::string readMask(const std::string &option, const std::string &text)
 {
     std::string mask = toLatin1(text, option);
-    const std::string fault = maskFault(mask);
+    const std::string fault = maskFault(option, mask);
     if (!fault.empty())
-        throw UsageError("the mask of " + option + " " + fault);
+        throw UsageError(fault);
     return mask;
+}
+
+FormatName readFormat(const std::string &text)
+{
+    static const std::map<std::string, FormatName> formats = {{"table", FormatName::Table},
+                                                              {"csv", FormatName::Csv},
+                                                              {"json", FormatName::Json},
+                                                              {"short", FormatName::Short}};
+    const auto found = formats.find(text);
+    if (found == formats.end())
+        refuse("--output", text, translated("table, csv, json or short is expected"));
+    return found->second;
+}
+
+ColourUse readColour(const std::string &text)
+{
+    static const std::map<std::string, ColourUse> uses = {
+        {"auto", ColourUse::Auto}, {"always", ColourUse::Always}, {"never", ColourUse::Never}};
+    const auto found = uses.find(text);
+    if (found == uses.end())
+        refuse("--color", text, translated("auto, always or never is expected"));
+    return found->second;
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "format.h"
 #include "paging.h"
 #include "rows.h"
 #include "timetext.h"
@@ -14,6 +15,9 @@
  * The values of options. Each function takes the option's name for its message
  * and throws UsageError when the text is no such value.
  */
+
+/** Throws: the option cannot be `text`, as `expected` says. */
+[[noreturn]] void refuse(const std::string &option, const std::string &text, const std::string &expected);
 
 /** A number of records; nothing for "all". */
 std::optional<int> readLimit(const std::string &text);
@@ -28,3 +32,7 @@ IdRange readIds(const std::string &text);
 std::time_t readTime(const std::string &option, const std::string &text, std::time_t now, Clock clock);
 /** A pattern, as Latin-1. */
 std::string readMask(const std::string &option, const std::string &text);
+/** Of --output, for lists. */
+FormatName readFormat(const std::string &text);
+/** Of --color. */
+ColourUse readColour(const std::string &text);
