@@ -29,6 +29,12 @@ TEST(Filling, numbersAreWrittenAsInC)
     EXPECT_EQ(filled("%1 %2 %3", 0.5, 1e6, 30.0), "0.5 1e+06 30");
 }
 
+TEST(Filling, aLineOfHelpIsAsWideAsItLooks)
+{
+    EXPECT_EQ(helpEntry("имя", 6, "one\ntwo"), "  имя   one\n        two\n");
+    EXPECT_EQ(helpEntry("--timeout", 6, "one\ntwo"), "  --timeout  one\n        two\n");
+}
+
 TEST(Filling, widthsAreThoseOfCharacters)
 {
     EXPECT_EQ(columnCount(""), 0U);

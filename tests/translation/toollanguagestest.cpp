@@ -124,6 +124,34 @@ TEST_F(ToolLanguages, whatProgramsReadOfObrimctlIsTheSameInAll)
     }
 }
 
+TEST_F(ToolLanguages, theSimulatorSpeaksEach)
+{
+    const std::string simulator = "'" SENSOR_SIM "' ";
+    EXPECT_THAT(outputOf(simulator + "--help", "de"), HasSubstr("\n  --duration SEC  nach SEC Sekunden enden\n"));
+    EXPECT_EQ(outputOf(simulator + "--config /nowhere/at/all", "fr").find("sensor-sim: --config /nowhere/at/all: "),
+              0U);
+    EXPECT_THAT(outputOf(simulator + "--rate x", "es"), HasSubstr("sensor-sim: --rate no puede ser «x»\n"));
+    EXPECT_THAT(outputOf(simulator + "--config " + folder() + "/plant/Config --sensors 3 --fill 5", "ru"),
+                HasSubstr("записано событий истории: 5 из 5, в секунду: "));
+    for (const char *language : Languages)
+        EXPECT_THAT(outputOf(simulator + "--help", language), Not(HasSubstr("Options:"))) << language;
+}
+
+TEST_F(ToolLanguages, theSimulatorsLogIsTheSameInAll)
+{
+    const auto log = [](const std::string &language) {
+        const std::string path = folder() + "/log." + language;
+        outputOf("'" OBRIMCTL "' init " + folder() + "/logged." + language + " --database library:" DBLIB_SQLITE, "en");
+        outputOf("'" SENSOR_SIM "' --config " + folder() + "/logged." + language +
+                     "/Config --sensors 3 --seed 1 --rate 1000 --duration 0.05 --log " + path,
+                 language);
+        return outputOf("cat " + path, "en");
+    };
+    const std::string english = log("en");
+    EXPECT_THAT(english, HasSubstr("event 1 "));
+    EXPECT_EQ(log("ru"), english);
+}
+
 TEST_F(ToolLanguages, inTheCLocaleAllIsEnglish)
 {
     EXPECT_THAT(outputOf("env LC_ALL=C " + ctl("--help"), "de"), HasSubstr("\nSubcommands:\n"));

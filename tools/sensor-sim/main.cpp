@@ -1,14 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "filling.h"
 #include "options.h"
 #include "sensorsdatabase.h"
 #include "settings.h"
 #include "simulation.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -81,9 +84,8 @@ double secondsSince(Clock::time_point start)
 
 std::string describe(const SimulationTotals &totals)
 {
-    return "sensor-sim: " + std::to_string(totals.sensors) + " sensors, " + std::to_string(totals.dead) + " dead, " +
-           std::to_string(totals.events) + " events written, " + std::to_string(totals.commands) +
-           " commands carried out";
+    return "sensor-sim: " + filled(translated("%1 sensors, %2 dead, %3 events written, %4 commands carried out"),
+                                   totals.sensors, totals.dead, totals.events, totals.commands);
 }
 
 /** Faults may name files and hold what a file holds. */
@@ -104,15 +106,13 @@ int fill(Simulation &simulation, int count, EndSignals &signals, ProgressLine &l
 {
     const Clock::time_point start = Clock::now();
     simulation.fill(count, [&](int done) {
-        line.show("sensor-sim: " + std::to_string(done) + " of " + std::to_string(count) + " events written");
+        line.show("sensor-sim: " + filled(translated("%1 of %2 events written"), done, count));
         return !signals.wait(0);
     });
     const double seconds = std::max(secondsSince(start), 1e-9);
     const std::int64_t events = simulation.totals().events;
-    char text[128];
-    std::snprintf(text, sizeof text, "sensor-sim: %lld of %d events of history written, %.0f a second",
-                  static_cast<long long>(events), count, double(events) / seconds);
-    line.finish(text);
+    line.finish("sensor-sim: " + filled(translated("%1 of %2 events of history written, %3 a second"), events, count,
+                                        std::llround(double(events) / seconds)));
     return 0;
 }
 
@@ -203,6 +203,7 @@ int play(const Options &options)
 
 int main(int argc, char *argv[])
 {
+    setLanguage();
     try {
         std::string fault;
         const Options options = parseOptions(argc, argv, fault);

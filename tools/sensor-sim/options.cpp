@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "options.h"
 
+#include "filling.h"
+#include "translation.h"
+
 #include <charconv>
 #include <getopt.h>
 #include <string_view>
@@ -67,30 +70,36 @@ const option LongOptions[] = {
 
 std::string usage()
 {
-    return "Usage: sensor-sim --config DIR [options]\n"
-           "Stands in for an installation's sensors: reports events, gives signs of life and obeys commands\n"
-           "through the database that DIR/DBLib.def names, until Ctrl-C or SIGTERM.\n"
-           "\n"
-           "Options:\n"
-           "  --config DIR    configuration directory of the installation\n"
-           "  --sensors N     number of sensors: analysers, converters and receivers in turn (30)\n"
-           "  --rate R        events a second over all sensors (20)\n"
-           "  --fill N        write N events of history, the newest of now, and end\n"
-           "  --seed S        draw the same events in each run\n"
-           "  --duration SEC  end after SEC seconds\n"
-           "  --log FILE      append a line to FILE for each event written and each command carried out\n"
-           "  --help          show this\n"
-           "  --version       show the version\n"
-           "\n"
-           "Exit status:\n"
-           "  0  well\n"
-           "  1  the database failed, or another sensor-sim plays its sensors, which does not matter to --fill,\n"
-           "     nor on a server\n"
-           "  2  the command line is wrong, or DIR is not there\n"
-           "\n"
-           "Examples:\n"
-           "  sensor-sim --config Config --fill 100000           history that ends now\n"
-           "  sensor-sim --config Config --sensors 30 --rate 20  live, until Ctrl-C\n";
+    constexpr std::size_t optionWidth = 16;
+    constexpr std::size_t statusWidth = 3;
+    constexpr std::size_t exampleWidth = 51;
+    std::string text = std::string(translated("Usage: sensor-sim --config DIR [options]")) + "\n";
+    text +=
+        translated("Stands in for an installation's sensors: reports events, gives signs of life and obeys commands\n"
+                   "through the database that DIR/DBLib.def names, until Ctrl-C or SIGTERM.\n");
+    text += std::string("\n") + translated("Options:") + "\n";
+    const auto option = [&](const char *name, const char *meaning) { text += helpEntry(name, optionWidth, meaning); };
+    option("--config DIR", translated("configuration directory of the installation"));
+    option("--sensors N", translated("number of sensors: analysers, converters and receivers in turn (30)"));
+    option("--rate R", translated("events a second over all sensors (20)"));
+    option("--fill N", translated("write N events of history, the newest of now, and end"));
+    option("--seed S", translated("draw the same events in each run"));
+    option("--duration SEC", translated("end after SEC seconds"));
+    option("--log FILE", translated("append a line to FILE for each event written and each command carried out"));
+    option("--help", translated("show this"));
+    option("--version", translated("show the version"));
+    text += std::string("\n") + translated("Exit status:") + "\n";
+    text += helpEntry("0", statusWidth, translated("well"));
+    text +=
+        helpEntry("1", statusWidth,
+                  translated("the database failed, or another sensor-sim plays its sensors, which does not matter to "
+                             "--fill,\nnor on a server"));
+    text += helpEntry("2", statusWidth, translated("the command line is wrong, or DIR is not there"));
+    text += std::string("\n") + translated("Examples:") + "\n";
+    text += helpEntry("sensor-sim --config Config --fill 100000", exampleWidth, translated("history that ends now"));
+    text +=
+        helpEntry("sensor-sim --config Config --sensors 30 --rate 20", exampleWidth, translated("live, until Ctrl-C"));
+    return text;
 }
 
 Options parseOptions(int argc, char *const argv[], std::string &fault)
@@ -102,17 +111,17 @@ Options parseOptions(int argc, char *const argv[], std::string &fault)
     int place = 0;
     for (int option = 0; (option = ::getopt_long(argc, argv, ":", LongOptions, &place)) != -1;) {
         if (option == '?')
-            fault = std::string("unknown option ") + argv[optind - 1];
+            fault = filled(translated("unknown option %1"), argv[optind - 1]);
         else if (option == ':')
-            fault = std::string("a value is missing after ") + argv[optind - 1];
+            fault = filled(translated("a value is missing after %1"), argv[optind - 1]);
         else if (!setOption(options, option, optarg))
-            fault = std::string("--") + LongOptions[place].name + " cannot be '" + optarg + "'";
+            fault = filled(translated("%1 cannot be '%2'"), std::string("--") + LongOptions[place].name, optarg);
         if (!fault.empty())
             return options;
     }
     if (optind < argc)
-        fault = std::string("unexpected argument ") + argv[optind];
+        fault = filled(translated("unexpected argument %1"), argv[optind]);
     else if (options.configDir.empty() && !options.help && !options.version)
-        fault = "--config is missing";
+        fault = translated("--config is missing");
     return options;
 }

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "sensorslock.h"
 
+#include "filling.h"
 #include "sqlite.h"
+#include "translation.h"
 
 #include <cerrno>
 #include <cstring>
@@ -27,9 +29,9 @@ void SensorsLock::take(const std::string &path, int patience)
     while (m_descriptor < 0 || ::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
         const int error = errno;
         if (error != EWOULDBLOCK)
-            throw Sqlite::Error(path, std::string("the sensors cannot be taken (") + std::strerror(error) + ")");
+            throw Sqlite::Error(path, filled(translated("the sensors cannot be taken (%1)"), std::strerror(error)));
         if (patience <= 0)
-            throw Sqlite::Error(path, "another sensor-sim plays the sensors of this database");
+            throw Sqlite::Error(path, translated("another sensor-sim plays the sensors of this database"));
         ::usleep(PauseMilliseconds * 1000);
         patience -= PauseMilliseconds;
     }

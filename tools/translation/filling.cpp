@@ -38,3 +38,12 @@ std::string padded(std::string text, std::size_t width)
     const std::size_t columns = columnCount(text);
     return columns < width ? std::move(text.append(width - columns, ' ')) : std::move(text);
 }
+
+std::string helpEntry(const std::string &what, std::size_t width, std::string_view meaning)
+{
+    constexpr std::size_t gap = 2;
+    std::string text = "  " + padded(what, std::max(width, columnCount(what) + gap));
+    for (const char c : meaning)
+        text += c == '\n' ? "\n" + std::string(gap + width, ' ') : std::string(1, c);
+    return text + "\n";
+}

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-/** @file Texts with places for values, and their width. */
+/** @file Texts with places for values, their width, and lines of help. */
 
 /** What stands in a place: a text, or a number that is not divided into groups. */
 class Filling
@@ -56,3 +56,9 @@ std::size_t columnCount(std::string_view utf8);
 
 /** The text with blanks behind it, `width` columns wide or wider. */
 std::string padded(std::string text, std::size_t width);
+
+/**
+ * A line of --help: what is explained, and from a column on, which is `width` behind that where it begins, its
+ * meaning. Line feeds in the meaning begin further lines there.
+ */
+std::string helpEntry(const std::string &what, std::size_t width, std::string_view meaning);
