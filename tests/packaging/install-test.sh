@@ -24,7 +24,7 @@ DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --instal
 for file in "$bin/obrim" "$bin/obrimctl" "$bin/sensor-sim" "$bin/dblib-check" "$bin/dblib-new" "$lib/obrim/sqlite.so" \
     "$lib/obrim/bridge.so" "$lib/obrim/recorder.so" "$lib/obrim/player.so" \
     "$lib/obrim/postgresql.so" "$data/obrim/postgresql/1.sql" \
-    "$data/obrim/postgresql/roles.sql" "$data/applications/obrim.desktop" "$data/metainfo/obrim.metainfo.xml" \
+    "$data/obrim/postgresql/roles.sql" "$data/applications/obrim.desktop" "$data/metainfo/org.obrim.obrim.metainfo.xml" \
     "$data/icons/hicolor/scalable/apps/obrim.svg" "$data/icons/hicolor/48x48/apps/obrim.png" \
     "$lib/pkgconfig/obrimdb.pc" "$lib/pkgconfig/obrimdbc.pc" "$data/bash-completion/completions/obrimctl" "$data/licenses/obrim/GPL-2.0-or-later.txt"; do
     [[ -s $stage$file ]] || fail "$file is not installed"
@@ -39,7 +39,7 @@ field() { sed -n "s/^$1=//p" "$stage$data/applications/obrim.desktop"; }
 [[ -s $stage$data/icons/hicolor/scalable/apps/$(field Icon).svg ]] || fail "there is no icon $(field Icon)"
 
 # Software centres find the desktop entry by the name that the description gives.
-launched=$(sed -n 's:.*<launchable type="desktop-id">\(.*\)</launchable>.*:\1:p' "$stage$data/metainfo/obrim.metainfo.xml")
+launched=$(sed -n 's:.*<launchable type="desktop-id">\(.*\)</launchable>.*:\1:p' "$stage$data/metainfo/org.obrim.obrim.metainfo.xml")
 [[ -n $launched && -s $stage$data/applications/$launched ]] || fail "the description for software centres starts '$launched'"
 
 width=$(file -b "$stage$data/icons/hicolor/48x48/apps/obrim.png")
