@@ -5,16 +5,8 @@
 # hardening-test.sh CMAKE BUILD-FOLDER: what is installed is built as docs/security.md says.
 set -euo pipefail
 
-cmake=$1
-build=$2
-stage=$(mktemp -d)
-trap 'rm -rf "$stage"' EXIT
-failures=0
-
-fail() {
-    printf 'hardening-test: %s: %s\n' "$1" "$2" >&2
-    failures=$((failures + 1))
-}
+# shellcheck source=tests/packaging/stage.sh
+source "$(dirname -- "$0")/stage.sh"
 
 # has FILE PATTERN WHAT: what readelf told of the file holds the pattern.
 has() { grep -qE "$2" "$stage/elf" || fail "$1" "$3"; }
@@ -47,11 +39,7 @@ check() {
     ! grep -q 'Machine:.*X86-64' "$stage/elf" || marked "$file"
 }
 
-DESTDIR=$stage/root "$cmake" --install "$build" >"$stage/log" || {
-    tail -n 5 "$stage/log" >&2
-    exit 1
-}
-mapfile -d '' -t installed < <(find "$stage/root" -type f -print0)
+mapfile -d '' -t installed < <(find "$stage" -type f -print0)
 count=0
 for file in "${installed[@]}"; do
     # A file of a library's author to link is no shared object.
@@ -59,5 +47,5 @@ for file in "${installed[@]}"; do
     check "$file"
     count=$((count + 1))
 done
-((count >= 4)) || fail "$build" "only $count programs and libraries are installed"
+((count >= 4)) || fail "$2" "only $count programs and libraries are installed"
 exit $((failures > 0))

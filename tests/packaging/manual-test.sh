@@ -6,21 +6,9 @@
 # has a manual page with all that its --help tells.
 set -euo pipefail
 
-cmake=$1
+# shellcheck source=tests/packaging/stage.sh
+source "$(dirname -- "$0")/stage.sh"
 build=$2
-stage=$(mktemp -d)
-trap 'rm -rf "$stage"' EXIT
-failures=0
-
-fail() {
-    printf 'manual-test: %s: %s\n' "$1" "$2" >&2
-    failures=$((failures + 1))
-}
-
-DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || {
-    tail -n 5 "$stage/log" >&2
-    exit 1
-}
 bin=$stage$3
 lib=$stage$4
 pages=$stage$5/man1

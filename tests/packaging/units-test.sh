@@ -6,17 +6,8 @@
 # does its work on an installation.
 set -euo pipefail
 
-cmake=$1
-build=$2
-stage=$(mktemp -d)
-trap 'rm -rf "$stage"' EXIT
-
-fail() {
-    printf 'units-test: %s\n' "$*" >&2
-    exit 1
-}
-
-DESTDIR=$stage "$cmake" --install "$build" >"$stage/log" || fail "cmake --install fails: $(tail -n 5 "$stage/log")"
+# shellcheck source=tests/packaging/stage.sh
+source "$(dirname -- "$0")/stage.sh"
 bin=$stage$3
 lib=$stage$4/obrim
 units=$stage$5/lib/systemd
@@ -30,8 +21,8 @@ understood() {
         sed "s,^ExecStart=,&$stage," "$unit" >"$folder/${name/@/@srv-plant}"
     done
     shift
-    words=$(XDG_RUNTIME_DIR=$stage systemd-analyze verify --man=no "$@" "$folder"/* 2>&1) || fail "systemd: $words"
-    [[ -z $words ]] || fail "systemd: $words"
+    words=$(XDG_RUNTIME_DIR=$stage systemd-analyze verify --man=no "$@" "$folder"/* 2>&1) || die "systemd: $words"
+    [[ -z $words ]] || die "systemd: $words"
 }
 if command -v systemd-analyze >/dev/null; then
     understood system
@@ -49,18 +40,18 @@ count() { obrimctl -C "$1" "$2" -n all -o json | wc -l; }
 
 # Backups of three days, of which two are kept; one of today is there.
 mkdir -p "$plant/Backups/2026-01-02" "$plant/Backups/2026-01-03" "$plant/Backups/mine"
-"$lib/obrim-backup" "$plant" 2 >"$stage/log" 2>&1 || fail "no backup: $(cat "$stage/log")"
+"$lib/obrim-backup" "$plant" 2 >"$stage/log" 2>&1 || die "no backup: $(cat "$stage/log")"
 mapfile -t backups < <(find "$plant/Backups" -mindepth 1 -maxdepth 1 -printf '%f\n' | sort)
 [[ ${backups[*]} =~ ^'2026-01-03 '[0-9-]+' mine'$ ]] ||
-    fail "the backups are ${backups[*]}"
+    die "the backups are ${backups[*]}"
 today=$plant/Backups/${backups[1]}
-(($(count "$today" events) == 300 && $(count "$today" commands) == 1)) || fail 'the backup is not whole'
-! "$lib/obrim-backup" "$plant" none 2>"$stage/log" || fail 'a number that is none is taken'
-! "$lib/obrim-backup" "$stage" 2>"$stage/log" || fail 'any folder is taken for an installation'
+(($(count "$today" events) == 300 && $(count "$today" commands) == 1)) || die 'the backup is not whole'
+! "$lib/obrim-backup" "$plant" none 2>"$stage/log" || die 'a number that is none is taken'
+! "$lib/obrim-backup" "$stage" 2>"$stage/log" || die 'any folder is taken for an installation'
 
-"$lib/obrim-thin-out" "$plant" 100 >"$stage/log" 2>&1 || fail "nothing is thinned out: $(cat "$stage/log")"
+"$lib/obrim-thin-out" "$plant" 100 >"$stage/log" 2>&1 || die "nothing is thinned out: $(cat "$stage/log")"
 left=$(count "$plant" events)
-((left >= 84 && left <= 88)) || fail "$left events are left of 100 days"
-(($(obrimctl -C "$plant" events -n all -U -100d -o json | wc -l) == 0)) || fail 'an old event is left'
-(($(count "$plant" commands) == 1)) || fail 'a new command was deleted'
-! "$lib/obrim-thin-out" "$plant" 0 2>"$stage/log" || fail 'a number of days that is none is taken'
+((left >= 84 && left <= 88)) || die "$left events are left of 100 days"
+(($(obrimctl -C "$plant" events -n all -U -100d -o json | wc -l) == 0)) || die 'an old event is left'
+(($(count "$plant" commands) == 1)) || die 'a new command was deleted'
+! "$lib/obrim-thin-out" "$plant" 0 2>"$stage/log" || die 'a number of days that is none is taken'
