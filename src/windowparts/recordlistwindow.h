@@ -2,15 +2,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "arrivals.h"
 #include "autoupdate.h"
 #include "informationbox.h"
 #include "listview.h"
 #include "listwindow.h"
 #include "managedcolumns.h"
 #include "manual.h"
-#include "messagetext.h"
 #include "namepool.h"
-#include "recorditem.h"
 #include "requestfilling.h"
 #include "rownumbers.h"
 #include "timepresets.h"
@@ -19,7 +18,6 @@
 #include <QTimer>
 #include <climits>
 #include <optional>
-#include <string>
 #include <utility>
 
 /**
@@ -96,13 +94,6 @@ protected:
     void deleteSelectedRecord();
 
 private:
-    /** The rows made of a fetch's records, before the list has them, and what is known of the identifiers. */
-    struct Arrivals {
-        ListView::Rows rows;
-        int lowest = INT_MAX;
-        int highest = INT_MIN;
-    };
-
     ManagedColumns managedColumns();
     FilterControls filterControls();
     void reload(const QPointer<QObject> &self, LoadGuard &load);
@@ -110,8 +101,6 @@ private:
     template <class DigitsOf, class NumberOf>
     std::optional<Arrivals> fetch(const QPointer<QObject> &self, LoadGuard &load, Request &request, DigitsOf digitsOf,
                                   NumberOf numberOf);
-    template <class NumberOf>
-    Arrivals rowsOf(LoadGuard &load, const Record *records, int count, int digits, NumberOf numberOf);
     void followTimeZone();
     void addRows(Arrivals &arrivals, bool first, bool startOver);
 
@@ -374,44 +363,16 @@ auto RecordListWindow<Traits>::fetch(const QPointer<QObject> &self, LoadGuard &l
 {
     load.awaitLibrary();
     const auto reader = [&](const Record *records, int count) {
-        if (self)
-            m_arrivals = rowsOf(load, records, count, digitsOf(count), numberOf);
+        if (!self)
+            return;
+        followTimeZone();
+        m_arrivals = rowsOf<Traits>(records, count, digitsOf(count), numberOf, m_names, m_memory, load);
     };
     const int result = Traits::Read(reader, &request, this);
     if (!self)
         return std::nullopt;
     auto arrivals = std::exchange(m_arrivals, {});
     return result == 0 ? std::optional(std::move(arrivals)) : std::nullopt;
-}
-
-template <class Traits>
-template <class NumberOf>
-auto RecordListWindow<Traits>::rowsOf(LoadGuard &load, const Record *records, int count, int digits, NumberOf numberOf)
-    -> Arrivals
-{
-    constexpr int rowsPerLook = 4096; // at the clock
-    followTimeZone();
-    DateClasses dates;
-    LentNames names(m_names, count);
-    std::string parameters;
-    Arrivals arrivals;
-    arrivals.rows.reserve(std::size_t(count));
-    for (int i = 0; i < count; ++i) {
-        const Record &record = records[i];
-        const int id = record.*Traits::Identifier;
-        const std::time_t time = record.*Traits::Time;
-        arrivals.lowest = std::min(arrivals.lowest, id);
-        arrivals.highest = std::max(arrivals.highest, id);
-        parameters.clear();
-        appendLentParameters(parameters, record.par, record.ParNum);
-        const auto *sensor = names.name(record.SensorID, record.LSensorID);
-        arrivals.rows.push_back(
-            Traits::Item::create(m_memory, {numberOf(i, count), digits, sensor, id, Traits::kind(record, names), time,
-                                            dates.of(time), parameters}));
-        if (i % rowsPerLook == rowsPerLook - 1)
-            load.showProgress(i + 1, count);
-    }
-    return arrivals;
 }
 
 /**
