@@ -20,6 +20,14 @@ struct BufferCloser {
     }
 };
 
+std::string callOf(const std::string &function, int parameters)
+{
+    std::string sql = "SELECT obrim." + function + "(";
+    for (int i = 1; i <= parameters; ++i)
+        sql += (i > 1 ? ",$" : "$") + std::to_string(i);
+    return sql + ")";
+}
+
 std::string stateOf(const PGresult *result)
 {
     const char *state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
@@ -40,6 +48,27 @@ void ConnectionCloser::operator()(pg_conn *connection) const
 {
     PQfinish(connection);
 }
+
+/** Parameters as libpq takes them. */
+struct Connection::Arguments {
+    explicit Arguments(const Parameters &parameters)
+        : formats(parameters.count(), 1)
+    {
+        for (const Parameters::Parameter &parameter : parameters.m_all) {
+            types.push_back(parameter.type);
+            values.push_back(parameter.bytes ? parameter.bytes->data() : nullptr);
+            lengths.push_back(parameter.bytes ? int(parameter.bytes->size()) : 0);
+        }
+    }
+    int count() const
+    {
+        return int(types.size());
+    }
+    std::vector<Oid> types;
+    std::vector<const char *> values;
+    std::vector<int> lengths;
+    std::vector<int> formats;
+};
 
 Connection::Connection(Handle taken, std::string server, std::chrono::milliseconds statementTime)
     : m_connection(std::move(taken))
@@ -96,19 +125,39 @@ void Connection::run(const std::string &sql)
 
 Result Connection::query(const std::string &sql, const Parameters &parameters)
 {
-    std::vector<Oid> types;
-    std::vector<const char *> values;
-    std::vector<int> lengths;
-    for (const Parameters::Parameter &parameter : parameters.m_all) {
-        types.push_back(parameter.type);
-        values.push_back(parameter.bytes ? parameter.bytes->data() : nullptr);
-        lengths.push_back(parameter.bytes ? int(parameter.bytes->size()) : 0);
-    }
-    const std::vector<int> formats(types.size(), 1);
+    const Arguments arguments(parameters);
     start(sql);
-    if (!PQsendQueryParams(m_connection.get(), sql.c_str(), int(types.size()), types.data(), values.data(),
-                           lengths.data(), formats.data(), 1))
+    if (!PQsendQueryParams(m_connection.get(), sql.c_str(), arguments.count(), arguments.types.data(),
+                           arguments.values.data(), arguments.lengths.data(), arguments.formats.data(), 1))
         throwLost();
+    return onlyResult();
+}
+
+Result Connection::call(const std::string &function, const Parameters &parameters)
+{
+    const Arguments arguments(parameters);
+    start(function);
+    prepare(function, arguments);
+    if (!PQsendQueryPrepared(m_connection.get(), function.c_str(), arguments.count(), arguments.values.data(),
+                             arguments.lengths.data(), arguments.formats.data(), 1))
+        throwLost();
+    return onlyResult();
+}
+
+void Connection::prepare(const std::string &function, const Arguments &arguments)
+{
+    if (m_prepared.count(function) > 0)
+        return;
+    const std::string sql = callOf(function, arguments.count());
+    if (!PQsendPrepare(m_connection.get(), function.c_str(), sql.c_str(), arguments.count(), arguments.types.data()))
+        throwLost();
+    flush();
+    finish();
+    m_prepared.insert(function);
+}
+
+Result Connection::onlyResult()
+{
     flush();
     Result result(next());
     finish();

@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -127,6 +128,8 @@ public:
     void run(const std::string &sql);
     /** Runs one statement. Throws Error. */
     Result query(const std::string &sql, const Parameters &parameters = {});
+    /** Calls a function of the schema obrim, in a statement that the server reads and plans once. Throws Error. */
+    Result call(const std::string &function, const Parameters &parameters);
     /**
      * Runs statements in one round trip. Those that are COPY ... TO STDOUT (FORMAT
      * binary) hand their rows to the sinks in turn. Throws Error, and what a sink
@@ -145,7 +148,12 @@ public:
     }
 
 private:
+    struct Arguments;
+
     void start(const std::string &sql);
+    /** Has the server know the call of a function under the function's name. */
+    void prepare(const std::string &function, const Arguments &arguments);
+    Result onlyResult();
     void flush();
     void wait(short events);
     pg_result *next();
@@ -160,6 +168,7 @@ private:
     std::chrono::milliseconds m_statementTime;
     std::chrono::steady_clock::time_point m_deadline;
     bool m_givenUp = false;
+    std::set<std::string> m_prepared; ///< functions whose calls the server knows
     std::vector<std::string> *m_watched = nullptr;
 };
 } // namespace Postgres

@@ -38,14 +38,6 @@ std::optional<std::string> storedForm(std::string_view params)
     return params.empty() ? std::nullopt : std::optional<std::string>(Postgres::utf8From(params, buffer));
 }
 
-std::string callOf(const std::string &function, std::size_t parameters)
-{
-    std::string sql = "SELECT obrim." + function + "(";
-    for (std::size_t i = 1; i <= parameters; ++i)
-        sql += (i > 1 ? ",$" : "$") + std::to_string(i);
-    return sql + ")";
-}
-
 StoredSensor sensorFrom(const Postgres::CopiedRow &row)
 {
     std::string buffer;
@@ -189,8 +181,7 @@ std::unique_ptr<Records<CMessageCommand>> PostgresStore::commands(const CMessage
 
 Result PostgresStore::call(const std::string &function, const Parameters &parameters)
 {
-    const std::string sql = callOf(function, parameters.count());
-    return perform([&](Connection &used) { return used.query(sql, parameters); });
+    return perform([&](Connection &used) { return used.call(function, parameters); });
 }
 
 int PostgresStore::seriesOf(RowSelector &selector, const SeriesKey &key)
@@ -216,13 +207,12 @@ int PostgresStore::putOnce(const std::string &function, const Parameters &what)
         m_unanswered = Unanswered{content, number};
     Parameters parameters;
     parameters.addBytes(Postgres::Uuid, m_writer).addLong(number).append(what);
-    const std::string sql = callOf(function, parameters.count());
     // One attempt without an answer is enough; that a later one is refused says nothing about it.
     bool isUncertain = isRepeated;
     try {
         const int id = perform([&](Connection &used) {
             try {
-                return used.query(sql, parameters).number(0, 0);
+                return used.call(function, parameters).number(0, 0);
             } catch (const Error &error) {
                 isUncertain = isUncertain || error.kind() != Error::Refused;
                 throw;

@@ -62,11 +62,25 @@ TEST_F(StoreTest, APutWhoseAnswerIsLostIsStoredOnce)
     proxy.breakAt("put_events", 1);
     EXPECT_EQ(writer->put(makeEvent("a", "e", 2)), 2);
     EXPECT_EQ(writer->put(makeEvent("a", "e", 2)), 3);
-    proxy.breakAt("put_command", 1);
     EXPECT_EQ(writer->put(makeCommand("a", 1, 1)), 1);
+    proxy.breakAt("put_command", 1);
+    EXPECT_EQ(writer->put(makeCommand("a", 1, 2)), 2);
     EXPECT_EQ(proxy.broken(), 2);
     EXPECT_THAT(eventIds(), ElementsAre(1, 2, 3));
-    EXPECT_EQ(store().commands(commandsWanted(10))->size(), 1);
+    EXPECT_EQ(store().commands(commandsWanted(10))->size(), 2);
+}
+
+TEST_F(StoreTest, AFirstPutWhoseAnswerIsLostIsStoredOnce)
+{
+    BreakingProxy proxy(server().host());
+    const auto writer = openThrough(proxy);
+    // The call is read by the server first, then done: either answer may be the lost one.
+    proxy.breakAt("put_events", 2);
+    EXPECT_THROW(writer->put(makeEvent("a", "e", 1)), StoreError);
+    EXPECT_EQ(writer->put(makeEvent("a", "e", 1)), 1);
+    EXPECT_EQ(writer->put(makeEvent("a", "e", 2)), 2);
+    EXPECT_EQ(proxy.broken(), 2);
+    EXPECT_THAT(eventIds(), ElementsAre(1, 2));
 }
 
 TEST_F(StoreTest, APutThatIsRepeatedByItsCallerIsStoredOnce)
@@ -106,6 +120,54 @@ TEST_F(StoreTest, ARefusalOfASecondAttemptSaysNothingOfTheFirst)
     }
     EXPECT_EQ(writer->put(makeEvent("a", "e", 2)), 2);
     EXPECT_THAT(eventIds(), ElementsAre(1, 2));
+}
+
+TEST_F(StoreTest, ThePutThatTakesTheLastIdentifierIsStoredOnce)
+{
+    store().put(makeEvent("a", "e", 1));
+    server().sql("UPDATE obrim.newest SET id = 2147483646 WHERE kind = 'event'", m_database);
+    BreakingProxy proxy(server().host());
+    const auto writer = openThrough(proxy);
+    proxy.breakAt("put_events", 2);
+    EXPECT_THROW(writer->put(makeEvent("a", "e", 2)), StoreError);
+    EXPECT_EQ(writer->put(makeEvent("a", "e", 2)), 2147483647);
+    try {
+        writer->put(makeEvent("a", "e", 3));
+        ADD_FAILURE() << "there was an identifier left";
+    } catch (const StoreError &error) {
+        EXPECT_THAT(error.what(), HasSubstr("all identifiers are used up"));
+    }
+    EXPECT_THAT(eventIds(), ElementsAre(1, 2147483647));
+}
+
+TEST_F(StoreTest, APutOfAnotherProgramThatIsRepeatedIsStoredOnce)
+{
+    store().put(makeEvent("a", "e", 1));
+    const auto put = [&](int number, const std::string &arrays) {
+        return server().sql("SELECT obrim.put_events('00000000-0000-0000-0000-000000000001', " +
+                                std::to_string(number) + ", " + arrays + ")",
+                            m_database);
+    };
+    EXPECT_EQ(put(7, "ARRAY[1], ARRAY[now()], ARRAY[NULL::json]"), "2");
+    EXPECT_EQ(put(7, "ARRAY[1], ARRAY[now()], ARRAY[NULL::json]"), "2");
+    EXPECT_EQ(put(8, "'[0:0]={1}', ARRAY[now()], '[5:5]={1}'"), "3");
+    EXPECT_EQ(put(9, "ARRAY[1, 1], ARRAY[now(), now()], ARRAY['2', NULL]::json[]"), "4");
+    EXPECT_EQ(put(8, "'[0:0]={1}', ARRAY[now()], '[5:5]={1}'"), "4");
+    EXPECT_THAT(eventIds(), ElementsAre(1, 2, 3, 4, 5));
+    EXPECT_EQ(
+        server().sql("SELECT string_agg(params::text, ' ' ORDER BY id) FROM obrim.event WHERE id > 2", m_database),
+        "1 2");
+}
+
+TEST_F(StoreTest, ZonesAndSensorsKnowTheTimesOfWhatIsPutOneByOne)
+{
+    for (const int time : {1500, 1000, 2000, 1700})
+        store().put(makeEvent("a", "e", time));
+    EXPECT_EQ(server().sql("SELECT string_agg(concat_ws(' ', level, block, extract(epoch FROM earliest)::integer, "
+                           "extract(epoch FROM latest)::integer), ', ' ORDER BY level) FROM obrim.event_zone",
+                           m_database),
+              "0 0 1000 2000, 1 0 1000 2000");
+    EXPECT_EQ(server().sql("SELECT extract(epoch FROM last_message)::integer FROM obrim.sensor", m_database), "2000");
 }
 
 TEST_F(StoreTest, ADeleteWhoseAnswerIsLostIsNoFailure)
