@@ -8,15 +8,13 @@
  *
  * OBRIM_BENCH_FOLDER names where the databases are made (1 GB; the system's
  * temporary folder otherwise), OBRIM_BENCH_EVENTS the larger number of events
- * (10,000,000).
+ * (10,000,000). With OBRIM_BENCH_ROWS, so many rows, 10,000,000 for instance,
+ * are shown as well: that takes 3 GB of memory.
  */
 
-#include "DBFuns.h"
 #include "LoadDLL.h"
-#include "benchfolder.h"
-#include "cwd_eventslist.h"
 #include "data.h"
-#include "measuring.h"
+#include "eventswindow.h"
 #include "parameters.h"
 #include "sqlitestore.h"
 
@@ -36,39 +34,22 @@ constexpr int SmallStore = 10000;
 constexpr int Few = 1000;
 constexpr int Many = 1000000;
 
-int largeStore()
+int fromEnvironment(const char *name, int otherwise)
 {
-    const char *given = std::getenv("OBRIM_BENCH_EVENTS");
-    return std::max(Many, given ? std::atoi(given) : 10000000);
+    const char *given = std::getenv(name);
+    return given ? std::atoi(given) : otherwise;
 }
 
-/** Installations with the SQLite library. */
-class Installations
+/** Rows that are shown beside Many of them; 0: none. */
+int veryMany()
 {
-public:
-    Installations()
-    {
-        std::filesystem::copy_file(DBLIB_SQLITE, m_folder.path("Libs/DBLib.a"));
-        for (const char *name : {"small", "large"})
-            std::ofstream(m_folder.path(std::string(name) + "/DBLib.def")) << "Database=" << database(name) << "\n";
-    }
+    return fromEnvironment("OBRIM_BENCH_ROWS", 0);
+}
 
-    QString libs() const
-    {
-        return QString::fromStdString(m_folder.path("Libs"));
-    }
-    QString config(const std::string &name) const
-    {
-        return QString::fromStdString(m_folder.path(name));
-    }
-    std::string database(const std::string &name) const
-    {
-        return m_folder.path(name + ".db");
-    }
-
-private:
-    BenchFolder m_folder;
-};
+int largeStore()
+{
+    return std::max({Many, veryMany(), fromEnvironment("OBRIM_BENCH_EVENTS", 10000000)});
+}
 
 /** Draws events whose parameters take 20 characters in a list, on the average. */
 class Events
@@ -156,92 +137,6 @@ void makeDatabase(const std::string &path, int count)
         std::exit(1);
 }
 
-void useInstallation(const Installations &installations, const char *name)
-{
-    InitDBEvents(installations.config(name));
-}
-
-/** An events window on the screen. */
-class Window
-{
-public:
-    Window()
-        : m_window(std::make_unique<CWD_EventsList>(nullptr, "Events list", nullptr))
-    {
-        m_window->listMessages->viewport()->installEventFilter(&m_paints);
-        m_window->show();
-        paint();
-    }
-
-    /** "Update list" with this NMax, until its rows are painted and the columns fitted to them. */
-    void load(int count)
-    {
-        m_window->NMax->setText(QString::number(count));
-        m_window->BUpdateList->click();
-        paint();
-        m_window->ResizeColumns();
-        paint();
-    }
-
-    /** "Get new", until what came is painted. */
-    void getNew()
-    {
-        m_window->pushButton2->click();
-        paint();
-    }
-
-    /** A drag of the window's edge. */
-    void resize()
-    {
-        m_window->resize(m_window->width() == 800 ? 810 : 800, 700);
-        paint();
-    }
-
-    /** Hides a column, or shows it. */
-    void turnColumn(int column)
-    {
-        m_window->SetColumnsVisibiliy(column, -1);
-        paint();
-    }
-
-    /** A tick of the auto-update. */
-    void tick()
-    {
-        m_window->onGetNewEvents();
-        QCoreApplication::processEvents();
-    }
-
-    /** Lets everything be painted that is due. */
-    void settle()
-    {
-        for (int i = 0; i < 20; ++i)
-            QCoreApplication::processEvents();
-        m_paints.count = 0;
-    }
-
-    void close()
-    {
-        m_window->hide();
-        m_window.reset();
-    }
-
-    const ListView &list() const
-    {
-        return *m_window->listMessages;
-    }
-
-private:
-    void paint()
-    {
-        // A load of more than a second is painted by itself; nothing is waited for then.
-        m_paints.wait(m_paints.count);
-        QCoreApplication::processEvents();
-    }
-
-    PaintCounter m_paints;
-    std::unique_ptr<CWD_EventsList> m_window;
-};
-
 /** Lets the count of the most memory, VmHWM, start anew. */
 void forgetPeak()
 {
@@ -252,7 +147,8 @@ void forgetPeak()
 class BareSelect
 {
 public:
-    BareSelect(const std::string &database, const char *sql)
+    BareSelect(const std::string &database, const char *sql, int rows = Many)
+        : m_rows(rows)
     {
         sqlite3_open_v2(database.c_str(), &m_db, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
         sqlite3_exec(m_db, "PRAGMA cache_size=-16000", nullptr, nullptr, nullptr);
@@ -260,7 +156,7 @@ public:
             std::fprintf(stderr, "%s\n", sqlite3_errmsg(m_db));
             std::exit(1);
         }
-        sqlite3_bind_int(m_statement, 1, Many);
+        sqlite3_bind_int(m_statement, 1, rows);
     }
     BareSelect(const BareSelect &) = delete;
     BareSelect &operator=(const BareSelect &) = delete;
@@ -276,16 +172,21 @@ public:
         while (sqlite3_step(m_statement) == SQLITE_ROW)
             ++rows;
         sqlite3_reset(m_statement);
-        if (rows != Many) {
-            std::fprintf(stderr, "%d rows instead of %d\n", rows, Many);
+        if (rows != m_rows) {
+            std::fprintf(stderr, "%d rows instead of %d\n", rows, m_rows);
             std::exit(1);
         }
     }
 
 private:
+    int m_rows;
     sqlite3 *m_db = nullptr;
     sqlite3_stmt *m_statement = nullptr;
 };
+
+/** What the rows of a window show. */
+constexpr const char *NamedRows = "SELECT e.id, s.sensor, s.name, e.time, e.params FROM event e "
+                                  "JOIN event_series s ON s.id = e.series ORDER BY e.id DESC LIMIT ?1";
 
 double averageTextLength(const ListView &list)
 {
@@ -295,7 +196,14 @@ double averageTextLength(const ListView &list)
     return sum / list.childCount();
 }
 
-void benchMemory(Goals &goals, std::FILE *figures)
+/** Bytes of memory for each row of a window. */
+struct RowCost {
+    double after; ///< the load
+    double peak;  ///< at most during it
+};
+
+/** In a process that has loaded nothing before: what was freed stays with it, and the next rows come to lie there. */
+RowCost benchMemory(Goals &goals, std::FILE *figures)
 {
     Window window;
     const double before = memory("VmRSS:");
@@ -307,15 +215,16 @@ void benchMemory(Goals &goals, std::FILE *figures)
         figures,
         "      %d rows, parameters of %.1f characters on the average; at rest %.1f MB, after %.1f MB, peak %.1f MB\n",
         window.list().childCount(), averageTextLength(window.list()), before / 1e6, after / 1e6, peak / 1e6);
-    goals.atMost("memory after the load, a row", (after - before) / Many, "bytes", 90);
-    goals.atMost("most memory during the load, a row", (peak - before) / Many, "bytes", 300);
+    const RowCost cost = {(after - before) / Many, (peak - before) / Many};
+    goals.atMost("memory after the load, a row", cost.after, "bytes", 90);
+    goals.atMost("most memory during the load, a row", cost.peak, "bytes", 300);
+    return cost;
 }
 
 void benchLoading(Goals &goals, std::FILE *figures, const std::string &database)
 {
     BareSelect rows(database, "SELECT id, series, time, params FROM event ORDER BY id DESC LIMIT ?1");
-    BareSelect named(database, "SELECT e.id, s.sensor, s.name, e.time, e.params FROM event e "
-                               "JOIN event_series s ON s.id = e.series ORDER BY e.id DESC LIMIT ?1");
+    BareSelect named(database, NamedRows);
     std::vector<double> loads;
     std::vector<double> bare;
     std::vector<double> bareNamed;
@@ -332,6 +241,42 @@ void benchLoading(Goals &goals, std::FILE *figures, const std::string &database)
     std::fprintf(figures, "      %.4f ms: the SELECT of those rows with a number in place of both names\n",
                  1e3 * medianOf(bare));
     goals.ratio("closing, beside the load", medianOf(closings), medianOf(loads), 0.1);
+}
+
+/** A load beside the bare SELECT of its rows, the quickest of some. */
+double loadRatio(int rows, BareSelect &bare)
+{
+    double load = 1e9;
+    double select = 1e9;
+    for (int i = 0; i < 3; ++i) {
+        Window window;
+        load = std::min(load, seconds([&] { window.load(rows); }));
+        select = std::min(select, seconds([&] { bare.step(); }));
+    }
+    return load / select;
+}
+
+/** `cost` is that of Many rows. */
+void benchVeryMany(Goals &goals, std::FILE *figures, const std::string &database, const RowCost &cost)
+{
+    const int rows = veryMany();
+    RowCost most{};
+    {
+        Window window;
+        const double before = memory("VmRSS:");
+        forgetPeak();
+        window.load(rows);
+        most = {(memory("VmRSS:") - before) / rows, (memory("VmHWM:") - before) / rows};
+    }
+    std::fprintf(figures, "      %d rows: %.1f bytes a row, at most %.1f\n", rows, most.after, most.peak);
+    goals.atMost("memory after the load, a row, beside a million", most.after / cost.after, "x", 1);
+    goals.atMost("most memory during the load, a row, beside a million", most.peak / cost.peak, "x", 1);
+    BareSelect million(database, NamedRows);
+    BareSelect all(database, NamedRows, rows);
+    const double ofMillion = loadRatio(Many, million);
+    const double ofAll = loadRatio(rows, all);
+    std::fprintf(figures, "      %.3f x the bare SELECT : %.3f x\n", ofAll, ofMillion);
+    goals.atMost("\"Update list\" of those, beside a million", ofAll / ofMillion, "x", 1.15);
 }
 
 void benchFitting(Goals &goals, Window &many, Window &few)
@@ -395,7 +340,7 @@ int main(int argc, char **argv)
     std::FILE *figures = ::fdopen(::dup(STDOUT_FILENO), "w");
     if (!figures || !std::freopen("/dev/null", "w", stdout))
         return 1;
-    const Installations installations;
+    const Installations installations({"small", "large"});
     makeDatabase(installations.database("small"), SmallStore);
     makeDatabase(installations.database("large"), largeStore());
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
@@ -406,7 +351,9 @@ int main(int argc, char **argv)
         return 1;
     useInstallation(installations, "large");
     Goals goals(figures);
-    benchMemory(goals, figures);
+    const RowCost cost = benchMemory(goals, figures);
+    if (veryMany() > 0)
+        benchVeryMany(goals, figures, installations.database("large"), cost);
     benchLoading(goals, figures, installations.database("large"));
     {
         Window many;
