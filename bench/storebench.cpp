@@ -180,9 +180,9 @@ bool judge(const Figures &figures)
     Goals goals(figures);
     for (const Filter &filter : Filters)
         for (const bool first : {false, true})
-            goals.ratio(fewName(filter, first, "large"), fewName(filter, first, "small"), 2);
+            goals.ratio(fewName(filter, first, "large"), fewName(filter, first, "small"), 1.5);
     goals.ratio("nothing_new/large", "nothing_new/small", 2);
-    goals.ratio("fetch_1000000", "bare_select_1000000", 3);
+    goals.ratio("fetch_1000000", "bare_select_1000000", 2);
     goals.ratio("fill_1000000", "bare_insert_1000000", 1);
     goals.rate("fill_1000000", ManyRecords, 200000);
     return goals.met;
