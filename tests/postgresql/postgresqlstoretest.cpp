@@ -368,6 +368,15 @@ TEST_F(RolesTest, SensorsMakeRoomForTheirEvents)
     EXPECT_EQ(store().events(eventsWanted(10))->size(), 3);
 }
 
+TEST_F(RolesTest, ADatabaseRestoredWithoutRightsGetsThemBack)
+{
+    // As every new function is, for want of rights in the dump.
+    value("GRANT EXECUTE ON ALL FUNCTIONS IN SCHEMA obrim TO PUBLIC");
+    value(textOf(ROLES_SCRIPT));
+    const auto viewer = openAs("obrim_viewers");
+    expectRefusal([&] { viewer->put(makeCommand("a", 1, 1000)); });
+}
+
 TEST_F(RolesTest, NobodyElseHasRights)
 {
     server().sql("DROP ROLE IF EXISTS member; CREATE ROLE member LOGIN");

@@ -19,6 +19,9 @@ BEGIN
     END LOOP;
 END $$;
 
+-- A database that was restored without its rights would let everybody call everything.
+REVOKE ALL ON ALL FUNCTIONS IN SCHEMA obrim FROM PUBLIC;
+
 -- All three see the tables and the sensors, and sensors their commands.
 GRANT USAGE ON SCHEMA obrim TO obrim_viewers, obrim_operators, obrim_sensors;
 GRANT SELECT ON ALL TABLES IN SCHEMA obrim TO obrim_viewers, obrim_operators;
