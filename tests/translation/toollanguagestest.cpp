@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <unistd.h>
 
 using ::testing::HasSubstr;
@@ -150,6 +151,46 @@ TEST_F(ToolLanguages, theSimulatorsLogIsTheSameInAll)
     const std::string english = log("en");
     EXPECT_THAT(english, HasSubstr("event 1 "));
     EXPECT_EQ(log("ru"), english);
+}
+
+TEST_F(ToolLanguages, theCheckerSpeaksEach)
+{
+    const std::string checker = "'" DBLIB_CHECK "' ";
+    EXPECT_THAT(outputOf(checker + "--help", "de"), HasSubstr("\n  --help            dieser Text\n"));
+    EXPECT_THAT(outputOf(checker + "--list", "fr"), HasSubstr("\n        pour l’opérateur\u00a0: "));
+    EXPECT_EQ(outputOf(checker + "--only nothing", "es"),
+              "dblib-check: --only: no hay ninguna comprobación nothing; --list las nombra\n");
+    const std::string report = outputOf(checker + "--only file --seed 7 " DBLIB_SQLITE, "ru");
+    EXPECT_THAT(report, HasSubstr("библиотека      " DBLIB_SQLITE "\n"));
+    EXPECT_THAT(report, HasSubstr("начальное число 7\n"));
+    EXPECT_THAT(report, HasSubstr("1 проверка: 1 pass, 0 warn, 0 fail, 0 crash, 0 timeout, 0 skip\n"));
+    for (const char *language : Languages) {
+        EXPECT_THAT(outputOf(checker + "--help", language), Not(HasSubstr("Options:"))) << language;
+        EXPECT_THAT(outputOf(checker + "--list", language), Not(HasSubstr("for the operator"))) << language;
+    }
+}
+
+TEST_F(ToolLanguages, whatFailsIsExplainedForTheOperator)
+{
+    const std::string said = outputOf("'" DBLIB_CHECK "' --only file /etc/passwd", "de");
+    EXPECT_THAT(said, HasSubstr("\nfail    file "));
+    EXPECT_THAT(
+        said, HasSubstr("\n        für den Bediener: Die Konsole läuft ohne die Bibliothek und zeigt Testdaten statt"));
+}
+
+TEST_F(ToolLanguages, theCheckersReportForProgramsIsTheSameInAll)
+{
+    const auto report = [](const std::string &language) {
+        const std::string path = folder() + "/report." + language;
+        outputOf("'" DBLIB_CHECK "' --only file --only load --seed 7 --report " + path + " /etc/passwd", language);
+        const std::regex times(" time=\"[0-9.]+\""); // which differ in each run
+        return std::regex_replace(outputOf("cat " + path, "en"), times, "");
+    };
+    const std::string english = report("en");
+    EXPECT_THAT(english, HasSubstr("<failure message="));
+    EXPECT_THAT(english, HasSubstr("The console runs without the library"));
+    for (const char *language : Languages)
+        EXPECT_EQ(report(language), english) << language;
 }
 
 TEST_F(ToolLanguages, inTheCLocaleAllIsEnglish)

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "translation.h"
 #include "writing.h"
 
 namespace
@@ -127,25 +128,25 @@ template <class Kind> Outcome checkDeleteUnknown(const Target &target)
 
 std::vector<Check> deleteChecks()
 {
-    const char *const one = "Deleting one row does nothing, or takes others away.";
+    const char *const one = translatable("Deleting one row does nothing, or takes others away.");
     return asWriting({
         {"event-delete",
-         "a deleted event is gone, and only that one, and no command",
+         translatable("a deleted event is gone, and only that one, and no command"),
          one,
          checkDelete<EventKind>,
          {"fill", "event-put", "event-nmax"}},
         {"event-delete-unknown",
-         "deleting an event that is not there does nothing",
+         translatable("deleting an event that is not there does nothing"),
          one,
          checkDeleteUnknown<EventKind>,
          {"fill", "event-put", "event-delete", "event-nmax"}},
         {"command-delete",
-         "a deleted command is gone, and only that one, and no event",
+         translatable("a deleted command is gone, and only that one, and no event"),
          one,
          checkDelete<CommandKind>,
          {"fill", "command-put", "command-nmax"}},
         {"command-delete-unknown",
-         "deleting a command that is not there does nothing",
+         translatable("deleting a command that is not there does nothing"),
          one,
          checkDeleteUnknown<CommandKind>,
          {"fill", "command-put", "command-delete", "command-nmax"}},

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
 #include "heap.h"
+#include "translation.h"
 #include "usage.h"
 
 #include <functional>
@@ -206,22 +207,39 @@ Outcome checkSpeed(const Target &target)
 
 std::vector<Check> enduranceChecks()
 {
-    const char *const weeks = "A console that runs for weeks gets slower and goes down.";
+    const char *const weeks = translatable("A console that runs for weeks gets slower and goes down.");
     return {
         {"endurance",
-         "very many fetches (--fetches) with flat memory, descriptors and threads",
+         translatable("very many fetches (--fetches) with flat memory, descriptors and threads"),
          weeks,
          checkEndurance,
          {"release-once"}},
-        {"endurance-empty", "as many that find nothing, as most updates do", weeks, checkEmptyEndurance, {"endurance"}},
-        {"endurance-mask", "as many with masks", weeks, checkMaskEndurance, {"release-once", "endurance"}},
-        {"endurance-filter", "as many with other filters", weeks, checkFilterEndurance, {"release-once", "endurance"}},
-        {"endurance-sensors", "as many of sensors", weeks, checkSensorEndurance, {"release-once", "endurance"}},
+        {"endurance-empty",
+         translatable("as many that find nothing, as most updates do"),
+         weeks,
+         checkEmptyEndurance,
+         {"endurance"}},
+        {"endurance-mask",
+         translatable("as many with masks"),
+         weeks,
+         checkMaskEndurance,
+         {"release-once", "endurance"}},
+        {"endurance-filter",
+         translatable("as many with other filters"),
+         weeks,
+         checkFilterEndurance,
+         {"release-once", "endurance"}},
+        {"endurance-sensors",
+         translatable("as many of sensors"),
+         weeks,
+         checkSensorEndurance,
+         {"release-once", "endurance"}},
         {"endurance-initialise",
-         "a hundredth as many initialisations",
-         "A console that is asked to reload its sensors again and again goes down.",
+         translatable("a hundredth as many initialisations"),
+         translatable("A console that is asked to reload its sensors again and again goes down."),
          checkInitialiseEndurance,
          {"initialise-twice"}},
-        {"speed", "the last 100 events come at once", "Every window stands still while the library works.", checkSpeed},
+        {"speed", translatable("the last 100 events come at once"),
+         translatable("Every window stands still while the library works."), checkSpeed},
     };
 }

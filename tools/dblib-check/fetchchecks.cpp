@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "translation.h"
 
 #include <cstring>
 
@@ -105,11 +106,12 @@ Outcome checkRequestUnchanged(const Target &target)
 std::vector<Check> fetchChecks()
 {
     return {
-        {"status", "fetches that work return 0, empty answers too",
-         "The window takes the answer for a failure and does not show it.", checkStatus},
-        {"count", "the count equals the records in the array",
-         "The console reads past the library's array: it goes down or shows rubbish.", checkCount},
-        {"request-unchanged", "the request and its masks are only read",
-         "The window's next update asks for something else than its controls show.", checkRequestUnchanged},
+        {"status", translatable("fetches that work return 0, empty answers too"),
+         translatable("The window takes the answer for a failure and does not show it."), checkStatus},
+        {"count", translatable("the count equals the records in the array"),
+         translatable("The console reads past the library's array: it goes down or shows rubbish."), checkCount},
+        {"request-unchanged", translatable("the request and its masks are only read"),
+         translatable("The window's next update asks for something else than its controls show."),
+         checkRequestUnchanged},
     };
 }

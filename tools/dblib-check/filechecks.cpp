@@ -3,6 +3,7 @@
 #include "checks.h"
 
 #include "libraryfile.h"
+#include "translation.h"
 
 #include <cstring>
 #include <strings.h>
@@ -111,17 +112,21 @@ Outcome checkNameMap(const Target &target)
 std::vector<Check> fileChecks()
 {
     return {
-        {"file", "the file is a shared library for this word width and processor",
-         "The console runs without the library and shows test data instead of the installation's.", checkFile},
-        {"load", "the system's loader takes the library, and loading it does no harm",
-         "The console runs without the library and shows test data instead of the installation's.", checkLoad},
-        {"dependencies", "every symbol that the library needs exists",
-         "The console ends in the middle of work, at the first call that needs the missing symbol.", checkDependencies},
-        {"name-map", "every name in Funs.def is exported, and every line names a function",
-         "A renamed function is not found: its windows show test data.", checkNameMap},
+        {"file", translatable("the file is a shared library for this word width and processor"),
+         translatable("The console runs without the library and shows test data instead of the installation's."),
+         checkFile},
+        {"load", translatable("the system's loader takes the library, and loading it does no harm"),
+         translatable("The console runs without the library and shows test data instead of the installation's."),
+         checkLoad},
+        {"dependencies", translatable("every symbol that the library needs exists"),
+         translatable("The console ends in the middle of work, at the first call that needs the missing symbol."),
+         checkDependencies},
+        {"name-map", translatable("every name in Funs.def is exported, and every line names a function"),
+         translatable("A renamed function is not found: its windows show test data."), checkNameMap},
         {"symbols",
-         "the functions are exported under their C++ symbols or C names",
-         "Functions that are not found fall back to test data, or do nothing when the operator uses them.",
+         translatable("the functions are exported under their C++ symbols or C names"),
+         translatable(
+             "Functions that are not found fall back to test data, or do nothing when the operator uses them."),
          checkSymbols,
          {"name-map"}},
     };

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "comparison.h"
+#include "translation.h"
 
 namespace
 {
@@ -172,7 +173,8 @@ template <class Kind> Outcome checkCombined(const Target &target)
 
 std::vector<Check> filterChecks()
 {
-    const char *const filter = "The list shows records that the operator did not ask for, or leaves some out.";
+    const char *const filter =
+        translatable("The list shows records that the operator did not ask for, or leaves some out.");
     const std::vector<const char *> event = {"event-last-record"};
     const std::vector<const char *> command = {"command-last-record"};
     const std::vector<const char *> eventSingle = {"event-last-record", "event-identifier", "event-time",
@@ -184,24 +186,29 @@ std::vector<Check> filterChecks()
     std::vector<const char *> commandAll = commandSingle;
     commandAll.push_back("command-switch");
     return {
-        {"event-identifier", "lowest and highest identifier of events", filter, checkIdentifiers<EventKind>, event},
-        {"event-time", "earliest and latest time of events", filter, checkTimes<EventKind>, event},
-        {"event-sensor-mask", "the sensor mask of events: the record's name is the pattern", filter,
+        {"event-identifier", translatable("lowest and highest identifier of events"), filter,
+         checkIdentifiers<EventKind>, event},
+        {"event-time", translatable("earliest and latest time of events"), filter, checkTimes<EventKind>, event},
+        {"event-sensor-mask", translatable("the sensor mask of events: the record's name is the pattern"), filter,
          checkSensorMask<EventKind>, event},
-        {"event-name-mask", "the event name mask: the record's name is the pattern", filter, checkNameMask<EventKind>,
-         event},
-        {"event-type", "kind of message and of sensor of events", filter, checkTypes<EventKind>, event},
-        {"event-switch", "switches of events' filters that are off, or have another value than 1", filter,
+        {"event-name-mask", translatable("the event name mask: the record's name is the pattern"), filter,
+         checkNameMask<EventKind>, event},
+        {"event-type", translatable("kind of message and of sensor of events"), filter, checkTypes<EventKind>, event},
+        {"event-switch", translatable("switches of events' filters that are off, or have another value than 1"), filter,
          checkSwitches<EventKind>, eventSingle},
-        {"event-combined", "filters of events in pairs and more", filter, checkCombined<EventKind>, eventAll},
-        {"command-identifier", "lowest and highest identifier of commands", filter, checkIdentifiers<CommandKind>,
+        {"event-combined", translatable("filters of events in pairs and more"), filter, checkCombined<EventKind>,
+         eventAll},
+        {"command-identifier", translatable("lowest and highest identifier of commands"), filter,
+         checkIdentifiers<CommandKind>, command},
+        {"command-time", translatable("earliest and latest time of commands"), filter, checkTimes<CommandKind>,
          command},
-        {"command-time", "earliest and latest time of commands", filter, checkTimes<CommandKind>, command},
-        {"command-sensor-mask", "the sensor mask of commands: the record's name is the pattern", filter,
+        {"command-sensor-mask", translatable("the sensor mask of commands: the record's name is the pattern"), filter,
          checkSensorMask<CommandKind>, command},
-        {"command-type", "kind of message and order of commands", filter, checkTypes<CommandKind>, command},
-        {"command-switch", "switches of commands' filters that are off, or have another value than 1", filter,
-         checkSwitches<CommandKind>, commandSingle},
-        {"command-combined", "filters of commands in pairs and more", filter, checkCombined<CommandKind>, commandAll},
+        {"command-type", translatable("kind of message and order of commands"), filter, checkTypes<CommandKind>,
+         command},
+        {"command-switch", translatable("switches of commands' filters that are off, or have another value than 1"),
+         filter, checkSwitches<CommandKind>, commandSingle},
+        {"command-combined", translatable("filters of commands in pairs and more"), filter, checkCombined<CommandKind>,
+         commandAll},
     };
 }

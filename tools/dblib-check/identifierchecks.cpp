@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "translation.h"
 #include "writing.h"
 
 namespace
@@ -65,15 +66,16 @@ template <class Kind> Outcome checkNewIdentifiers(const Target &target)
 
 std::vector<Check> identifierChecks()
 {
-    const char *const ids = "Updates of the lists leave new records out, and a delete may hit the wrong one.";
+    const char *const ids =
+        translatable("Updates of the lists leave new records out, and a delete may hit the wrong one.");
     return asWriting({
         {"event-new-identifier",
-         "identifiers of events grow and are never used again",
+         translatable("identifiers of events grow and are never used again"),
          ids,
          checkNewIdentifiers<EventKind>,
          {"fill", "initialise-twice", "event-put", "event-delete", "event-nmax"}},
         {"command-new-identifier",
-         "identifiers of commands grow and are never used again",
+         translatable("identifiers of commands grow and are never used again"),
          ids,
          checkNewIdentifiers<CommandKind>,
          {"fill", "initialise-twice", "command-put", "command-delete", "command-nmax"}},

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "translation.h"
 
 namespace
 {
@@ -55,14 +56,17 @@ Outcome checkMissingDirectory(const Target &target)
 std::vector<Check> initialisationChecks()
 {
     return {
-        {"initialise", "the three initialisers take the configuration directory",
-         "The console starts, but the library was not ready: its windows may stay empty.", checkInitialise},
-        {"initialise-twice", "initialising again changes nothing, as a restored desktop session does it",
-         "After a restored desktop session the windows show something else or nothing.", checkInitialiseTwice},
-        {"before-initialise", "calls before initialisation do no harm",
-         "The console goes down when a window opens before the library is ready.", checkBeforeInitialise},
-        {"missing-directory", "a configuration directory that is not there does no harm",
-         "The console goes down on an installation whose files are missing, instead of showing empty windows.",
+        {"initialise", translatable("the three initialisers take the configuration directory"),
+         translatable("The console starts, but the library was not ready: its windows may stay empty."),
+         checkInitialise},
+        {"initialise-twice", translatable("initialising again changes nothing, as a restored desktop session does it"),
+         translatable("After a restored desktop session the windows show something else or nothing."),
+         checkInitialiseTwice},
+        {"before-initialise", translatable("calls before initialisation do no harm"),
+         translatable("The console goes down when a window opens before the library is ready."), checkBeforeInitialise},
+        {"missing-directory", translatable("a configuration directory that is not there does no harm"),
+         translatable(
+             "The console goes down on an installation whose files are missing, instead of showing empty windows."),
          checkMissingDirectory},
     };
 }

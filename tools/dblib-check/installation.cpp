@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "installation.h"
 
+#include "filling.h"
 #include "isolate.h"
+#include "translation.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -45,9 +47,9 @@ void requireSpace(const fs::path &from, const Contents &contents, const std::str
         size += std::get<1>(file);
     const std::uintmax_t space = fs::space(to).available;
     if (size > space) {
-        throw std::runtime_error("a copy of " + from.string() + " takes " + std::to_string(size) + " bytes, " + to +
-                                 " has " + std::to_string(space) +
-                                 "; set TMPDIR to another directory, or give --in-place");
+        throw std::runtime_error(filled(translated("a copy of %1 takes %2 bytes, %3 has %4; set TMPDIR to another "
+                                                   "directory, or give --in-place"),
+                                        from.string(), size, to, space));
     }
 }
 
@@ -63,7 +65,7 @@ public:
     void copy(const fs::directory_entry &from, const fs::path &to)
     {
         if (interrupted())
-            throw std::runtime_error("interrupted");
+            throw std::runtime_error(translated("interrupted"));
         if (from.path() == m_excluded)
             return;
         try {
@@ -136,7 +138,7 @@ InstallationCopy copyInstallation(const std::string &config, const std::string &
         copier.copy(fs::directory_entry(from), copy);
         for (const std::string &file : copier.leftOut())
             if (liesIn(file, config))
-                throw std::runtime_error("no copy could be made: " + file);
+                throw std::runtime_error(filled(translated("no copy could be made: %1"), file));
         Contents now = contentsOf(from, to);
         if (now == contents || tries == mostTries)
             return {whole ? (copy / directory.filename()).string() : copy.string(), copier.leftOut()};

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -117,6 +118,8 @@ void confine(const Isolation &isolation, int output, int parentSocket)
                            int parentSocket, pid_t parent)
 {
     inChild = true;
+    // What is found depends on no locale, and no catalogue is opened between the library's calls.
+    std::setlocale(LC_ALL, "C");
     setsid();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent)

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "comparison.h"
+#include "translation.h"
 
 #include <climits>
 
@@ -188,40 +189,41 @@ template <class Kind> Outcome checkLimit(const Target &target)
 
 std::vector<Check> limitChecks()
 {
-    const char *const count = "The list is cut short, or the console fetches more than it can show.";
-    const char *const oldest = "The operator looks at old records for new ones.";
-    const char *const limit = "A list for one sensor, kind or time shows too few records or others, or all there are.";
+    const char *const count = translatable("The list is cut short, or the console fetches more than it can show.");
+    const char *const oldest = translatable("The operator looks at old records for new ones.");
+    const char *const limit =
+        translatable("A list for one sensor, kind or time shows too few records or others, or all there are.");
     return {
-        {"by-identifier", "first and last go by identifiers, not by times",
-         "A list leaves out late reports, and no update brings them.", checkByIdentifier},
+        {"by-identifier", translatable("first and last go by identifiers, not by times"),
+         translatable("A list leaves out late reports, and no update brings them."), checkByIdentifier},
         {"event-nmax",
-         "never more events than wanted, and as many as there are",
+         translatable("never more events than wanted, and as many as there are"),
          count,
          checkNMax<EventKind>,
          {"event-last-record"}},
         {"event-first-last",
-         "first are the oldest events, last the newest",
+         translatable("first are the oldest events, last the newest"),
          oldest,
          checkFirstLast<EventKind>,
          {"event-last-record", "event-nmax"}},
         {"event-limit",
-         "of the events that filters select, as many as wanted from the right end",
+         translatable("of the events that filters select, as many as wanted from the right end"),
          limit,
          checkLimit<EventKind>,
          {"event-last-record", "event-identifier", "event-time", "event-sensor-mask", "event-name-mask", "event-type",
           "event-combined", "event-nmax", "event-first-last", "by-identifier"}},
         {"command-nmax",
-         "never more commands than wanted, and as many as there are",
+         translatable("never more commands than wanted, and as many as there are"),
          count,
          checkNMax<CommandKind>,
          {"command-last-record"}},
         {"command-first-last",
-         "first are the oldest commands, last the newest",
+         translatable("first are the oldest commands, last the newest"),
          oldest,
          checkFirstLast<CommandKind>,
          {"command-last-record", "command-nmax"}},
         {"command-limit",
-         "of the commands that filters select, as many as wanted from the right end",
+         translatable("of the commands that filters select, as many as wanted from the right end"),
          limit,
          checkLimit<CommandKind>,
          {"command-last-record", "command-identifier", "command-time", "command-sensor-mask", "command-type",

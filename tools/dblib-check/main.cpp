@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "filling.h"
 #include "installation.h"
 #include "options.h"
 #include "run.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <algorithm>
@@ -19,8 +21,8 @@ namespace
 void printList()
 {
     for (const Check &check : allChecks()) {
-        std::printf("%-24s%s%s\n        for the operator: %s\n", check.name, check.what,
-                    check.writes ? " (--write)" : "", check.consequence);
+        std::printf("%-24s%s%s\n%s", check.name, translated(check.what), check.writes ? " (--write)" : "",
+                    meaningText(check).c_str());
     }
 }
 
@@ -42,7 +44,7 @@ std::string configDirectory(const Options &options, const std::string &spare)
 {
     if (!options.config.empty()) {
         if (!fs::is_directory(options.config))
-            throw std::runtime_error(options.config + " is not a directory");
+            throw std::runtime_error(filled(translated("%1 is not a directory"), options.config));
         return fs::canonical(options.config).string();
     }
     const fs::path beside = fs::path(options.library).parent_path().parent_path() / "Config";
@@ -54,7 +56,7 @@ void writeReport(const std::string &path, const std::string &text)
     std::FILE *file = std::fopen(path.c_str(), "we");
     const bool written = file && std::fwrite(text.data(), 1, text.size(), file) == text.size();
     if ((file && std::fclose(file) != 0) || !written)
-        throw std::runtime_error("the report could not be written to " + path);
+        throw std::runtime_error(filled(translated("the report could not be written to %1"), path));
 }
 
 /** What to work on; a copy of the installation is made in `directory`. */
@@ -69,15 +71,19 @@ Target targetOf(const Options &options, const std::string &directory)
     target.seconds = options.limits.seconds;
     target.fetches = options.fetches;
     target.records = options.records;
-    std::cout << "library " << visibleText(target.library) << "\nconfig  " << visibleText(target.original)
-              << (options.inPlace ? "" : ", a copy of it") << "\nseed    " << target.seed << "\n";
+    const std::string place = visibleText(target.original);
+    std::cout << headedLines({
+        {translated("library"), visibleText(target.library)},
+        {translated("config"), options.inPlace ? place : filled(translated("%1, a copy of it"), place)},
+        {translated("seed"), std::to_string(target.seed)},
+    });
     if (options.inPlace)
         return target;
-    const std::string place = directory + "/copy";
-    fs::create_directory(place);
-    const InstallationCopy copy = copyInstallation(target.original, place);
+    const std::string room = directory + "/copy";
+    fs::create_directory(room);
+    const InstallationCopy copy = copyInstallation(target.original, room);
     for (const std::string &file : copy.leftOut)
-        std::cout << "not copied: " << visibleText(file) << "\n";
+        std::cout << filled(translated("not copied: %1"), visibleText(file)) << "\n";
     target.config = copy.config;
     return target;
 }
@@ -85,7 +91,7 @@ Target targetOf(const Options &options, const std::string &directory)
 int run(Options options)
 {
     if (!fs::exists(options.library))
-        throw std::runtime_error("there is no file " + options.library);
+        throw std::runtime_error(filled(translated("there is no file %1"), options.library));
     options.library = fs::absolute(options.library).lexically_normal().string();
     catchInterruptions();
     const TemporaryDirectory temporary;
@@ -104,10 +110,13 @@ int run(Options options)
 
 int main(int argc, char **argv)
 {
+    setLanguage();
     try {
         Options options = readOptions(argc, argv);
         if (options.help || options.version || options.list) {
-            options.help ? void(std::fputs(helpText(), stdout)) : options.version ? printVersion() : printList();
+            options.help      ? void(std::fputs(helpText().c_str(), stdout))
+            : options.version ? printVersion()
+                              : printList();
             return 0;
         }
         if (!options.seeded)

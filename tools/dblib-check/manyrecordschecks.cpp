@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "translation.h"
 
 namespace
 {
@@ -72,15 +73,15 @@ Outcome checkManyRecords(const Target &target)
 std::vector<Check> manyRecordsChecks()
 {
     Check put = {"many-put",
-                 "events are put up to a million (--records) and fetched at once, or refused honestly",
-                 "The console goes down when the store has become large.",
+                 translatable("events are put up to a million (--records) and fetched at once, or refused honestly"),
+                 translatable("The console goes down when the store has become large."),
                  checkManyPut,
                  {"fill", "event-put"}};
     // Last, as the check before may have brought so many.
     return {asWriting(put),
             {"many-records",
-             "a million events (--records) in one answer, or an honest failure",
-             "The console goes down when the operator asks for everything.",
+             translatable("a million events (--records) in one answer, or an honest failure"),
+             translatable("The console goes down when the operator asks for everything."),
              checkManyRecords,
              {"many-put"}}};
 }

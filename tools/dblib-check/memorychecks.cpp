@@ -3,6 +3,7 @@
 #include "checks.h"
 #include "faulthandler.h"
 #include "guardpage.h"
+#include "translation.h"
 
 #include <cstring>
 
@@ -93,11 +94,12 @@ Outcome checkMemory(const Target &target)
 std::vector<Check> memoryChecks()
 {
     return {
-        {"overrun", "the library stays within directory name, count, address, request and masks that it is handed",
-         "The console's own memory is damaged: it goes down later, anywhere.", checkOverrun},
+        {"overrun",
+         translatable("the library stays within directory name, count, address, request and masks that it is handed"),
+         translatable("The console's own memory is damaged: it goes down later, anywhere."), checkOverrun},
         {"memory",
-         "nothing past a block is touched, no block used after its end or freed twice",
-         "The console goes down later, anywhere.",
+         translatable("nothing past a block is touched, no block used after its end or freed twice"),
+         translatable("The console goes down later, anywhere."),
          checkMemory,
          {"release-order", "release-null"}},
     };

@@ -3,6 +3,8 @@
 #include "options.h"
 
 #include "checks.h"
+#include "filling.h"
+#include "translation.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -51,10 +53,8 @@ unsigned long number(const char *text, const char *name, unsigned long least, un
     char *end = nullptr;
     errno = 0;
     const unsigned long value = std::strtoul(text, &end, 10);
-    if (errno != 0 || end == text || *end || *text == '-' || value < least || value > most) {
-        throw std::runtime_error(std::string(name) + ": " + text + " is not a number from " + std::to_string(least) +
-                                 " to " + std::to_string(most));
-    }
+    if (errno != 0 || end == text || *end || *text == '-' || value < least || value > most)
+        throw std::runtime_error(filled(translated("%1: %2 is not a number from %3 to %4"), name, text, least, most));
     return value;
 }
 
@@ -63,7 +63,7 @@ std::string checkName(const char *name)
     for (const Check &check : allChecks())
         if (std::string(name) == check.name)
             return name;
-    throw std::runtime_error(std::string("--only: there is no check ") + name + "; --list names them");
+    throw std::runtime_error(filled(translated("--only: there is no check %1; --list names them"), name));
 }
 
 void take(Options &options, int key)
@@ -113,7 +113,7 @@ void take(Options &options, int key)
         options.version = true;
         break;
     default:
-        throw std::runtime_error("--help names the options");
+        throw std::runtime_error(translated("--help names the options"));
     }
 }
 } // namespace
@@ -125,63 +125,10 @@ Options readOptions(int argc, char **argv)
     while ((key = getopt_long(argc, argv, "h", LongOptions, nullptr)) != -1)
         take(options, key == 'h' ? Help : key);
     if (argc - optind > 1)
-        throw std::runtime_error(std::string("one library at a time: ") + argv[optind + 1] + " is too many");
+        throw std::runtime_error(filled(translated("one library at a time: %1 is too many"), argv[optind + 1]));
     if (optind < argc)
         options.library = argv[optind];
     else if (!options.list && !options.help && !options.version)
-        throw std::runtime_error("no library given; --help tells more");
+        throw std::runtime_error(translated("no library given; --help tells more"));
     return options;
-}
-
-const char *helpText()
-{
-    return R"(Usage: dblib-check [OPTION]... PATH/DBLib.a
-Loads the library as the console does, calls its ten functions in every way
-that the console may, and prints a verdict for each check: pass, warn, fail,
-crash, timeout or skip, with what was found and what it means for the
-operator. Each check runs in a process of its own, so that a crash in one
-says nothing about the next.
-
-All this is done on a copy of the installation, made in the directory for
-temporary files (TMPDIR) and removed at the end. Without --write nothing is
-put or deleted, and the library is kept from making files outside of the
-copy.
-
-Options:
-  --config DIR      the configuration directory that the library is
-                    initialised with, and where Funs.def is read; by default
-                    the Config folder beside the one that the library is in,
-                    or an empty directory when there is none
-  --list            names the checks, tells what each means for the operator
-                    when it fails, and ends
-  --only NAME       runs this check; may be given several times
-  --only-failed     prints only what failed or is warned of
-  --write           also puts and deletes. When the library turns out to write
-                    outside of the copy, or to keep its records on a server,
-                    it says so and puts nothing
-  --in-place        works on the installation itself, not on a copy; with
-                    --write, what is put stays there: for a store that is made
-                    for tests, as on a server
-  --report FILE     writes the verdicts as JUnit XML too
-  --seed N          repeats a run's random requests; each run prints its seed
-  --timeout SECONDS  time limit of each check, 45 by default; long checks may
-                    take it again while each limit brings a fiftieth of
-                    their work
-  --memory MB       memory limit of each check, 2048 by default
-  --fetches N       fetches of the endurance check, 100000 by default
-  --records N       records that are fetched at once in many-records and
-                    many-put, 1000000 by default
-  --help            this text
-  --version         the version
-
-Exit status:
-  0  no check failed, crashed or ran out of time
-  1  at least one did
-  2  the command line, the copy or the report was at fault
-
-Examples:
-  dblib-check --only-failed Libs/DBLib.a           what is wrong with a library
-  dblib-check --write --seed 1 Libs/DBLib.a        all checks, always the same
-  dblib-check --only event-order Libs/DBLib.a      one check
-)";
 }

@@ -30,4 +30,4 @@ struct Options {
 Options readOptions(int argc, char **argv);
 
 /** What --help prints. */
-const char *helpText();
+std::string helpText();

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "comparison.h"
+#include "translation.h"
 
 #include <climits>
 
@@ -93,33 +94,37 @@ template <class Kind> Outcome checkPaging(const Target &target)
 
 std::vector<Check> orderChecks()
 {
-    const char *const order = "New rows do not land where the operator looks.";
-    const char *const doubles = "Deleting one record deletes another too.";
-    const char *const paging = "An update leaves records out or shows them twice.";
+    const char *const order = translatable("New rows do not land where the operator looks.");
+    const char *const doubles = translatable("Deleting one record deletes another too.");
+    const char *const paging = translatable("An update leaves records out or shows them twice.");
     return {
         {"event-order",
-         "events in the order that suits the windows",
+         translatable("events in the order that suits the windows"),
          order,
          checkOrder<EventKind>,
          {"event-last-record", "by-identifier"}},
-        {"event-unique", "no two events have one identifier", doubles, checkUnique<EventKind>, {"event-last-record"}},
+        {"event-unique",
+         translatable("no two events have one identifier"),
+         doubles,
+         checkUnique<EventKind>,
+         {"event-last-record"}},
         {"event-paging",
-         "events page by page, without gap or double",
+         translatable("events page by page, without gap or double"),
          paging,
          checkPaging<EventKind>,
          {"event-last-record", "event-identifier", "event-nmax", "event-first-last", "event-limit", "event-unique"}},
         {"command-order",
-         "commands in the order that suits the windows",
+         translatable("commands in the order that suits the windows"),
          order,
          checkOrder<CommandKind>,
          {"command-last-record", "by-identifier"}},
         {"command-unique",
-         "no two commands have one identifier",
+         translatable("no two commands have one identifier"),
          doubles,
          checkUnique<CommandKind>,
          {"command-last-record"}},
         {"command-paging",
-         "commands page by page, without gap or double",
+         translatable("commands page by page, without gap or double"),
          paging,
          checkPaging<CommandKind>,
          {"command-last-record", "command-identifier", "command-nmax", "command-first-last", "command-limit",

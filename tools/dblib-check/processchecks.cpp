@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
 
+#include "translation.h"
 #include "usage.h"
 
 #include <chrono>
@@ -158,16 +159,16 @@ Outcome checkThread(const Target &target)
 
 std::vector<Check> processChecks()
 {
-    Check processes = {"processes", "no process and no thread is started and left behind",
-                       "Processes or threads pile up while the console runs.", checkProcesses};
+    Check processes = {"processes", translatable("no process and no thread is started and left behind"),
+                       translatable("Processes or threads pile up while the console runs."), checkProcesses};
     processes.basic = true;
     processes.mayNotOutlive = true;
-    Check silent = {"silent", "the library prints nothing while it works",
-                    "Its lines mix with the console's trace and fill the journal.", checkSilent};
+    Check silent = {"silent", translatable("the library prints nothing while it works"),
+                    translatable("Its lines mix with the console's trace and fill the journal."), checkSilent};
     silent.silent = true;
     Check exit = {"exit",
-                  "the program ends normally after the library was used, and nothing is printed then",
-                  "The console goes down or hangs when the operator leaves it.",
+                  translatable("the program ends normally after the library was used, and nothing is printed then"),
+                  translatable("The console goes down or hangs when the operator leaves it."),
                   checkExit,
                   {"silent"}};
     exit.leave = Leave::Normally;
@@ -175,11 +176,12 @@ std::vector<Check> processChecks()
     return {
         processes,
         silent,
-        {"descriptors", "open files of the program stay open and the same",
-         "The console loses its connection to the screen, or its files are written over.", checkDescriptors},
+        {"descriptors", translatable("open files of the program stay open and the same"),
+         translatable("The console loses its connection to the screen, or its files are written over."),
+         checkDescriptors},
         {"thread",
-         "calls from another thread than the first give the same answers",
-         "A console that fetches in the background shows nothing, or goes down.",
+         translatable("calls from another thread than the first give the same answers"),
+         translatable("A console that fetches in the background shows nothing, or goes down."),
          checkThread,
          {"initialise-twice"}},
         exit,

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "guardpage.h"
+#include "translation.h"
 #include "writing.h"
 
 #include "MessageEventParam.h"
@@ -228,59 +229,62 @@ Outcome checkWriteMemory(const Target &target)
 
 std::vector<Check> preparationChecks()
 {
-    Check separate = {"separate-copy", "the library writes to the copy of the installation and nowhere else",
-                      "Trying the library out changes the installation itself.", checkSeparate};
+    Check separate = {"separate-copy",
+                      translatable("the library writes to the copy of the installation and nowhere else"),
+                      translatable("Trying the library out changes the installation itself."), checkSeparate};
     separate.provesCopy = true;
-    Check fill = {"fill", "generated events and commands, so that the other checks have something to look at",
-                  "Sensors cannot report.", checkFill};
+    Check fill = {"fill",
+                  translatable("generated events and commands, so that the other checks have something to look at"),
+                  translatable("Sensors cannot report."), checkFill};
     return {asWriting(separate), asWriting(fill)};
 }
 
 std::vector<Check> putChecks()
 {
-    const char *const put = "Commands do not reach the sensors as the operator gave them, or reports get lost.";
-    const char *const bytes = "Names in the operator's language come back wrong.";
-    const char *const memory = "The console goes down later, anywhere.";
+    const char *const put =
+        translatable("Commands do not reach the sensors as the operator gave them, or reports get lost.");
+    const char *const bytes = translatable("Names in the operator's language come back wrong.");
+    const char *const memory = translatable("The console goes down later, anywhere.");
     Check silent = {"write-silent",
-                    "the library prints nothing while records are put and deleted",
-                    "Its lines mix with the console's trace and fill the journal.",
+                    translatable("the library prints nothing while records are put and deleted"),
+                    translatable("Its lines mix with the console's trace and fill the journal."),
                     checkWriteSilent,
                     {"fill", "silent", "event-put", "command-put"}};
     silent.silent = true;
     return asWriting({
         {"put-overrun",
-         "the library stays within a record that is put, and within its texts",
+         translatable("the library stays within a record that is put, and within its texts"),
          memory,
          checkPutOverrun,
          {"fill"}},
         {"put-unchanged",
-         "a record that is put stays as it is, but for its identifier",
-         "The console goes down after giving a command.",
+         translatable("a record that is put stays as it is, but for its identifier"),
+         translatable("The console goes down after giving a command."),
          checkPutUnchanged,
          {"fill"}},
         {"event-put",
-         "an event that was put is there, field for field",
+         translatable("an event that was put is there, field for field"),
          put,
          checkPut<EventKind>,
          {"fill", "event-nmax", "event-identifier"}},
         {"event-bytes",
-         "texts of events keep every byte, line ends and those above 127 too, and any length",
+         translatable("texts of events keep every byte, line ends and those above 127 too, and any length"),
          bytes,
          checkBytes<EventKind>,
          {"fill", "event-put"}},
         {"command-put",
-         "a command that was put is there, field for field",
+         translatable("a command that was put is there, field for field"),
          put,
          checkPut<CommandKind>,
          {"fill", "command-nmax", "command-identifier"}},
         {"command-bytes",
-         "texts of commands keep every byte, line ends and those above 127 too, and any length",
+         translatable("texts of commands keep every byte, line ends and those above 127 too, and any length"),
          bytes,
          checkBytes<CommandKind>,
          {"fill", "command-put"}},
         silent,
         {"write-memory",
-         "no write past a block, no block freed twice while putting and deleting",
+         translatable("no write past a block, no block freed twice while putting and deleting"),
          memory,
          checkWriteMemory,
          {"fill", "memory", "event-put", "command-put"}},

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "translation.h"
 
 #include <set>
 
@@ -237,28 +238,29 @@ Outcome checkOpenArrays(const Target &target)
 
 std::vector<Check> releaseChecks()
 {
-    Check releaseTwice = {"release-twice",
-                          "releasing the same pointer twice does no harm",
-                          "Nothing now, as the console releases once; a program that does not will go down.",
-                          checkReleaseTwice,
-                          {"release-null"}};
+    Check releaseTwice = {
+        "release-twice",
+        translatable("releasing the same pointer twice does no harm"),
+        translatable("Nothing now, as the console releases once; a program that does not will go down."),
+        checkReleaseTwice,
+        {"release-null"}};
     releaseTwice.advisory = true;
     return {
-        {"release-null", "releasing a NULL array does no harm: it follows every empty answer",
-         "The console goes down when a list has nothing to show.", checkReleaseNull},
-        {"release-once", "one release frees the array", "The console grows with every update of a list.",
-         checkReleaseOnce},
+        {"release-null", translatable("releasing a NULL array does no harm: it follows every empty answer"),
+         translatable("The console goes down when a list has nothing to show."), checkReleaseNull},
+        {"release-once", translatable("one release frees the array"),
+         translatable("The console grows with every update of a list."), checkReleaseOnce},
         releaseTwice,
-        {"open-arrays", "answers are the same while other arrays are open",
-         "A program that holds two answers at once gets a wrong one.", checkOpenArrays},
+        {"open-arrays", translatable("answers are the same while other arrays are open"),
+         translatable("A program that holds two answers at once gets a wrong one."), checkOpenArrays},
         {"valid-until-release",
-         "an array stays as it is until its release, whatever is called meanwhile",
-         "A list shows the records of another window.",
+         translatable("an array stays as it is until its release, whatever is called meanwhile"),
+         translatable("A list shows the records of another window."),
          checkValidity,
          {"open-arrays"}},
         {"release-order",
-         "arrays are released in any order, and no two of them share what a release frees",
-         "Two open windows may bring the console down.",
+         translatable("arrays are released in any order, and no two of them share what a release frees"),
+         translatable("Two open windows may bring the console down."),
          checkReleaseOrder,
          {"open-arrays", "valid-until-release"}},
     };

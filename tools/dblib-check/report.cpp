@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "report.h"
 
+#include "filling.h"
+#include "translation.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <sstream>
@@ -9,12 +12,6 @@
 
 namespace
 {
-std::string padded(std::string text, std::size_t width)
-{
-    text.resize(std::max(text.size(), width), ' ');
-    return text;
-}
-
 /** The first line of what was printed that says something. */
 std::string firstLine(const std::string &printed)
 {
@@ -94,16 +91,35 @@ std::string resultText(const Result &result)
     text.erase(text.find_last_not_of(' ') + 1);
     text += "\n";
     if (needsExplanation(outcome.verdict)) {
-        text += std::string("        for the operator: ") + result.check->consequence + "\n";
-        if (!result.run.printed.empty())
-            text += "        it printed: " + quoted(firstLine(result.run.printed).c_str()) + "\n";
+        text += meaningText(*result.check);
+        if (!result.run.printed.empty()) {
+            const std::string line = quoted(firstLine(result.run.printed).c_str());
+            text += "        " + filled(translated("it printed: %1"), line) + "\n";
+        }
     }
     return text;
 }
 
+std::string headedLines(const std::vector<HeadedText> &lines)
+{
+    std::size_t width = 7;
+    for (const HeadedText &line : lines)
+        width = std::max(width, columnCount(line.head));
+    std::string text;
+    for (const HeadedText &line : lines)
+        text += padded(line.head, width) + " " + line.text + "\n";
+    return text;
+}
+
+std::string meaningText(const Check &check)
+{
+    return "        " + filled(translated("for the operator: %1"), translated(check.consequence)) + "\n";
+}
+
 std::string summaryText(const std::vector<Result> &results)
 {
-    std::string text = std::to_string(results.size()) + " checks:";
+    const auto size = static_cast<long long>(results.size());
+    std::string text = filled(translatedFor(size, "%1 checks:", "%1 checks:"), size);
     for (Verdict verdict :
          {Verdict::Pass, Verdict::Warn, Verdict::Fail, Verdict::Crash, Verdict::Timeout, Verdict::Skip})
         text += " " + std::to_string(count(results, verdict)) + " " + verdictName(verdict) + ",";

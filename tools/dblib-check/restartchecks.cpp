@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include "translation.h"
 #include "writing.h"
 
 namespace
@@ -86,15 +87,16 @@ template <class Kind> Outcome checkRestart(const Target &target)
 
 std::vector<Check> restartChecks()
 {
-    const char *const lost = "After the console was started again, records are lost or say something else.";
+    const char *const lost =
+        translatable("After the console was started again, records are lost or say something else.");
     return asWriting({
         {"event-restart",
-         "events that were put are there for a new process, with all parameters and bytes",
+         translatable("events that were put are there for a new process, with all parameters and bytes"),
          lost,
          checkRestart<EventKind>,
          {"fill", "event-put", "event-bytes", "event-identifier"}},
         {"command-restart",
-         "commands that were put are there for a new process, with all parameters and bytes",
+         translatable("commands that were put are there for a new process, with all parameters and bytes"),
          lost,
          checkRestart<CommandKind>,
          {"fill", "command-put", "command-bytes", "command-identifier"}},

@@ -3,6 +3,8 @@
 #include "run.h"
 
 #include "disk.h"
+#include "filling.h"
+#include "translation.h"
 #include "visibletext.h"
 
 #include <algorithm>
@@ -157,7 +159,9 @@ void Run::conclude(const Result &result)
 void Run::finish()
 {
     if (!m_results.empty() && !m_watched)
-        std::cout << "note    this kernel does not let the checker see or forbid what the library writes\n";
+        std::cout << headedLines(
+            {{translated("note"), translated("this kernel does not let the checker see or forbid what "
+                                             "the library writes")}});
     tidy();
 }
 
@@ -173,7 +177,7 @@ void Run::tidy() const
     std::set<std::string> left;
     std::copy_if(m_made.begin(), m_made.end(), std::inserter(left, left.end()), isThere);
     if (!left.empty())
-        std::cout << "left    " << visibleText(listedFiles(left), "\n") << "\n";
+        std::cout << headedLines({{translated("left"), visibleText(listedFiles(left), "\n")}});
 }
 
 bool Run::hasFailure() const

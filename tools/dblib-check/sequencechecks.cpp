@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "translation.h"
 
 namespace
 {
@@ -73,11 +74,13 @@ Outcome checkSequence(const Target &target)
 
 std::vector<Check> sequenceChecks()
 {
-    Check size = {"size-query", "the sizes of record and request are exact, at every call",
-                  "Every list window shows a box about an incorrect size and stays empty.", checkSizeQuery};
+    Check size = {"size-query", translatable("the sizes of record and request are exact, at every call"),
+                  translatable("Every list window shows a box about an incorrect size and stays empty."),
+                  checkSizeQuery};
     size.basic = true;
-    Check sequence = {"sequence", "size query, fetch and release in the console's own order bring the same as without",
-                      "Every list shows something else than the store holds.", checkSequence};
+    Check sequence = {
+        "sequence", translatable("size query, fetch and release in the console's own order bring the same as without"),
+        translatable("Every list shows something else than the store holds."), checkSequence};
     sequence.basic = true;
     return {size, sequence};
 }

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "comparison.h"
+#include "translation.h"
 
 namespace
 {
@@ -126,21 +127,23 @@ template <class Kind> Outcome checkLastRecord(const Target &target)
 
 std::vector<Check> stabilityChecks()
 {
-    const char *const places = "Rows change places or come and go by themselves.";
-    const char *const rubbish = "The last row of a list shows rubbish.";
-    Check events = {"event-stable", "the same request for events brings the same answer, whatever was asked meanwhile",
+    const char *const places = translatable("Rows change places or come and go by themselves.");
+    const char *const rubbish = translatable("The last row of a list shows rubbish.");
+    Check events = {"event-stable",
+                    translatable("the same request for events brings the same answer, whatever was asked meanwhile"),
                     places, checkStable<EventKind>};
-    Check commands = {"command-stable",
-                      "the same request for commands brings the same answer, whatever was asked meanwhile", places,
-                      checkStable<CommandKind>};
+    Check commands = {
+        "command-stable",
+        translatable("the same request for commands brings the same answer, whatever was asked meanwhile"), places,
+        checkStable<CommandKind>};
     // Where an answer is another each time, no comparison says anything.
     events.basic = commands.basic = true;
     return {
         events,
         commands,
-        {"event-last-record", "every record of an answer is filled, the last event too", rubbish,
+        {"event-last-record", translatable("every record of an answer is filled, the last event too"), rubbish,
          checkLastRecord<EventKind>},
-        {"command-last-record", "every record of an answer is filled, the last command too", rubbish,
+        {"command-last-record", translatable("every record of an answer is filled, the last command too"), rubbish,
          checkLastRecord<CommandKind>},
     };
 }

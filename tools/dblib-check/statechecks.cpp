@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "signalname.h"
+#include "translation.h"
 #include "usage.h"
 #include "writing.h"
 
@@ -231,13 +232,14 @@ std::vector<Check> stateChecks()
 {
     return {
         {"process-state",
-         "working directory, locale, time zone, environment, file mask, signals, timers, rounding and buffering stay "
-         "as "
-         "they are",
-         "The console shows numbers or times wrongly, does not find its files, or does not end with the session.",
+         translatable("working directory, locale, time zone, environment, file mask, signals, timers, rounding and "
+                      "buffering stay as they are"),
+         translatable(
+             "The console shows numbers or times wrongly, does not find its files, or does not end with the session."),
          checkProcessState},
-        {"config-files", "the files of the configuration directory are only read",
-         "The installation's settings or the console's test data are lost or become others.", checkConfigFiles},
+        {"config-files", translatable("the files of the configuration directory are only read"),
+         translatable("The installation's settings or the console's test data are lost or become others."),
+         checkConfigFiles},
     };
 }
 
@@ -245,9 +247,9 @@ std::vector<Check> writeStateChecks()
 {
     return asWriting({
         {"write-state",
-         "working directory, locale and the like, open files and threads stay as they are while records are put and "
-         "deleted",
-         "The console shows numbers or times wrongly, or goes down after many commands.",
+         translatable("working directory, locale and the like, open files and threads stay as they are while records "
+                      "are put and deleted"),
+         translatable("The console shows numbers or times wrongly, or goes down after many commands."),
          checkWriteState,
          {"fill", "process-state", "processes", "event-put", "command-put"}},
     });

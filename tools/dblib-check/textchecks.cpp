@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "checks.h"
+#include "translation.h"
 
 #include <algorithm>
 #include <set>
@@ -57,13 +58,13 @@ std::vector<Check> textChecks()
 {
     return {
         {"texts",
-         "texts and parameters are as long as they say and end with a NUL",
-         "The console reads past the text: it goes down or shows rubbish.",
+         translatable("texts and parameters are as long as they say and end with a NUL"),
+         translatable("The console reads past the text: it goes down or shows rubbish."),
          checkTexts,
          {"count", "event-last-record", "command-last-record"}},
         {"sensors",
-         "every sensor has a name of its own, and their order stays",
-         "The operator cannot tell sensors apart, or commands the wrong one.",
+         translatable("every sensor has a name of its own, and their order stays"),
+         translatable("The operator cannot tell sensors apart, or commands the wrong one."),
          checkSensors,
          {"texts"}},
     };

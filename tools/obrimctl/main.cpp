@@ -8,5 +8,6 @@ int main(int argc, char *argv[])
 {
     openStandardDescriptors();
     setLanguage();
+    setLetters();
     return runProgram(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
 }

@@ -204,6 +204,7 @@ int play(const Options &options)
 int main(int argc, char *argv[])
 {
     setLanguage();
+    setLetters();
     try {
         std::string fault;
         const Options options = parseOptions(argc, argv, fault);

@@ -27,13 +27,16 @@ fs::path catalogues()
 
 void setLanguage()
 {
-    // Numbers and times keep the forms that scripts know. Letters are those of the terminal, for the messages of
-    // libraries; those of the system and our own are UTF-8 wherever they go, as records are.
-    std::setlocale(LC_CTYPE, "");
+    // Numbers and times keep the forms that scripts know; our messages and the system's are UTF-8, as records are.
     std::setlocale(LC_MESSAGES, "");
     bindtextdomain(Domain, catalogues().c_str());
     bind_textdomain_codeset(Domain, "UTF-8");
     bind_textdomain_codeset("libc", "UTF-8");
+}
+
+void setLetters()
+{
+    std::setlocale(LC_CTYPE, "");
 }
 
 void setEnglish()

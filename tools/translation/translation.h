@@ -15,6 +15,9 @@
  */
 void setLanguage();
 
+/** Lets libraries that have catalogues of their own write them in the letters of the terminal. */
+void setLetters();
+
 /** From here on all is English: for output that programs read. */
 void setEnglish();
 

@@ -90,7 +90,7 @@ void leaveZombie()
         _exit(0);
 }
 
-/** Calls `act` with each block of memory that this process shares with another. */
+/** Calls `act` with each block of memory, not of a file, that this process shares with another. */
 template <class Act> void forEachSharedMemory(Act act)
 {
     std::FILE *maps = std::fopen("/proc/self/maps", "r");
@@ -99,7 +99,9 @@ template <class Act> void forEachSharedMemory(Act act)
         unsigned long begin = 0;
         unsigned long end = 0;
         char rights[8] = {};
-        if (std::sscanf(line, "%lx-%lx %7s", &begin, &end, rights) == 3 && rights[3] == 's' && rights[2] == '-')
+        const bool isFile = !std::strstr(line, "/dev/zero");
+        if (std::sscanf(line, "%lx-%lx %7s", &begin, &end, rights) == 3 && rights[3] == 's' && rights[2] == '-' &&
+            !isFile)
             act(reinterpret_cast<char *>(begin), std::size_t(end - begin), rights);
     }
     if (maps)
