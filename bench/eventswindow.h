@@ -9,6 +9,7 @@
 #include "cwd_eventslist.h"
 #include "measuring.h"
 
+#include <QScrollBar>
 #include <fstream>
 #include <initializer_list>
 #include <memory>
@@ -74,6 +75,13 @@ public:
     void getNew()
     {
         m_window->pushButton2->click();
+        paint();
+    }
+
+    void scrollToEnd()
+    {
+        QScrollBar *const bar = list().verticalScrollBar();
+        bar->setValue(bar->maximum());
         paint();
     }
 
