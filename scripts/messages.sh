@@ -16,9 +16,9 @@ plain_head() {
 # extract_obrim FILE: all texts of the console's forms and code, as a template.
 extract_obrim() {
     local common=("${xgettext_options[@]}" --package-name=obrim)
-    tracked 'src/*.ui' | xargs -0 xgettext "${common[@]}" --its=po/ui.its --output="$1" || return
+    tracked 'src/*.ui' | LC_ALL=C sort -z | xargs -0 xgettext "${common[@]}" --its=po/ui.its --output="$1" || return
     plain_head "$1"
-    tracked 'src/*.cpp' 'src/*.h' |
+    tracked 'src/*.cpp' 'src/*.h' | LC_ALL=C sort -z |
         xargs -0 xgettext "${common[@]}" --language=C++ --kde --keyword --keyword=tr2i18n --keyword=i18n \
             --keyword=forTranslators --flag=forTranslators:1:c-format \
             --join-existing --omit-header --output="$1"
@@ -26,7 +26,7 @@ extract_obrim() {
 
 # extract_obrim-tools FILE: those of the command-line tools.
 extract_obrim-tools() {
-    tracked 'tools/*.cpp' 'tools/*.h' |
+    tracked 'tools/*.cpp' 'tools/*.h' | LC_ALL=C sort -z |
         xargs -0 xgettext "${xgettext_options[@]}" --package-name=obrim --language=C++ --kde --keyword \
             --keyword=translated --keyword=translatable --keyword=translatedFor:2,3 --output="$1" || return
     plain_head "$1"
