@@ -167,6 +167,19 @@ void RecordWindowFeedbackTest::newRecordsWaitOnlyAfterALongLoadOfNewOnes()
     });
 }
 
+/** Whether the pointer is the usual one in the box that an action shows, and after it. */
+template <class Action> static bool pointerIsUsualInBoxOf(Action action)
+{
+    bool usual = false;
+    when([] { return openBox() != nullptr; },
+         [&usual] {
+             usual = !QApplication::overrideCursor();
+             openBox()->accept();
+         });
+    action();
+    return usual && !QApplication::overrideCursor();
+}
+
 void RecordWindowFeedbackTest::pointerIsUsualInABox()
 {
     eachKind([](auto kind) {
@@ -174,15 +187,7 @@ void RecordWindowFeedbackTest::pointerIsUsualInABox()
         kind.source().onFetch = [] { passMilliseconds(LongLoad); };
         window->onUpdateList();
         kind.source().sizes = 1;
-        bool usual = false;
-        when([] { return openBox() != nullptr; },
-             [&usual] {
-                 usual = !QApplication::overrideCursor();
-                 openBox()->accept();
-             });
-        window->onUpdateList();
-        QVERIFY(usual);
-        QVERIFY(!QApplication::overrideCursor());
+        QVERIFY(pointerIsUsualInBoxOf([&] { window->onUpdateList(); }));
     });
 }
 
@@ -247,15 +252,7 @@ void RecordWindowFeedbackTest::shortMemoryLeavesNothingThatWaits()
         kind.source().answer = kind.records(1, 25000);
         stepWithEachLook();
         lookThatThrows = 5;
-        bool usual = false;
-        when([] { return openBox() != nullptr; },
-             [&usual] {
-                 usual = !QApplication::overrideCursor();
-                 openBox()->accept();
-             });
-        window->onUpdateList();
-        QVERIFY(usual);
-        QVERIFY(!QApplication::overrideCursor());
+        QVERIFY(pointerIsUsualInBoxOf([&] { window->onUpdateList(); }));
         QCOMPARE(kind.list(window.get())->notice(), QString());
         QCOMPARE(kind.list(window.get())->childCount(), 0);
         window->onUpdateList();
