@@ -63,13 +63,17 @@ ensure_build_root() {
 # What is tracked or new, without what was built.
 copy_sources() { tracked . | rsync -a --delete --from0 --files-from=- "$repository/" "$1/"; }
 
-# build_packages ROOT INTO [NAME]: from a folder of that name in the root.
+# build_packages ROOT INTO [NAME SOURCES]: in a folder of that name in the root, of the sources in an archive.
 build_packages() {
-    local root=$1 into=$2 folder
+    local root=$1 into=$2 sources=${4:-} folder
     folder=/build/${3:-obrim-$(package_version)}
     rm -rf --one-file-system "$root/build"
     mkdir -p "$root$folder"
-    copy_sources "$root$folder"
+    if [[ -n $sources ]]; then
+        tar -xf "$sources" -C "$root$folder" --strip-components=1
+    else
+        copy_sources "$root$folder"
+    fi
     in_bare_root "$root" sh -c "cd $folder && DEB_BUILD_OPTIONS=parallel=$CMAKE_BUILD_PARALLEL_LEVEL dpkg-buildpackage -uc -us" \
         >"$root.build.log" 2>&1 || die "the packages of $target_name are not built:
 $(tail -n 20 "$root.build.log")
@@ -85,7 +89,7 @@ compare_packages() {
     local root=$1 again differing
     again="$(packages_folder).again"
     say "building the packages of $target_name in another folder"
-    build_packages "$root" "$again" elsewhere/than/before
+    build_packages "$root" "$again" elsewhere/than/before "$(packages_folder)/obrim_$(package_version).tar.xz"
     differing=$(cd "$again" && for file in *.deb; do cmp -s "$file" "$(packages_folder)/$file" || printf ' %s' "$file"; done)
     [[ -z $differing ]] || die "two builds differ in$differing; the second one is in $again"
     rm -rf "$again"
