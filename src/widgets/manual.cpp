@@ -10,6 +10,7 @@
 #include <QShortcut>
 #include <QStandardPaths>
 #include <QUrl>
+#include <QWidget>
 
 namespace
 {
