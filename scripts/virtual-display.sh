@@ -12,6 +12,8 @@ use_private_settings() {
     mkdir -m 700 "$private_dir/runtime"
     export XDG_RUNTIME_DIR="$private_dir/runtime" XDG_CONFIG_HOME="$private_dir/config"
     export XDG_CACHE_HOME="$private_dir/cache" QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
+    # Windows are found by their English titles, and buttons by the letters of those.
+    unset LANGUAGE
     # Nothing here draws with OpenGL, and its driver takes time to load.
     export QT_XCB_GL_INTEGRATION=none
 }
