@@ -156,7 +156,7 @@ TEST_F(CtlProgram, AFullDiskIsTold)
     put("boiler", "Level");
     const std::string errors = m_installation.path("errors");
     const std::string command =
-        std::string(OBRIMCTL) + " -C " + m_installation.base() + " events >/dev/full 2>" + errors;
+        std::string("'" OBRIMCTL "' -C ") + m_installation.base() + " events >/dev/full 2>" + errors;
     EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
     std::string line;
     std::getline(std::ifstream(errors), line);
@@ -166,7 +166,7 @@ TEST_F(CtlProgram, AFullDiskIsTold)
 TEST_F(CtlProgram, ClosedStandardStreamsHarmNothing)
 {
     put("boiler", "Level");
-    const std::string command = std::string(OBRIMCTL) + " -C " + m_installation.base() + " events";
+    const std::string command = std::string("'" OBRIMCTL "' -C ") + m_installation.base() + " events";
     EXPECT_EQ(WEXITSTATUS(std::system((command + " >&- 2>&- <&-").c_str())), 0);
     EXPECT_EQ(WEXITSTATUS(std::system((command + " -n x >&- 2>&- <&-").c_str())), 2);
     EXPECT_EQ(runCtl(here({"events", "-o", "short"})).out,

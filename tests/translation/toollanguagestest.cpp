@@ -52,7 +52,7 @@ protected:
     {
         folder() = fs::temp_directory_path() / ("obrim-languages-" + std::to_string(getpid()));
         fs::create_directory(folder());
-        outputOf(ctl("init " + folder() + "/plant --database library:" DBLIB_SQLITE), "en");
+        outputOf(ctl("init " + folder() + "/plant --database 'library:" DBLIB_SQLITE "'"), "en");
         outputOf("'" SENSOR_SIM "' --config " + folder() + "/plant/Config --sensors 3 --fill 20", "en");
     }
     static void TearDownTestSuite()
@@ -114,7 +114,7 @@ TEST_F(ToolLanguages, errorsAreToldInEach)
               "obrimctl: no hay ningún sensor «pump»; «obrimctl sensors» lista los que hay\n");
     EXPECT_EQ(outputOf(ctl("put"), "ru"), "obrimctl: не указано: SENSOR\nСм. «obrimctl put --help».\n");
     // That of the C library.
-    EXPECT_THAT(outputOf(ctl("init " + folder() + "/plant/Pics/Red.bmp/x --database library:" DBLIB_SQLITE), "en"),
+    EXPECT_THAT(outputOf(ctl("init " + folder() + "/plant/Pics/Red.bmp/x --database 'library:" DBLIB_SQLITE "'"), "en"),
                 HasSubstr("Not a directory"));
 }
 
@@ -151,7 +151,8 @@ TEST_F(ToolLanguages, theSimulatorsLogIsTheSameInAll)
 {
     const auto log = [](const std::string &language) {
         const std::string path = folder() + "/log." + language;
-        outputOf("'" OBRIMCTL "' init " + folder() + "/logged." + language + " --database library:" DBLIB_SQLITE, "en");
+        outputOf("'" OBRIMCTL "' init " + folder() + "/logged." + language + " --database 'library:" DBLIB_SQLITE "'",
+                 "en");
         outputOf("'" SENSOR_SIM "' --config " + folder() + "/logged." + language +
                      "/Config --sensors 3 --seed 1 --rate 1000 --duration 0.05 --log " + path,
                  language);
@@ -169,7 +170,7 @@ TEST_F(ToolLanguages, theCheckerSpeaksEach)
     EXPECT_THAT(outputOf(checker + "--list", "fr"), HasSubstr("\n        pour l’opérateur\u00a0: "));
     EXPECT_EQ(outputOf(checker + "--only nothing", "es"),
               "dblib-check: --only: no hay ninguna comprobación nothing; --list las nombra\n");
-    const std::string report = outputOf(checker + "--only file --seed 7 " DBLIB_SQLITE, "ru");
+    const std::string report = outputOf(checker + "--only file --seed 7 '" DBLIB_SQLITE "'", "ru");
     EXPECT_THAT(report, HasSubstr("библиотека      " DBLIB_SQLITE "\n"));
     EXPECT_THAT(report, HasSubstr("начальное число 7\n"));
     EXPECT_THAT(report, HasSubstr("1 проверка: 1 pass, 0 warn, 0 fail, 0 crash, 0 timeout, 0 skip\n"));
