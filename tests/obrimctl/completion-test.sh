@@ -2,21 +2,22 @@
 # SPDX-FileCopyrightText: 2026 The obrim developers
 # SPDX-License-Identifier: GPL-2.0-or-later
 #
-# completion-test.sh PROGRAM COMPLETIONS LIBRARY FOLDER: types at the prompts of bash and zsh with the
+# completion-test.sh PROGRAM COMPLETIONS LIBRARY: types at the prompts of bash and zsh with the
 # completion that is installed, and looks at what becomes of it.
 set -euo pipefail
 
 program=$1
 completions=$2
 library=$3
-folder=$4
+# Its name stands in what is typed, so it has no blanks, whatever the build folder has.
+folder=$(mktemp -d /tmp/completion-test.XXXXXX)
+trap 'rm -rf "$folder"' EXIT
 
 fail() {
     printf 'completion-test: %s\n' "$*" >&2
     exit 1
 }
 
-rm -rf "$folder"
 mkdir -p "$folder/zsh" "$folder/some folder"
 cp "$completions/_obrimctl" "$folder/zsh"
 PATH="$(dirname "$program"):$PATH"

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The obrim developers
 # SPDX-License-Identifier: GPL-2.0-or-later
 #
-# recipes-test.sh PAGE PROGRAM LIBRARY SIMULATOR BINDIR LIBDIR FOLDER: runs the recipes of the page as
+# recipes-test.sh PAGE PROGRAM LIBRARY SIMULATOR BINDIR LIBDIR: runs the recipes of the page as
 # they stand there, beside sensors at work, and looks at what they did.
 set -euo pipefail
 
@@ -10,9 +10,13 @@ page=$1
 program=$2
 library=$3
 simulator=$4
-bin=$7/usr$5
-lib=$7/usr$6
-folder=$7
+# Its name stands in the page's lines, so it has no blanks, whatever the build folder has.
+folder=$(mktemp -d /tmp/recipes-test.XXXXXX)
+simulator_pid=
+trap '[[ -z $simulator_pid ]] || kill "$simulator_pid"
+    rm -rf "$folder"' EXIT
+bin=$folder/usr$5
+lib=$folder/usr$6
 
 fail() {
     printf 'recipes-test: %s\n' "$*" >&2
@@ -20,7 +24,6 @@ fail() {
 }
 
 # As installed: the program finds the library beside itself.
-rm -rf "$folder"
 mkdir -p "$bin" "$lib/obrim"
 cp "$program" "$simulator" "$bin"
 cp "$library" "$lib/obrim/sqlite.so"
@@ -45,7 +48,6 @@ obrimctl init "$plant" --database sqlite >"$folder/init"
 sensor-sim --config "$plant/Config" --sensors 12 --rate 0.05 --fill 10000 >"$folder/filled"
 sensor-sim --config "$plant/Config" --sensors 12 --rate 50 >"$folder/simulator.log" 2>&1 &
 simulator_pid=$!
-trap '[[ -z $simulator_pid ]] || kill "$simulator_pid"' EXIT
 ctl() { obrimctl -C "$plant" "$@"; }
 until (($(ctl sensors -t alive -o short | wc -l) == 12)); do
     kill -0 "$simulator_pid" || fail "the simulator has ended: $(cat "$folder/simulator.log")"
