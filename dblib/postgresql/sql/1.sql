@@ -215,17 +215,22 @@ BEGIN
     -- What sensors report comes one by one, for which the statements for many take longer.
     IF array_dims(series) = '[1:1]' AND array_dims(times) = '[1:1]' AND array_dims(params) = '[1:1]' THEN
         INSERT INTO obrim.event VALUES (first, series[1], times[1], params[1]);
-        -- The times of a zone of level 1 include those of its zones of level 0.
-        IF NOT EXISTS (SELECT FROM obrim.event_zone z WHERE (z.level, z.block) = (0, first >> 10)
-                           AND times[1] BETWEEN z.earliest AND z.latest) THEN
+        -- Most come at a time that their zone and their sensor know. The times of a zone of level 1 include
+        -- those of its zones of level 0.
+        IF NOT EXISTS (
+            SELECT FROM obrim.event_zone z, obrim.event_series e JOIN obrim.sensor s ON s.id = e.sensor_id
+            WHERE (z.level, z.block) = (0, first >> 10) AND times[1] BETWEEN z.earliest AND z.latest
+                AND e.id = series[1] AND s.last_message >= times[1]
+        ) THEN
             INSERT INTO obrim.event_zone AS z
             VALUES (0, first >> 10, times[1], times[1]), (1, first >> 20, times[1], times[1])
             ON CONFLICT (level, block) DO UPDATE
-                SET earliest = least(z.earliest, excluded.earliest), latest = greatest(z.latest, excluded.latest);
+                SET earliest = least(z.earliest, excluded.earliest), latest = greatest(z.latest, excluded.latest)
+                WHERE excluded.earliest < z.earliest OR excluded.latest > z.latest;
+            UPDATE obrim.sensor s SET last_message = times[1]
+            WHERE s.id = (SELECT e.sensor_id FROM obrim.event_series e WHERE e.id = series[1])
+                AND (s.last_message < times[1] OR s.last_message IS NULL);
         END IF;
-        UPDATE obrim.sensor s SET last_message = times[1]
-        WHERE s.id = (SELECT e.sensor_id FROM obrim.event_series e WHERE e.id = series[1])
-            AND (s.last_message < times[1] OR s.last_message IS NULL);
         RETURN first;
     END IF;
     INSERT INTO obrim.event
