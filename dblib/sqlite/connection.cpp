@@ -155,6 +155,11 @@ void Connection::configure()
         "PRAGMA journal_size_limit=4194304; PRAGMA schema_version");
 }
 
+void Connection::releaseCache()
+{
+    sqlite3_db_release_memory(handle());
+}
+
 void Connection::keepLogWhenClosed(bool keep)
 {
     if (handle())

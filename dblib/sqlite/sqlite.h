@@ -123,6 +123,8 @@ public:
      */
     void handOver();
 
+    /** Gives back the memory of pages that were read; what is asked for next comes from the system's file cache. */
+    void releaseCache();
     /** Begins one consistent view for several statements. */
     void beginReading();
     /** Takes the writer's place at once, in turn with other programs, so that no later step fails on a lock. */

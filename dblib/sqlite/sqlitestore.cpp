@@ -17,6 +17,8 @@ namespace
 constexpr std::size_t RowsAtOnce = 32;
 /** For so few rows no room is made beforehand. */
 constexpr int FewRows = 1000;
+/** So many rows leave nothing in the cache but pages that hardly anybody asks for again. */
+constexpr int RowsBeyondCache = 100000;
 /** From so many rows on it pays to do without the trigger. */
 constexpr std::size_t ManyRows = 1000;
 
@@ -233,6 +235,8 @@ std::unique_ptr<Records<Record>> SqliteStore::read(Table &table, const Selection
         builder.add(row);
     });
     view.end();
+    if (result->size() > RowsBeyondCache)
+        m_db.releaseCache();
     if (rising && !selection.first)
         result->reverse();
     return result;
