@@ -7,7 +7,7 @@
  * recorded, as ratios within one run. Prints each figure and then each goal with PASS or
  * FAIL; the exit status is 1 when one is missed.
  *
- * Times are wall time, as two processes work for one call: the shortest of
+ * Times are wall-clock time, as two processes work for one call: the shortest of
  * several turns, the ways taking turns. OBRIM_BENCH_FOLDER names where the
  * database is made (1.2 GB; the system's temporary folder otherwise).
  */

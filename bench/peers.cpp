@@ -4,7 +4,7 @@
 /**
  * @file
  * A million events in the console's window, or as ready texts in the toolkit's
- * own tree, for a comparison by hand: what passes by the clock and in processor
+ * own tree, for a comparison by hand: what passes in wall-clock time and in processor
  * time until they are shown and sorted, until one more is shown, and until the
  * end is scrolled to; and the memory.
  *
@@ -35,7 +35,7 @@ void tell(const char *work, const std::function<void()> &done)
     QElapsedTimer clock;
     clock.start();
     const double processor = seconds(done);
-    std::fprintf(stderr, "%-28s %8.1f ms by the clock, %8.1f ms of processor time\n", work,
+    std::fprintf(stderr, "%-28s %8.1f ms wall-clock time, %8.1f ms of processor time\n", work,
                  1e-6 * double(clock.nsecsElapsed()), 1e3 * processor);
 }
 

@@ -148,9 +148,9 @@ private:
         try {
             Calls::Answer answer = Calls::readAnswer(bytes.bytes());
             if (!(answer.subject == subject))
-                throw Calls::Damaged(0, "the answer to another function");
+                throw Calls::CorruptMessage(0, "the answer to another function");
             return answer;
-        } catch (const Calls::Damaged &fault) {
+        } catch (const Calls::CorruptMessage &fault) {
             m_keeper.failForRubbish(subject.function, fault);
         }
     }

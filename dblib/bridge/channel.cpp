@@ -69,13 +69,13 @@ Received receivedFrom(std::string_view packet, const std::vector<Descriptor> &de
     const auto head = reader.take<PacketHead>("a packet's head");
     if (descriptors.empty()) {
         if (head.size != reader.left())
-            throw Calls::Damaged(4, "a message of " + std::to_string(head.size) + " bytes came with " +
-                                        std::to_string(reader.left()));
+            throw Calls::CorruptMessage(4, "a message of " + std::to_string(head.size) + " bytes came with " +
+                                               std::to_string(reader.left()));
         const std::string_view message = reader.take(head.size, "the message");
         return {head.number, std::vector<char>(message.begin(), message.end())};
     }
     if (descriptors.size() > 1 || reader.left() > 0 || head.size == 0)
-        throw Calls::Damaged(4, "a packet with too much beside its message");
+        throw Calls::CorruptMessage(4, "a packet with too much beside its message");
     return {head.number, MemoryMapping(descriptors.front(), head.size)};
 }
 } // namespace
@@ -150,6 +150,6 @@ std::optional<Received> Channel::receive()
     if (size == 0 && descriptors.empty())
         throw ChannelClosed("the other end closed it");
     if ((header.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0)
-        throw Calls::Damaged(std::size_t(size), "a packet is too large");
+        throw Calls::CorruptMessage(std::size_t(size), "a packet is too large");
     return receivedFrom({m_packet.data(), std::size_t(size)}, descriptors);
 }

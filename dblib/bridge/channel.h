@@ -69,7 +69,7 @@ public:
 
     /**
      * The next message; nothing when none is there yet. Throws ChannelClosed,
-     * Calls::Damaged when what came is no packet, and std::system_error.
+     * Calls::CorruptMessage when what came is no packet, and std::system_error.
      */
     std::optional<Received> receive();
 

@@ -110,7 +110,7 @@ Received HostKeeper::call(Calls::Subject subject, const std::string &message, co
     }
 }
 
-void HostKeeper::failForRubbish(DBFunction function, const Calls::Damaged &fault)
+void HostKeeper::failForRubbish(DBFunction function, const Calls::CorruptMessage &fault)
 {
     fail(function, std::string("answered rubbish (") + fault.what() + ")", true);
 }

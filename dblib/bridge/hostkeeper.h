@@ -41,7 +41,7 @@ public:
     /** Calls the library's function; a host runs since greeting(). Throws CallFault; the host is then gone. */
     Received call(Calls::Subject subject, const std::string &message, const Deadline &deadline);
     /** Ends a host whose answer cannot be read, and throws CallFault. */
-    [[noreturn]] void failForRubbish(DBFunction function, const Calls::Damaged &fault);
+    [[noreturn]] void failForRubbish(DBFunction function, const Calls::CorruptMessage &fault);
     /** Ends the host as a program ends. */
     void leave();
 

@@ -80,7 +80,7 @@ HostProcess::HostProcess(const HostTask &task, const Deadline &deadline)
             throw std::system_error(errno, std::generic_category(), "pidfd_open");
         const Received greeting = receive(deadline);
         m_greeting = Calls::readGreeting(greeting.bytes());
-    } catch (const Calls::Damaged &fault) {
+    } catch (const Calls::CorruptMessage &fault) {
         end();
         throw HostFault(std::string("greets with what is no greeting (") + fault.what() + ")", false);
     } catch (...) {
@@ -194,11 +194,11 @@ std::optional<Received> HostProcess::tryReceive(const Deadline &deadline)
     try {
         std::optional<Received> received = m_channel.receive();
         if (received && received->number() != m_call)
-            throw Calls::Damaged(0, "the answer to another call");
+            throw Calls::CorruptMessage(0, "the answer to another call");
         return received;
     } catch (const ChannelClosed &) {
         failClosed(deadline, true);
-    } catch (const Calls::Damaged &fault) {
+    } catch (const Calls::CorruptMessage &fault) {
         end();
         throw HostFault(std::string("answered rubbish (") + fault.what() + ")", true);
     }

@@ -21,13 +21,13 @@ void requireSealed(int file, std::size_t size)
 {
     const int seals = fcntl(file, F_GET_SEALS);
     if (seals < 0 || (seals & AllSeals) != AllSeals)
-        throw Calls::Damaged(0, "the memory with the message is not sealed");
+        throw Calls::CorruptMessage(0, "the memory with the message is not sealed");
     struct stat status = {};
     if (fstat(file, &status) != 0)
         fail("fstat");
     if (std::uint64_t(status.st_size) != size)
-        throw Calls::Damaged(0, "the memory with the message has " + std::to_string(status.st_size) + " bytes, not " +
-                                    std::to_string(size));
+        throw Calls::CorruptMessage(0, "the memory with the message has " + std::to_string(status.st_size) +
+                                           " bytes, not " + std::to_string(size));
 }
 } // namespace
 

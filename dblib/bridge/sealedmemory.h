@@ -40,7 +40,7 @@ class MemoryMapping
 public:
     /**
      * Maps `size` bytes of `file`, which this process can then read whatever
-     * the other one does. Throws Calls::Damaged when the file is not sealed or
+     * the other one does. Throws Calls::CorruptMessage when the file is not sealed or
      * has another size, and std::system_error.
      */
     MemoryMapping(const Descriptor &file, std::size_t size);

@@ -108,7 +108,7 @@ Answer readAnswer(std::string_view bytes)
 {
     Message message = readMessage(bytes);
     if (message.kind != Kind::Answer)
-        throw Damaged(offsetof(MessageHead, kind), "is no answer");
+        throw CorruptMessage(offsetof(MessageHead, kind), "is no answer");
     Answer answer;
     answer.subject = message.subject;
     answer.head = takeHead(message.body);

@@ -66,7 +66,7 @@ struct Answer {
     std::optional<RecordsReader<CMessageCommand>> commands;
 };
 
-/** Throws Damaged, also for a message of another kind. */
+/** Throws CorruptMessage, also for a message of another kind. */
 Answer readAnswer(std::string_view bytes);
 
 extern template class FetchAnswer<CSensor>;

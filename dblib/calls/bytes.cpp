@@ -7,7 +7,7 @@
 
 namespace Calls
 {
-Damaged::Damaged(std::size_t offset, const std::string &reason)
+CorruptMessage::CorruptMessage(std::size_t offset, const std::string &reason)
     : std::runtime_error("byte " + std::to_string(offset) + ": " + reason)
     , m_offset(offset)
 {
@@ -39,8 +39,8 @@ std::time_t fromBytes(Time time)
 std::string_view ByteReader::take(std::uint64_t size, const char *what)
 {
     if (size > left()) {
-        throw Damaged(offset(), std::to_string(size) + " bytes are needed for " + what + ", " + std::to_string(left()) +
-                                    " are left");
+        throw CorruptMessage(offset(), std::to_string(size) + " bytes are needed for " + what + ", " +
+                                           std::to_string(left()) + " are left");
     }
     const std::string_view taken = m_bytes.substr(m_at, std::size_t(size));
     m_at += taken.size();
@@ -58,11 +58,11 @@ bool ByteReader::takeFlag(const char *what)
 void ByteReader::requireEnd() const
 {
     if (left() > 0)
-        throw Damaged(offset(), std::to_string(left()) + " bytes too many");
+        throw CorruptMessage(offset(), std::to_string(left()) + " bytes too many");
 }
 
 void ByteReader::refuse(std::size_t size, const std::string &reason) const
 {
-    throw Damaged(offset() - size, reason);
+    throw CorruptMessage(offset() - size, reason);
 }
 } // namespace Calls

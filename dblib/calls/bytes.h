@@ -21,10 +21,10 @@ namespace Calls
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the bytes are little-endian, as every target is");
 
 /** Bytes that no call, answer or recording can be. The message says where and why. */
-class Damaged : public std::runtime_error
+class CorruptMessage : public std::runtime_error
 {
 public:
-    Damaged(std::size_t offset, const std::string &reason);
+    CorruptMessage(std::size_t offset, const std::string &reason);
 
     /** Place of the fault, from the first byte of the message. */
     std::size_t offset() const
@@ -89,7 +89,7 @@ public:
     {
         return m_bytes.size() - m_at;
     }
-    /** Throws Damaged for the `size` bytes that were taken last. */
+    /** Throws CorruptMessage for the `size` bytes that were taken last. */
     [[noreturn]] void refuse(std::size_t size, const std::string &reason) const;
 
 private:

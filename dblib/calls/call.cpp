@@ -159,7 +159,7 @@ Call readCall(std::string_view bytes)
 {
     Message message = readMessage(bytes);
     if (message.kind != Kind::Call)
-        throw Damaged(offsetof(MessageHead, kind), "is no call");
+        throw CorruptMessage(offsetof(MessageHead, kind), "is no call");
     Call call;
     call.subject = message.subject;
     if (call.subject.use == Use::Fetch)

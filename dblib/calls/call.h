@@ -40,7 +40,7 @@ struct Call {
     std::unique_ptr<CMessageCommand> command;
 };
 
-/** Throws Damaged, also for a message of another kind, and std::bad_alloc. */
+/** Throws CorruptMessage, also for a message of another kind, and std::bad_alloc. */
 Call readCall(std::string_view bytes);
 
 /** The bytes of a call that was read. */

@@ -26,12 +26,12 @@ bool fits(DBFunction function, Use use)
 Subject readSubject(const MessageHead &head)
 {
     if (head.function < 1 || head.function > DBFunctionCount)
-        throw Damaged(offsetof(MessageHead, function), "there is no function " + std::to_string(head.function));
+        throw CorruptMessage(offsetof(MessageHead, function), "there is no function " + std::to_string(head.function));
     const auto function = DBFunction(head.function - 1);
     if (head.use < std::uint8_t(Use::Plain) || head.use > std::uint8_t(Use::Release) ||
         !fits(function, Use(head.use))) {
-        throw Damaged(offsetof(MessageHead, use),
-                      std::string(DBSymbols[function].key) + " is not called for use " + std::to_string(head.use));
+        throw CorruptMessage(offsetof(MessageHead, use), std::string(DBSymbols[function].key) +
+                                                             " is not called for use " + std::to_string(head.use));
     }
     return {function, Use(head.use)};
 }
@@ -39,18 +39,19 @@ Subject readSubject(const MessageHead &head)
 void requireOurs(const MessageHead &head)
 {
     if (!std::equal(std::begin(Signature), std::end(Signature), head.signature))
-        throw Damaged(0, "no message begins so");
+        throw CorruptMessage(0, "no message begins so");
     if (head.version != Version) {
-        throw Damaged(offsetof(MessageHead, version),
-                      "version " + std::to_string(head.version) + ", this program reads " + std::to_string(Version));
+        throw CorruptMessage(offsetof(MessageHead, version), "version " + std::to_string(head.version) +
+                                                                 ", this program reads " + std::to_string(Version));
     }
     if (head.kind < std::uint8_t(Kind::Call) || head.kind > std::uint8_t(Kind::Greeting))
-        throw Damaged(offsetof(MessageHead, kind), "there is no kind " + std::to_string(head.kind));
+        throw CorruptMessage(offsetof(MessageHead, kind), "there is no kind " + std::to_string(head.kind));
     for (std::size_t i = 0; i < std::size(head.zero); ++i)
         if (head.zero[i] != 0)
-            throw Damaged(offsetof(MessageHead, zero) + i, "is not 0");
+            throw CorruptMessage(offsetof(MessageHead, zero) + i, "is not 0");
     if (head.size > MaxMessageSize - sizeof(MessageHead))
-        throw Damaged(offsetof(MessageHead, size), "a body of " + std::to_string(head.size) + " bytes is too large");
+        throw CorruptMessage(offsetof(MessageHead, size),
+                             "a body of " + std::to_string(head.size) + " bytes is too large");
 }
 } // namespace
 
@@ -109,7 +110,7 @@ Message readMessage(std::string_view bytes)
     if (Kind(head.kind) != Kind::Greeting)
         subject = readSubject(head);
     else if (head.function != 0 || head.use != 0)
-        throw Damaged(offsetof(MessageHead, function), "a greeting is about no function");
+        throw CorruptMessage(offsetof(MessageHead, function), "a greeting is about no function");
     const std::string_view body = reader.take(head.size, "the body");
     reader.requireEnd();
     return {Kind(head.kind), subject, ByteReader(body, sizeof(MessageHead))};
@@ -126,7 +127,7 @@ Greeting readGreeting(std::string_view bytes)
 {
     Message message = readMessage(bytes);
     if (message.kind != Kind::Greeting)
-        throw Damaged(offsetof(MessageHead, kind), "is no greeting");
+        throw CorruptMessage(offsetof(MessageHead, kind), "is no greeting");
     Greeting greeting;
     greeting.bits = message.body.take<std::uint32_t>("the word width");
     if (greeting.bits != 32 && greeting.bits != 64)

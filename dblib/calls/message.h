@@ -69,10 +69,10 @@ struct Message {
     ByteReader body;
 };
 
-/** Takes a whole message apart: its head, and that nothing is missing or too much. Throws Damaged. */
+/** Takes a whole message apart: its head, and that nothing is missing or too much. Throws CorruptMessage. */
 Message readMessage(std::string_view bytes);
 
-/** The length of the message that begins with `head`. Throws Damaged when none does. */
+/** The length of the message that begins with `head`. Throws CorruptMessage when none does. */
 std::size_t messageSize(const MessageHead &head);
 
 /** What a process that answers calls says of itself before the first one. */
@@ -88,6 +88,6 @@ struct Greeting {
 };
 
 std::string greetingMessage(const Greeting &greeting);
-/** Throws Damaged, also for a message of another kind. */
+/** Throws CorruptMessage, also for a message of another kind. */
 Greeting readGreeting(std::string_view bytes);
 } // namespace Calls

@@ -169,9 +169,9 @@ void addClaims(Claims &claims, std::string_view heads, std::size_t count, std::s
         const auto head = headAt<Record>(heads, i);
         Fields<Record>::visit(nothing, head, claims);
         if (claims.parameterTotal > most.parameters)
-            throw Damaged(offset + i * sizeof(head), "its parameters are not there");
+            throw CorruptMessage(offset + i * sizeof(head), "its parameters are not there");
         if (claims.textTotal > most.textBytes)
-            throw Damaged(offset + i * sizeof(head), "its texts are not there");
+            throw CorruptMessage(offset + i * sizeof(head), "its texts are not there");
     }
 }
 
@@ -257,10 +257,10 @@ RecordsReader<Record>::RecordsReader(ByteReader &bytes, std::size_t count)
     Claims claims;
     addClaims<Record>(claims, m_heads, count, atHeads, totals);
     if (claims.parameterTotal != totals.parameters)
-        throw Damaged(start + offsetof(RecordsHead, parameters), "more parameters than the records have");
+        throw CorruptMessage(start + offsetof(RecordsHead, parameters), "more parameters than the records have");
     addClaims<CMessageEventParam>(claims, m_parameterHeads, m_parameters, atParameters, totals);
     if (claims.textTotal != totals.textBytes)
-        throw Damaged(start + offsetof(RecordsHead, textBytes), "more texts than the records have");
+        throw CorruptMessage(start + offsetof(RecordsHead, textBytes), "more texts than the records have");
 }
 
 template <class Record> void RecordsReader<Record>::lend(Record *records, CMessageEventParam *parameters) const

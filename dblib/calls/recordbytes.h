@@ -99,7 +99,7 @@ private:
 template <class Record> class RecordsReader
 {
 public:
-    /** Takes the bytes of `count` records. They are checked whole, and read again by lend(). Throws Damaged. */
+    /** Takes the bytes of `count` records. They are checked whole, and read again by lend(). Throws CorruptMessage. */
     RecordsReader(ByteReader &bytes, std::size_t count);
 
     std::size_t count() const

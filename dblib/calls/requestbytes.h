@@ -15,7 +15,7 @@ void appendRequest(std::string &bytes, const CMessageCommandRequest &request);
 
 /**
  * Fills a request. A mask of no bytes becomes NULL; bounds that a 4-byte time_t cannot hold become others
- * that the same times of 4 bytes meet. Throws Damaged, and std::bad_alloc.
+ * that the same times of 4 bytes meet. Throws CorruptMessage, and std::bad_alloc.
  */
 void takeRequest(ByteReader &bytes, CMessageEventRequest &request);
 void takeRequest(ByteReader &bytes, CMessageCommandRequest &request);

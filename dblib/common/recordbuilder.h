@@ -103,7 +103,7 @@ private:
     Records<Record> &m_records;
     const SeriesCatalogue &m_series;
     static constexpr int None = -1;
-    /** Where a series' texts are. A damaged table may have a huge last number, so the many are kept small. */
+    /** Where a series' texts are. A corrupt table may have a huge last number, so the many are kept small. */
     std::vector<int> m_places;
     std::vector<SeriesTexts> m_texts;
     ParameterReader m_reader;

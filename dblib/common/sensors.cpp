@@ -17,7 +17,7 @@ int livenessOf(const StoredSensor &sensor, std::int64_t now, int deadAfter)
         return SensorDead;
     if (!sensor.keepAlive)
         return 0;
-    // A sign of life from the future tells of a clock put back, not of a live sensor.
+    // A heartbeat from the future tells of a clock put back, not of a live sensor.
     const bool isRecent = *sensor.keepAlive >= now - deadAfter && *sensor.keepAlive <= now + deadAfter;
     return isRecent ? SensorAlive : SensorDead;
 }

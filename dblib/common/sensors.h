@@ -22,7 +22,7 @@ struct StoredSensor {
     int type = 0;
     std::string description;
     SensorState state = SensorState::Running;
-    std::optional<std::int64_t> keepAlive; ///< time of the last sign of life
+    std::optional<std::int64_t> keepAlive; ///< time of the last heartbeat
     std::int64_t lastMessage = 0;
     int lastCommand = 0; ///< identifier of the last command that the sensor has read
 };
@@ -31,5 +31,5 @@ const char *wordOf(SensorState state);
 /** The state of a word in the database; any other word is Running. */
 SensorState stateOf(std::string_view word);
 
-/** Sensors as records. One is dead when it was killed or gave no sign of life for `deadAfter` seconds. */
+/** Sensors as records. One is dead when it was killed or sent no heartbeat for `deadAfter` seconds. */
 std::unique_ptr<Records<CSensor>> recordsOf(const std::vector<StoredSensor> &sensors, int deadAfter);

@@ -44,7 +44,7 @@ struct SeriesSet {
 class SeriesCatalogue
 {
 public:
-    /** More series than this and the table is no series table; the bound keeps a damaged one from taking all memory. */
+    /** More series than this and the table is no series table; the bound keeps a corrupt one from taking all memory. */
     static constexpr std::int64_t LargestId = 1 << 22;
 
     /** Adds a series under a number of at most LargestId, above all numbers so far. On std::bad_alloc all are

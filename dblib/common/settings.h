@@ -11,7 +11,7 @@ struct Settings {
     std::string connection;    ///< libpq's words for a server and its database; empty: the database is a file
     int connectSeconds = 0;    ///< how long a call waits for a connection
     int statementSeconds = 0;  ///< how long it waits for the answer to a statement
-    int deadAfterSeconds = 0;  ///< a sensor that gave no sign of life for longer counts as dead
+    int deadAfterSeconds = 0;  ///< a sensor that sent no heartbeat for longer counts as dead
     bool isFileShared = false; ///< others than its owner may read DBLib.def
 };
 

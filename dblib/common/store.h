@@ -40,7 +40,7 @@ public:
 
     /**
      * The records that `request` selects: the newest first when the last are
-     * asked for, the oldest first when the first are, and always by rising
+     * asked for, the oldest first when the first are, and always by ascending
      * identifier when there is a lowest one, so that a list can go on from it.
      */
     virtual std::unique_ptr<Records<CMessageEvent>> events(const CMessageEventRequest &request) = 0;
@@ -68,7 +68,7 @@ public:
     virtual void registerSensor(const std::string &name, int type, const std::string &description) = 0;
     /** All sensors by name. */
     virtual std::vector<StoredSensor> storedSensors() = 0;
-    /** Notes a sign of life of sensors. */
+    /** Notes a heartbeat of sensors. */
     virtual void keepAlive(const std::vector<std::string> &names, std::int64_t time) = 0;
     virtual void setState(const std::string &name, SensorState state) = 0;
     /**

@@ -111,7 +111,7 @@ private:
     {
         const Calls::Answer answer = readWhole(recorded);
         if (!(answer.subject == subject))
-            throw std::runtime_error(m_path + " is damaged: an answer to another function");
+            throw std::runtime_error(m_path + " is corrupt: an answer to another function");
         switch (answer.head.status) {
         case Calls::Status::Returned:
             return answer;
@@ -128,8 +128,8 @@ private:
     {
         try {
             return Calls::readAnswer(recorded.view());
-        } catch (const Calls::Damaged &fault) {
-            throw std::runtime_error(m_path + " is damaged: an answer's " + fault.what());
+        } catch (const Calls::CorruptMessage &fault) {
+            throw std::runtime_error(m_path + " is corrupt: an answer's " + fault.what());
         }
     }
 

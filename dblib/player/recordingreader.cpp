@@ -55,9 +55,9 @@ bool isEmpty(const EntryHead &head)
     return std::memcmp(&head, &empty, sizeof(head)) == 0;
 }
 
-std::runtime_error damaged(const std::string &path, std::uint64_t offset, const std::string &reason)
+std::runtime_error corrupt(const std::string &path, std::uint64_t offset, const std::string &reason)
 {
-    return std::runtime_error(path + " is damaged: byte " + std::to_string(offset) + ": " + reason);
+    return std::runtime_error(path + " is corrupt: byte " + std::to_string(offset) + ": " + reason);
 }
 } // namespace
 
@@ -111,7 +111,7 @@ void Reader::readCalls(const File &file, std::uint64_t size)
     std::string message;
     for (EntryHead head = {}; readHead(file.descriptor.get(), offset, head) && !isEmpty(head);) {
         if (std::memcmp(head.signature, EntrySignature, sizeof(EntrySignature)) != 0)
-            throw damaged(file.path, offset, "no call begins so");
+            throw corrupt(file.path, offset, "no call begins so");
         const std::uint64_t callAt = offset + sizeof(head);
         const std::uint64_t answerAt = callAt + head.callSize;
         if (head.answerSize > size || answerAt > size - head.answerSize)
@@ -121,8 +121,8 @@ void Reader::readCalls(const File &file, std::uint64_t size)
             return;
         try {
             m_answers[keyOf(Calls::readCall(message))].places.push_back({&file, answerAt, head.answerSize});
-        } catch (const Calls::Damaged &fault) {
-            throw damaged(file.path, callAt, fault.what());
+        } catch (const Calls::CorruptMessage &fault) {
+            throw corrupt(file.path, callAt, fault.what());
         }
         ++m_count;
         offset = answerAt + head.answerSize;

@@ -146,7 +146,7 @@ void PostgresStore::reserveFor(const RowSelector &selector, const Selection &sel
 }
 
 template <class Record>
-std::unique_ptr<Records<Record>> PostgresStore::read(RowSelector &selector, const Selection &selection, bool rising)
+std::unique_ptr<Records<Record>> PostgresStore::read(RowSelector &selector, const Selection &selection, bool ascending)
 {
     return perform([&](Connection &used) {
         std::unique_ptr<Records<Record>> result;
@@ -163,7 +163,7 @@ std::unique_ptr<Records<Record>> PostgresStore::read(RowSelector &selector, cons
             }
             builder->add(row);
         });
-        if (rising && !selection.first)
+        if (ascending && !selection.first)
             result->reverse();
         return result;
     });

@@ -66,7 +66,7 @@ private:
     template <class Record>
     static void reserveFor(const Postgres::RowSelector &selector, const Selection &selection, Records<Record> &result);
     template <class Record>
-    std::unique_ptr<Records<Record>> read(Postgres::RowSelector &selector, const Selection &selection, bool rising);
+    std::unique_ptr<Records<Record>> read(Postgres::RowSelector &selector, const Selection &selection, bool ascending);
     Postgres::Result call(const std::string &function, const Postgres::Parameters &parameters);
     int seriesOf(Postgres::RowSelector &selector, const SeriesKey &key);
     int putOnce(const std::string &function, const Postgres::Parameters &what);

@@ -30,14 +30,14 @@ struct RowQuery {
     const Selection &selection;
     const std::vector<int> *series;
 
-    /** The rows of a range in the order of identifiers, from the wanted end on. */
+    /** The rows of a range in scan direction. */
     std::string inOrder(IdRange ids) const;
     /** The same rows, looked for series by series: for series with few rows in the range. */
     std::string bySeries(IdRange ids) const;
     /** The rows of some zones, which need not lie together. */
     std::string inZones(IdRange ids, const std::vector<int> &zones) const;
 
-    /** The blocks of a level between two blocks whose rows' times overlap the wanted ones, from the wanted end on. */
+    /** The blocks of a level between two blocks whose rows' times overlap the wanted ones, in scan direction. */
     std::string zones(int level, IdRange blocks, std::int64_t most) const;
 
 private:

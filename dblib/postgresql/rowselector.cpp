@@ -97,7 +97,7 @@ private:
     std::string m_buffer;
 };
 
-/** Identifiers at the wanted end, `size` of them or up to a partition's edge more. */
+/** The first identifiers in scan direction, `size` of them or up to a partition's edge more. */
 IdRange RowSelector::Work::part(std::int64_t size) const
 {
     IdRange ids = {m_selection.idLow, m_selection.idHigh};

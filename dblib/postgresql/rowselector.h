@@ -20,7 +20,7 @@ namespace Postgres
  *
  * A selection is read in one snapshot, most of them in one round trip: the
  * series that are new come with the rows. First only the part of the table
- * nearest the wanted end is asked for, so that neither planning nor reading
+ * first in scan direction is asked for, so that neither planning nor reading
  * depends on how much there is. When it does not hold enough, all is asked
  * again for a larger part.
  */
@@ -42,7 +42,7 @@ public:
     /** Reads the series that were added, by whomever, and how far the table reaches. */
     void refresh(Connection &connection);
     /**
-     * Hands the selected rows over, from the wanted end on. `restart` is called before
+     * Hands the selected rows over, in scan direction. `restart` is called before
      * the first one and whenever those handed over so far are to be forgotten. Inside a
      * transaction when there is one, else as one of its own. Throws Error.
      */

@@ -285,7 +285,7 @@ int Connection::emptyLog()
     sqlite3_busy_timeout(handle(), 0);
     const int code = sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
     sqlite3_busy_timeout(handle(), int(m_patience.count()));
-    // What is damaged cannot be saved by keeping its log.
+    // What is corrupt cannot be saved by keeping its log.
     const int primary = code & 0xff;
     if (code != SQLITE_OK && primary != SQLITE_BUSY && primary != SQLITE_CORRUPT && primary != SQLITE_NOTADB)
         fail(code);

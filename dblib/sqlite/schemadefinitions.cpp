@@ -74,8 +74,8 @@ constexpr const char *Views[] = {
 };
 
 // Rows are read by identifier, so a time range far from both ends would be
-// looked for through the whole table. Zones of 2^8, 2^14 and 2^20 identifiers
-// know between which times their rows lie; a row only ever widens them, so
+// looked for through the whole table. Zone maps, for zones of 2^8, 2^14 and 2^20
+// identifiers, know between which times their rows lie; a row only ever widens them, so
 // rows may be deleted without a thought of them. The index finds out whether a
 // finest zone holds a time of the range at all, which it may not when clocks
 // differ. Triggers keep both right for every program that writes here.

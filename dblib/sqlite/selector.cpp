@@ -8,7 +8,7 @@
 
 namespace
 {
-/** With more series than this, merging starts only after a look at the rows at the wanted end. */
+/** With more series than this, merging starts only after a look at the first rows in scan direction. */
 constexpr std::size_t FewSeries = 2;
 /** How many rows that look may take: about as long as the first step into fifty series. */
 constexpr int RowsLookedAt = 256;
@@ -69,12 +69,12 @@ private:
     void flush();
     void checkOrder(std::optional<std::int64_t> &last, std::int64_t next) const;
 
-    /** True when identifier `a` comes before `b` from the wanted end. */
+    /** True when identifier `a` comes before `b` in scan direction. */
     bool before(std::int64_t a, std::int64_t b) const
     {
         return m_selection.first ? a < b : a > b;
     }
-    /** What lies behind identifier `id` in a run, seen from the wanted end. */
+    /** What lies behind identifier `id` in a run, in scan direction. */
     Run rest(const Run &run, std::int64_t id) const
     {
         return m_selection.first ? Run{id + 1, run.high, run.certain} : Run{run.low, id - 1, run.certain};
@@ -107,11 +107,11 @@ void Selector::Work::perform()
     flush();
 }
 
-/** A damaged index may lead in circles; identifiers that do not advance give it away. */
+/** A corrupt index may lead in circles; identifiers that do not advance give it away. */
 void Selector::Work::checkOrder(std::optional<std::int64_t> &last, std::int64_t next) const
 {
     if (last && !before(*last, next))
-        throw Sqlite::Error(m_selector.m_path, "the database is damaged: identifiers out of order");
+        throw Sqlite::Error(m_selector.m_path, "the database is corrupt: identifiers out of order");
     last = next;
 }
 
@@ -173,7 +173,7 @@ void Selector::Work::readRows(Run run)
     }
 }
 
-/** Reads some rows at the wanted end; what is left of the run when they did not suffice. */
+/** Reads the first rows in scan direction; what is left of the run when they did not suffice. */
 std::optional<Selector::Run> Selector::Work::readSomeRows(Run run)
 {
     Sqlite::Statement &rows = startReading(run);
@@ -206,7 +206,7 @@ void Selector::Work::readAhead(Cursor &cursor, const Run &run)
         cursor.ahead.push_back(*last);
     }
     if (last && (*last < run.low || *last > run.high))
-        throw Sqlite::Error(m_selector.m_path, "the database is damaged: an index entry out of its range");
+        throw Sqlite::Error(m_selector.m_path, "the database is corrupt: an index entry out of its range");
     cursor.exhausted = int(cursor.ahead.size()) < cursor.batch;
     cursor.batch = std::min(cursor.batch * 2, LargestBatch);
     std::reverse(cursor.ahead.begin(), cursor.ahead.end());
@@ -264,7 +264,7 @@ void Selector::Work::visitZones(int level, std::int64_t low, std::int64_t high)
     while (m_remaining > 0 && zones.step()) {
         checkOrder(last, zones.number(0));
         if (*last < first || *last > end)
-            throw Sqlite::Error(m_selector.m_path, "the database is damaged: a zone out of its range");
+            throw Sqlite::Error(m_selector.m_path, "the database is corrupt: a zone out of its range");
         const bool certain = zones.number(1) >= m_selection.timeLow && zones.number(2) <= m_selection.timeHigh;
         visitZone(level, *last, certain);
     }

@@ -15,11 +15,11 @@
 
 /**
  * Finds the rows of a selection in one table without reading those that are
- * not wanted, as far as an index or the zones can tell.
+ * not wanted, as far as an index or the zone maps can tell.
  *
  * Identifiers grow with arrival, so "oldest" and "newest" are the order of
- * identifiers. Without a filter the rows are read in that order from the
- * wanted end. A series filter merges the index entries of its series. A time
+ * identifiers. Without a filter the rows are read in that order, in
+ * scan direction. A series filter merges the index entries of its series. A time
  * range is first narrowed to runs of identifiers whose zones overlap it.
  */
 class Selector
@@ -33,7 +33,7 @@ public:
     Selector &operator=(const Selector &) = delete;
 
     /**
-     * Hands the selected rows over, from the wanted end on. To be called inside a
+     * Hands the selected rows over, in scan direction. To be called inside a
      * read transaction, with the series refreshed. Throws StoreError.
      */
     void select(const Selection &selection, const Sink &sink);

@@ -53,7 +53,7 @@ std::vector<StoredSensor> SensorTable::all()
         StoredSensor sensor = sensorIn(m_all);
         budget.spend(sensor.name.size() + sensor.description.size());
         if (!result.empty() && sensor.name <= result.back().name)
-            throw Sqlite::Error(m_db.path(), "the database is damaged: sensors out of order");
+            throw Sqlite::Error(m_db.path(), "the database is corrupt: sensors out of order");
         result.push_back(std::move(sensor));
     }
     return result;

@@ -22,7 +22,7 @@ public:
     void add(const std::string &name, int type, const std::string &description);
     /** Notes the time of an event at its sensor, which is added when it is new. */
     void noteMessage(const NewMessage &event);
-    /** Notes a sign of life. */
+    /** Notes a heartbeat. */
     void keepAlive(const std::string &name, std::int64_t time);
     void setState(const std::string &name, SensorState state);
     /** Notes that a sensor has read the commands up to this identifier; false when it had before. */

@@ -78,9 +78,9 @@ bool SeriesTable::readFrom(std::int64_t first)
     for (; m_rows->step(); ++found) {
         const std::int64_t id = m_rows->number(0);
         if (id > LargestId)
-            throw Sqlite::Error(m_db.path(), "the database is damaged: a series has the number " + std::to_string(id));
+            throw Sqlite::Error(m_db.path(), "the database is corrupt: a series has the number " + std::to_string(id));
         if (id <= last)
-            throw Sqlite::Error(m_db.path(), "the database is damaged: series out of order");
+            throw Sqlite::Error(m_db.path(), "the database is corrupt: series out of order");
         last = id;
         const SeriesKey key = {int(m_rows->number(1)), int(m_rows->number(2)), textIn(*m_rows, 3), textIn(*m_rows, 4)};
         budget.spend(key.sensor.value_or("").size() + key.name.value_or("").size());

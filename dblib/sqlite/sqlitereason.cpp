@@ -58,9 +58,9 @@ std::string reasonOf(int code, sqlite3 *db, const std::string &path)
     case SQLITE_READONLY:
         return "the file or its folder cannot be written" + system;
     case SQLITE_NOTADB:
-        return "this is not a database, or it is damaged at its beginning";
+        return "this is not a database, or it is corrupt at its beginning";
     case SQLITE_CORRUPT:
-        return "the database is damaged";
+        return "the database is corrupt";
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
     case SQLITE_PROTOCOL: // SQLite's own waiting came to an end

@@ -222,7 +222,7 @@ template <class Record> void SqliteStore::reserveFor(Table &table, const Selecti
 }
 
 template <class Record>
-std::unique_ptr<Records<Record>> SqliteStore::read(Table &table, const Selection &selection, bool rising)
+std::unique_ptr<Records<Record>> SqliteStore::read(Table &table, const Selection &selection, bool ascending)
 {
     auto result = std::make_unique<Records<Record>>();
     View view(*this);
@@ -237,7 +237,7 @@ std::unique_ptr<Records<Record>> SqliteStore::read(Table &table, const Selection
     view.end();
     if (result->size() > RowsBeyondCache)
         m_db.releaseCache();
-    if (rising && !selection.first)
+    if (ascending && !selection.first)
         result->reverse();
     return result;
 }

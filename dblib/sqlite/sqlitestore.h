@@ -77,7 +77,7 @@ private:
     void commit() override;
     void rollBack() noexcept override;
     template <class Record>
-    std::unique_ptr<Records<Record>> read(Table &table, const Selection &selection, bool rising);
+    std::unique_ptr<Records<Record>> read(Table &table, const Selection &selection, bool ascending);
     template <class Record> void reserveFor(Table &table, const Selection &selection, Records<Record> &result);
     int insert(Table &table, const NewMessage &message);
     static std::vector<int> findSeries(Table &table, const std::vector<NewMessage> &messages);

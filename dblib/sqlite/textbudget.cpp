@@ -8,5 +8,5 @@ void Sqlite::TextBudget::askFile()
 {
     m_allowed = std::uint64_t(m_db.number("PRAGMA page_count") * m_db.number("PRAGMA page_size"));
     if (m_spent > m_allowed)
-        throw Error(m_db.path(), "the database is damaged: there is more text in it than room");
+        throw Error(m_db.path(), "the database is corrupt: there is more text in it than room");
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-/** @file The ten calls and their answers as bytes and back; damaged bytes. */
+/** @file The ten calls and their answers as bytes and back; corrupt bytes. */
 #include "answer.h"
 #include "call.h"
 #include "lentrecords.h"
@@ -35,7 +35,7 @@ template <class Read> std::string faultOf(Read read, const std::string &bytes)
 {
     try {
         read(bytes);
-    } catch (const Damaged &fault) {
+    } catch (const CorruptMessage &fault) {
         EXPECT_LE(fault.offset(), bytes.size());
         return fault.what();
     }
@@ -536,7 +536,7 @@ TEST(Greetings, Arrive)
     EXPECT_FALSE(greeting.has(DBFunctionPutEvent));
 }
 
-TEST(Damages, EveryShortenedMessageIsRefused)
+TEST(Corruption, EveryShortenedMessageIsRefused)
 {
     const CMessageEventRequest request = eventRequest();
     const CMessageEvent event = makeEvent();
@@ -559,7 +559,7 @@ TEST(Damages, EveryShortenedMessageIsRefused)
     }
 }
 
-TEST(Damages, TheFaultIsToldWithItsPlace)
+TEST(Corruption, TheFaultIsToldWithItsPlace)
 {
     const std::string call = deleteCall(DBFunctionDeleteEvent, 7);
     EXPECT_EQ(callFault(""), "byte 0: 16 bytes are needed for a message's head, 0 are left");
@@ -585,7 +585,7 @@ TEST(Damages, TheFaultIsToldWithItsPlace)
               "byte 24: more functions than there are");
 }
 
-TEST(Damages, RecordsThatClaimWhatIsNotThereAreRefused)
+TEST(Corruption, RecordsThatClaimWhatIsNotThereAreRefused)
 {
     const std::array<CMessageEvent, 2> events = {makeEvent(), makeEvent()};
     const std::string bytes = fetchAnswer(0, 2, events.data());
@@ -609,7 +609,7 @@ TEST(Damages, RecordsThatClaimWhatIsNotThereAreRefused)
     EXPECT_EQ(answerFault(with(bytes, firstParameter + 4, 5)), "byte 36: more texts than the records have");
 }
 
-TEST(Damages, NoByteThatIsAnotherLetsAReaderGoAstray)
+TEST(Corruption, NoByteThatIsAnotherLetsAReaderGoAstray)
 {
     const CMessageEvent event = makeEvent();
     const CMessageEventRequest request = eventRequest();
@@ -623,7 +623,7 @@ TEST(Damages, NoByteThatIsAnotherLetsAReaderGoAstray)
                     const Answer answer = readAnswer(bytes);
                     if (answer.events)
                         const CMessageEvent copy(LentRecords<CMessageEvent>(*answer.events)[0]);
-                } catch (const Damaged &) {
+                } catch (const CorruptMessage &) {
                 }
             }
         }

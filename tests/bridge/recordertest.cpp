@@ -363,20 +363,20 @@ TEST(Player, WhatIsNoRecordingIsNamed)
     EXPECT_EQ(toldOf(std::string(500, 'x')), "DBLib: FInitDBEvents:  is no recording\n");
 }
 
-TEST(Player, ADamagedRecordingIsToldWithThePlace)
+TEST(Player, ACorruptRecordingIsToldWithThePlace)
 {
     const Recorded recorded;
     recorded.initialise();
     std::string bytes = contents(recorded.file());
-    std::string damaged = bytes;
-    damaged[sizeof(Recording::FileHead)] = 'x';
-    EXPECT_EQ(toldOf(damaged), "DBLib: FInitDBEvents:  is damaged: byte 16: no call begins so\n");
-    damaged = bytes;
-    damaged[sizeof(Recording::FileHead) + sizeof(Recording::EntryHead)] = 'x';
-    EXPECT_EQ(toldOf(damaged), "DBLib: FInitDBEvents:  is damaged: byte 48: byte 0: no message begins so\n");
-    damaged = bytes;
-    damaged[8] = 9;
-    EXPECT_EQ(toldOf(damaged), "DBLib: FInitDBEvents: : version 9, this program reads 1\n");
+    std::string corrupt = bytes;
+    corrupt[sizeof(Recording::FileHead)] = 'x';
+    EXPECT_EQ(toldOf(corrupt), "DBLib: FInitDBEvents:  is corrupt: byte 16: no call begins so\n");
+    corrupt = bytes;
+    corrupt[sizeof(Recording::FileHead) + sizeof(Recording::EntryHead)] = 'x';
+    EXPECT_EQ(toldOf(corrupt), "DBLib: FInitDBEvents:  is corrupt: byte 48: byte 0: no message begins so\n");
+    corrupt = bytes;
+    corrupt[8] = 9;
+    EXPECT_EQ(toldOf(corrupt), "DBLib: FInitDBEvents: : version 9, this program reads 1\n");
 }
 
 TEST(Player, EveryEndThatWasCutOffIsLeftOut)
@@ -391,7 +391,7 @@ TEST(Player, EveryEndThatWasCutOffIsLeftOut)
         std::ofstream(path, std::ios::binary) << bytes.substr(0, size);
         const Played played(path);
         const std::string text = told([&] { played.initialise(); });
-        EXPECT_THAT(text, Not(HasSubstr("damaged")));
+        EXPECT_THAT(text, Not(HasSubstr("corrupt")));
     }
 }
 

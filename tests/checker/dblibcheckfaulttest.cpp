@@ -70,7 +70,7 @@ TEST_P(DBLibCheckFault, isNamedByTheRightCheckAndNoOther)
     const CheckerRun result = runAll(fault);
     SCOPED_TRACE(result.output);
     EXPECT_GT(result.verdicts.size(), fault.writes() ? 15U : 60U);
-    if (Sanitized && fault.damagesMemory) {
+    if (Sanitized && fault.corruptsMemory) {
         EXPECT_FALSE(result.complaints().empty());
         for (const auto &[name, verdict] : result.complaints()) {
             const auto named = fault.complaints.find(name);

@@ -15,8 +15,8 @@ struct FaultCase {
     Verdicts complaints;
     const char *sentence = "";
     const char *arguments = "";
-    bool damagesMemory = false; ///< a sanitizer ends the process at once, in every check that meets the fault
-    const char *hanging = "";   ///< the check in which the library does not come back
+    bool corruptsMemory = false; ///< a sanitizer ends the process at once, in every check that meets the fault
+    const char *hanging = "";    ///< the check in which the library does not come back
 
     bool writes() const
     {

@@ -144,7 +144,7 @@ template <> struct Traits<CMessageEvent> {
         request.UseEventName = used & 128 ? 1 : 0;
         setName(request.EventName, request.LEventName, anyName(random));
     }
-    static bool rising(const Request &request)
+    static bool ascending(const Request &request)
     {
         return request.TakeFirst1_Last0 || request.UseMessageID0;
     }
@@ -197,7 +197,7 @@ template <> struct Traits<CMessageCommand> {
         request.UseCommandType = used & 64 ? 1 : 0;
         request.CommandType = below(random, 6);
     }
-    static bool rising(const Request &request)
+    static bool ascending(const Request &request)
     {
         return request.TakeFirst1_Last0 || request.UseCommandID0;
     }
@@ -232,7 +232,7 @@ std::vector<const Record *> expected(const Answer<Record> &all, const typename T
         if (request & record)
             result.push_back(&record);
     }
-    if (!first && Traits<Record>::rising(request))
+    if (!first && Traits<Record>::ascending(request))
         std::reverse(result.begin(), result.end());
     return result;
 }

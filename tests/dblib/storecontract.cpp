@@ -348,7 +348,7 @@ TEST_F(StoreContract, ASensorIsAliveWhileItGivesSignsOfLife)
     m_store->setState("analyser01", SensorState::Stopped);
     EXPECT_EQ(liveness(), SensorAlive);
     clock.step(-500);
-    EXPECT_EQ(liveness(), SensorDead) << "a sign of life from the future is none";
+    EXPECT_EQ(liveness(), SensorDead) << "a heartbeat from the future is none";
 }
 
 TEST_F(StoreContract, SensorsComeByNameWithWhatIsKnownOfThem)

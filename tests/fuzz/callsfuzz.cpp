@@ -85,7 +85,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     for (const auto check : {checkCall, checkAnswer, checkGreeting}) {
         try {
             check(bytes);
-        } catch (const Damaged &fault) {
+        } catch (const CorruptMessage &fault) {
             require(fault.offset() <= bytes.size(), "a fault lies in the message");
         }
     }

@@ -8,7 +8,7 @@
 #include "fuzztarget.h"
 
 #include "Messages.h"
-#include "damageddatabase.h"
+#include "corruptdatabase.h"
 #include "memoryfiles.h"
 #include "sqlitestore.h"
 
@@ -19,7 +19,7 @@
 
 namespace
 {
-constexpr char DatabaseName[] = "damaged.db";
+constexpr char DatabaseName[] = "corrupt.db";
 constexpr char KeptName[] = "replaced.db";
 constexpr int Most = 300;
 constexpr int Variants = 10;
@@ -94,9 +94,9 @@ template <class Record, class Request> void checkAnswer(const Records<Record> &f
         const Record copy(found[i]);
         require(copy.ParNum == found[i].ParNum, "a copy has the parameters");
     }
-    const bool rising = found.size() > 1 && idOf(found[0]) < idOf(found[1]);
+    const bool ascending = found.size() > 1 && idOf(found[0]) < idOf(found[1]);
     for (int i = 1; i < found.size(); ++i) {
-        const bool advances = rising ? idOf(found[i - 1]) < idOf(found[i]) : idOf(found[i - 1]) > idOf(found[i]);
+        const bool advances = ascending ? idOf(found[i - 1]) < idOf(found[i]) : idOf(found[i - 1]) > idOf(found[i]);
         require(advances, "the identifiers advance");
     }
 }
@@ -251,7 +251,7 @@ void askWhatIsChosen(SqliteStore &store, std::string_view chosen)
     }
 }
 
-/** A store that stays open while its file becomes another one, as another program's damage would do. */
+/** A store that stays open while its file becomes another one, as another program's corruption would do. */
 class KeptStore
 {
 public:

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Damages database files where it hurts: in what leads SQLite through them.
-#include "damageddatabase.h"
+// Corrupts database files where it hurts: in what leads SQLite through them.
+#include "corruptdatabase.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -19,10 +19,10 @@ namespace
 constexpr std::size_t FileHeader = 100;
 constexpr std::size_t PageHeader = 12;
 
-class Damage
+class Corruption
 {
 public:
-    Damage(std::uint8_t *data, std::size_t size, unsigned seed)
+    Corruption(std::uint8_t *data, std::size_t size, unsigned seed)
         : bytes(data)
         , length(size)
         , random(seed)
@@ -32,13 +32,13 @@ public:
             pageSize = 512;
     }
 
-    /** Damage to what the whole file begins with: a store that has opened another file never sees it. */
+    /** Corruption of what the whole file begins with: a store that has opened another file never sees it. */
     void inflictOnHeader()
     {
         change(below(FileHeader));
     }
 
-    /** One damage to a page. */
+    /** One corruption of a page. */
     void inflict()
     {
         const std::size_t page = choosePage() * pageSize;
@@ -61,7 +61,7 @@ public:
             swapCells(header);
             break;
         default:
-            damageCell(page, header);
+            corruptCell(page, header);
         }
     }
 
@@ -153,7 +153,7 @@ private:
     }
 
     /** Sizes, identifiers, types and the first values stand at a cell's beginning. */
-    void damageCell(std::size_t page, std::size_t header)
+    void corruptCell(std::size_t page, std::size_t header)
     {
         const std::size_t pointer = pointerOf(header, below(cellsOf(header)));
         const std::size_t cell = page + (std::size_t(at(pointer)) << 8 | at(pointer + 1));
@@ -172,17 +172,17 @@ std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size, std::s
 {
     if (size < FileHeader || seed % 128 == 0)
         return LLVMFuzzerMutate(data, size, maxSize);
-    Damage damage(data, size, seed);
-    if (data[QuestionByte] == 0 || damage.oneOf(4))
-        damage.choose();
+    Corruption corruption(data, size, seed);
+    if (data[QuestionByte] == 0 || corruption.oneOf(4))
+        corruption.choose();
     for (unsigned times = 1 + seed / 128 % 4; times > 0; --times)
-        damage.inflict();
+        corruption.inflict();
     // Opening a store takes ten times as long as asking one, so few of the inputs need it.
-    const bool opens = damage.oneOf(128);
+    const bool opens = corruption.oneOf(128);
     data[OpenByte] = opens ? 1 : 0;
     if (!opens)
         return EmptyDatabase::get().define(data, size, maxSize);
-    if (damage.oneOf(2))
-        damage.inflictOnHeader();
+    if (corruption.oneOf(2))
+        corruption.inflictOnHeader();
     return size;
 }

@@ -9,7 +9,7 @@
 
 namespace
 {
-/** A damaged file may ask for pages gigabytes away: the disk is full before. */
+/** A corrupt file may ask for pages gigabytes away: the disk is full before. */
 constexpr sqlite3_int64 LargestFile = 4 << 20;
 
 struct OpenFile {

@@ -174,7 +174,7 @@ TEST_F(CtlProgram, ClosedStandardStreamsHarmNothing)
         << "the database is what it was";
 }
 
-TEST_F(CtlProgram, ADamagedDatabaseIsNamedAndFails)
+TEST_F(CtlProgram, ACorruptDatabaseIsNamedAndFails)
 {
     std::filesystem::create_directory(m_installation.path("Data"));
     std::ofstream(m_installation.path("Data/installation.db")) << std::string(5000, 'x');

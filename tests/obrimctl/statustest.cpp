@@ -157,7 +157,7 @@ TEST(Status, WhatIsWrongIsNamed)
     EXPECT_EQ(fault(contractLibrary("throws-escapes")).find('\x1b'), std::string::npos);
 }
 
-TEST(Status, ADamagedDatabaseIsWrong)
+TEST(Status, ACorruptDatabaseIsWrong)
 {
     const TestInstallation installation(DBLIB_SQLITE);
     fill(installation);

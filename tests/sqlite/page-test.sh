@@ -126,7 +126,7 @@ run 'installation.db VACUUM'
 events=$(number 'SELECT count(*) FROM event')
 dd if=/dev/zero of="$database" bs=4096 seek="$(($(stat -c %s "$database") / 4096 / 4))" count=3 conv=notrunc 2>"$folder/dd" ||
     fail "$(cat "$folder/dd")"
-run '.dump' 2>"$folder/damage"
+run '.dump' 2>"$folder/corruption"
 saved=$(number 'SELECT count(*) FROM event' "$folder/saved.db")
 ((saved > events / 2 && saved < events)) || fail "of $events events $saved were saved"
 rm "$database"

@@ -131,7 +131,7 @@ TEST(SimulatorEvents, ComeFromAllSensorsWithAllTypesOfParameters)
 class SimulationTest : public ::testing::Test
 {
 protected:
-    /** It stands: on a slow machine a sensor would otherwise die between its sign of life and the look at it. */
+    /** It stands: on a slow machine a sensor would otherwise die between its heartbeat and the look at it. */
     static std::time_t wallClock()
     {
         return 1700000000;

@@ -253,14 +253,14 @@ TEST_F(FaultTest, FolderInTheFilesPlace)
     expectRefusal("the file cannot be opened or made");
 }
 
-TEST_F(FaultTest, DamagedAtTheBeginning)
+TEST_F(FaultTest, CorruptAtTheBeginning)
 {
     fill(2000);
     std::fstream(database(), std::ios::in | std::ios::out | std::ios::binary) << "This is no database at all.";
-    expectRefusal("this is not a database, or it is damaged at its beginning");
+    expectRefusal("this is not a database, or it is corrupt at its beginning");
 }
 
-TEST_F(FaultTest, DamagedInside)
+TEST_F(FaultTest, CorruptInside)
 {
     fill(20000);
     const auto size = std::int64_t(std::filesystem::file_size(database()));
@@ -275,14 +275,14 @@ TEST_F(FaultTest, DamagedInside)
     initialise();
     const CapturedOutput errors(stderr);
     EXPECT_EQ(countEvents(), -1);
-    EXPECT_THAT(errors.text(), HasSubstr("cannot read events: " + named() + ": the database is damaged"));
+    EXPECT_THAT(errors.text(), HasSubstr("cannot read events: " + named() + ": the database is corrupt"));
 }
 
 TEST_F(FaultTest, CutShort)
 {
     fill(20000);
     std::filesystem::resize_file(database(), std::filesystem::file_size(database()) / 2);
-    expectRefusal("the database is damaged");
+    expectRefusal("the database is corrupt");
 }
 
 TEST_F(FaultTest, AnEmptyFileBecomesADatabase)
@@ -293,7 +293,7 @@ TEST_F(FaultTest, AnEmptyFileBecomesADatabase)
     EXPECT_EQ(countEvents(), 1);
 }
 
-TEST_F(FaultTest, RandomDamageNeverCrashes)
+TEST_F(FaultTest, RandomCorruptionNeverCrashes)
 {
     fill(3000);
     {
@@ -311,15 +311,15 @@ TEST_F(FaultTest, RandomDamageNeverCrashes)
     const CapturedOutput errors(stderr);
     const CapturedOutput output(stdout);
     for (int round = 0; round < 150; ++round) {
-        std::string damaged = good;
+        std::string corrupt = good;
         for (unsigned hits = 1 + random() % 40; hits > 0; --hits) {
-            // Headers of pages are where damage hurts most.
+            // Headers of pages are where corruption hurts most.
             const std::size_t page = random() % (good.size() / 4096) * 4096;
-            damaged[page + random() % (random() % 2 ? 4096 : 120)] = char(random());
+            corrupt[page + random() % (random() % 2 ? 4096 : 120)] = char(random());
         }
         std::filesystem::remove_all(m_folder.file("Data"));
         std::filesystem::create_directories(m_folder.file("Data"));
-        std::ofstream(database(), std::ios::binary) << damaged;
+        std::ofstream(database(), std::ios::binary) << corrupt;
         initialise();
         CMessageEventRequest request = eventsWanted(1000);
         request.UseEventTime1 = 1;

@@ -284,7 +284,7 @@ TEST_F(HostileContent, RowsThatShareOneTextTakeNoMoreMemoryThanTheFileIsLong)
     std::ofstream(m_path, std::ios::binary) << bytes;
     m_store = std::make_unique<SqliteStore>(m_path, Sqlite::Durability::Crash);
     EXPECT_THAT(refusal([&] { m_store->events(eventsWanted(rows)); }),
-                HasSubstr("the database is damaged: there is more text in it than room"));
+                HasSubstr("the database is corrupt: there is more text in it than room"));
     EXPECT_EQ(m_store->events(eventsWanted(1))->size(), 1);
 }
 

@@ -288,7 +288,7 @@ protected:
             return;
         EXPECT_THAT(m_said, HasSubstr(m_folder.path())) << "the file is not named";
     }
-    /** All that there is, by rising identifier. */
+    /** All that there is, by ascending identifier. */
     template <class Record> std::vector<Record> all()
     {
         auto request = requestFor<Record>(INT_MAX, true);

@@ -153,7 +153,7 @@ Outcome useOnce(const Target &target);
 /** Records that the checks of answers compare with. */
 template <class Kind> struct Contents {
     std::vector<typename Kind::Record> records;
-    bool textsWhole = true; ///< false: texts are damaged, masks cannot be compared
+    bool textsWhole = true; ///< false: texts are corrupt, masks cannot be compared
     bool whole = true;      ///< false: the store holds more, these are the oldest
     int highest = INT_MIN;  ///< highest identifier among them
 };

@@ -30,7 +30,7 @@ template <class Kind> Outcome checkGroup(const Target &target, Group<typename Ki
     const auto others = [group](const auto &filter) { return filter.group != group; };
     filters.erase(std::remove_if(filters.begin(), filters.end(), others), filters.end());
     if (filters.empty())
-        return skipped("the texts of the records are damaged");
+        return skipped("the texts of the records are corrupt");
     std::vector<Terms<Kind>> questions;
     for (const auto &filter : filters)
         for (const auto &term : filter.terms)

@@ -96,7 +96,7 @@ std::vector<Check> memoryChecks()
     return {
         {"overrun",
          translatable("the library stays within directory name, count, address, request and masks that it is handed"),
-         translatable("The console's own memory is damaged: it goes down later, anywhere."), checkOverrun},
+         translatable("The console's own memory is corrupt: it goes down later, anywhere."), checkOverrun},
         {"memory",
          translatable("nothing past a block is touched, no block used after its end or freed twice"),
          translatable("The console goes down later, anywhere."),

@@ -40,7 +40,7 @@ public:
     /** Waits until all that was put is stored. */
     void settle();
 
-    /** All records by rising identifier: beginStored(), then nextStored() until it returns false. */
+    /** All records by ascending identifier: beginStored(), then nextStored() until it returns false. */
     template <class Record> void beginStored();
     bool nextStored(Stored &stored);
 

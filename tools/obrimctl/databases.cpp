@@ -41,12 +41,12 @@ const KnownDatabase KnownDatabases[] = {
      "% Settings of the SQLite database.\n"
      "% The file; a relative path counts from this folder.\n"
      "Database=../Data/installation.db\n"
-     "% A sensor that gave no sign of life for so many seconds counts as dead.\n"
+     "% A sensor that sent no heartbeat for so many seconds counts as dead.\n"
      "DeadAfter=10\n",
      true},
     {"postgresql", Value::Setting, "CONNECTION", "obrim/postgresql.so",
      "% Settings of the PostgreSQL database.\n"
-     "% A sensor that gave no sign of life for so many seconds counts as dead.\n"
+     "% A sensor that sent no heartbeat for so many seconds counts as dead.\n"
      "DeadAfter=10\n"
      "% The server, in words of libpq.\n"
      "Connection=",

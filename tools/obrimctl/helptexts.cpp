@@ -43,7 +43,7 @@ const std::vector<CommandHelp> &commandHelps()
          translated("List the sensors."),
          masks,
          {
-             {"obrimctl sensors -t dead", translated("those that give no sign of life")},
+             {"obrimctl sensors -t dead", translated("those that send no heartbeat")},
              {"obrimctl sensors -f", translated("all, and again whichever dies or comes alive")},
              {"obrimctl sensors -s 'anal*' -o csv", translated("those whose names begin so, for a spreadsheet")},
          }},

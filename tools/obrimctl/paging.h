@@ -27,7 +27,7 @@ struct IdRange {
     }
 };
 
-/** Records of one fetch, by rising identifier whatever the order in which the library gave them. */
+/** Records of one fetch, by ascending identifier whatever the order in which the library gave them. */
 template <class Record> class Page
 {
 public:

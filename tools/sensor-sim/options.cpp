@@ -74,9 +74,8 @@ std::string usage()
     constexpr std::size_t statusWidth = 3;
     constexpr std::size_t exampleWidth = 51;
     std::string text = std::string(translated("Usage: sensor-sim --config DIR [options]")) + "\n";
-    text +=
-        translated("Stands in for an installation's sensors: reports events, gives signs of life and obeys commands\n"
-                   "through the database that DIR/DBLib.def names, until Ctrl-C or SIGTERM.\n");
+    text += translated("Stands in for an installation's sensors: reports events, sends heartbeats and obeys commands\n"
+                       "through the database that DIR/DBLib.def names, until Ctrl-C or SIGTERM.\n");
     text += std::string("\n") + translated("Options:") + "\n";
     const auto option = [&](const char *name, const char *meaning) { text += helpEntry(name, optionWidth, meaning); };
     option("--config DIR", translated("configuration directory of the installation"));

@@ -27,7 +27,7 @@ struct SimulationTotals {
 class Simulation
 {
 public:
-    /** Seconds between two signs of life of a sensor. */
+    /** Seconds between two heartbeats of a sensor. */
     static constexpr double KeepAliveSeconds = 2;
     /** Seconds between two looks for commands. */
     static constexpr double CommandSeconds = 0.2;
@@ -46,7 +46,7 @@ public:
     }
 
     /**
-     * Does what is due `elapsed` seconds after the start: events, signs of life
+     * Does what is due `elapsed` seconds after the start: events, heartbeats
      * and commands, each as one transaction. What could not be written when this
      * throws is written by the next call.
      */

@@ -15,8 +15,8 @@ CREATE TABLE obrim.sensor(
     type integer NOT NULL DEFAULT 0,        -- 1 analyser, 2 converter, 3 receiver
     description text NOT NULL DEFAULT '',
     state text NOT NULL DEFAULT 'running' CHECK (state IN ('running', 'stopped', 'killed')),
-    keep_alive timestamptz,                 -- the last sign of life, NULL: never gave one
-    last_message timestamptz,               -- newest time of its events and signs of life
+    keep_alive timestamptz,                 -- the last heartbeat, NULL: never sent one
+    last_message timestamptz,               -- newest time of its events and heartbeats
     last_command integer NOT NULL DEFAULT 0 -- identifier of the last command that the sensor has read
 );
 CREATE INDEX sensor_by_name ON obrim.sensor USING hash(name);
@@ -67,8 +67,8 @@ CREATE TABLE obrim.command(
     params json
 ) PARTITION BY RANGE (id);
 
--- One index finds the rows of a series by identifier: it serves every filter but time. Zones of 2^10
--- identifiers (level 0), and the partitions of 2^20 (level 1), know between which times their rows lie;
+-- One index finds the rows of a series by identifier: it serves every filter but time. Zone maps, for zones of
+-- 2^10 identifiers (level 0) and the partitions of 2^20 (level 1), know between which times their rows lie;
 -- the other index finds the rows of a zone at a time, as zones say little where clocks differ.
 CREATE INDEX event_by_series ON obrim.event(series, id);
 CREATE INDEX event_by_time ON obrim.event((id >> 10), time);
@@ -281,7 +281,7 @@ BEGIN
     END IF;
 END $$;
 
--- Notes a sign of life of sensors.
+-- Notes a heartbeat of sensors.
 CREATE FUNCTION obrim.keep_alive(names text[], "time" timestamptz) RETURNS void
 LANGUAGE plpgsql SECURITY DEFINER SET search_path = pg_catalog, pg_temp AS $$
 BEGIN

@@ -34,7 +34,7 @@ GRANT EXECUTE ON FUNCTION obrim.start_writing(), obrim.command_series_of(integer
     obrim.put_command(uuid, bigint, integer, timestamptz, json) TO obrim_operators;
 GRANT DELETE ON obrim.event, obrim.command TO obrim_operators;
 
--- Sensors report, give signs of life and note what they have read and done.
+-- Sensors report, send heartbeats and note what they have read and done.
 GRANT EXECUTE ON FUNCTION obrim.start_writing(), obrim.event_series_of(integer, integer, text, text),
     obrim.put_events(uuid, bigint, integer[], timestamptz[], json[]), obrim.register_sensor(text, integer, text),
     obrim.keep_alive(text[], timestamptz), obrim.set_state(text, text), obrim.read_commands(text[], integer)

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "damageddatabase.h"
+#include "corruptdatabase.h"
 
 #include "memoryfiles.h"
 #include "sqlitestore.h"
