@@ -4,35 +4,13 @@
 
 #include <KLocalizedString>
 
-namespace
-{
-
-QStringList headings()
-{
-    return {tr2i18n("N"),        tr2i18n("Sensor ID"), tr2i18n("Cmd ID"),
-            tr2i18n("Cmd Type"), tr2i18n("Cmd Time"),  tr2i18n("Parameters")};
-}
-
-} // namespace
-
 DCommandsList::DCommandsList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
     : RecordForm(parent, name, modal, fl)
 {
-    addColumns(listCommands, headings());
-    listCommands->setResizeMode(ListView::AllColumns);
     DCommandsList::languageChange();
+    listCommands->setResizeMode(ListView::AllColumns);
     resize(size().expandedTo(minimumSizeHint()));
-    connectControls();
-}
-
-void DCommandsList::connectControls()
-{
-    connect(BUpdateList, &QPushButton::clicked, this, &DCommandsList::onUpdateList);
-    connect(comboFrom_TimeAgo, QOverload<int>::of(&QComboBox::activated), this, &DCommandsList::onSetTimeFrom);
-    connect(comboTo_TimeAgo, QOverload<int>::of(&QComboBox::activated), this, &DCommandsList::onSetTimeTo);
-    connect(pushButton2, &QPushButton::clicked, this, &DCommandsList::noGetNewCommands);
-    connect(AutoUpdate, QOverload<int>::of(&QComboBox::activated), this, &DCommandsList::setAutoUpdate);
-    connect(listCommands, &ListView::rightButtonClicked, this, &DCommandsList::onRBList);
+    connectControls(&DCommandsList::noGetNewCommands);
 }
 
 void DCommandsList::onUpdateList()
@@ -72,7 +50,8 @@ void DCommandsList::onDeleteItem()
 
 void DCommandsList::languageChange()
 {
-    setTexts(listCommands, headings());
+    setTexts({tr2i18n("N"), tr2i18n("Sensor ID"), tr2i18n("Cmd ID"), tr2i18n("Cmd Type"), tr2i18n("Cmd Time"),
+              tr2i18n("Parameters")});
     setToolTip(QString());
     // Its text would give it Alt+G, as it does in the events form; here it has no key.
     pushButton2->setShortcut(QKeySequence());

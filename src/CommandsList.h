@@ -3,7 +3,6 @@
 #pragma once
 
 #include "listform.h"
-#include "listview.h"
 #include "ui_CommandsList.h"
 
 /**
@@ -14,7 +13,7 @@
  * Each control is wired to a virtual slot; the slots of the bare form only warn
  * that nothing stands behind them.
  */
-class DCommandsList : public RecordForm<Ui::DCommandsList>
+class DCommandsList : public RecordForm<Ui::DCommandsList, &Ui::DCommandsList::listCommands>
 {
     Q_OBJECT
 
@@ -35,7 +34,4 @@ public slots:
 
 protected slots:
     void languageChange() override;
-
-private:
-    void connectControls();
 };

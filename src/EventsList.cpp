@@ -4,35 +4,12 @@
 
 #include <KLocalizedString>
 
-namespace
-{
-
-QStringList headings()
-{
-    return {tr2i18n("N"),          tr2i18n("Sensor ID"),  tr2i18n("EventID"),
-            tr2i18n("Event Name"), tr2i18n("Event Time"), tr2i18n("Parameters")};
-}
-
-} // namespace
-
 DEventList::DEventList(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
     : RecordForm(parent, name, modal, fl)
 {
-    addColumns(listMessages, headings());
-    listMessages->setResizeMode(ListView::NoColumn);
     DEventList::languageChange();
     resize(size().expandedTo(minimumSizeHint()));
-    connectControls();
-}
-
-void DEventList::connectControls()
-{
-    connect(comboFrom_TimeAgo, QOverload<int>::of(&QComboBox::activated), this, &DEventList::onSetTimeFrom);
-    connect(comboTo_TimeAgo, QOverload<int>::of(&QComboBox::activated), this, &DEventList::onSetTimeTo);
-    connect(BUpdateList, &QPushButton::clicked, this, &DEventList::onUpdateList);
-    connect(pushButton2, &QPushButton::clicked, this, &DEventList::onGetNewEvents);
-    connect(AutoUpdate, QOverload<int>::of(&QComboBox::activated), this, &DEventList::setAutoUpdate);
-    connect(listMessages, &ListView::rightButtonClicked, this, &DEventList::onRBList);
+    connectControls(&DEventList::onGetNewEvents);
 }
 
 void DEventList::onUpdateList()
@@ -67,5 +44,6 @@ void DEventList::onRBList(QListViewItem *, const QPoint &, int)
 
 void DEventList::languageChange()
 {
-    setTexts(listMessages, headings());
+    setTexts({tr2i18n("N"), tr2i18n("Sensor ID"), tr2i18n("EventID"), tr2i18n("Event Name"), tr2i18n("Event Time"),
+              tr2i18n("Parameters")});
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "listform.h"
-#include "listview.h"
 #include "ui_EventsList.h"
 
 /**
@@ -14,7 +13,7 @@
  * Each control is wired to a virtual slot; the slots of the bare form only warn
  * that nothing stands behind them.
  */
-class DEventList : public RecordForm<Ui::DEventList>
+class DEventList : public RecordForm<Ui::DEventList, &Ui::DEventList::listMessages>
 {
     Q_OBJECT
 
@@ -33,7 +32,4 @@ public slots:
 
 protected slots:
     void languageChange() override;
-
-private:
-    void connectControls();
 };

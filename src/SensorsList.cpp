@@ -4,21 +4,9 @@
 
 #include <KLocalizedString>
 
-namespace
-{
-
-QStringList headings()
-{
-    return {tr2i18n("ID"), tr2i18n("Description"), tr2i18n("Is Alive")};
-}
-
-} // namespace
-
 Form1::Form1(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
     : ListForm(parent, name, modal, fl)
 {
-    addColumns(SensorsList, headings());
-    SensorsList->setResizeMode(ListView::NoColumn);
     Form1::languageChange();
     resize(size().expandedTo(minimumSizeHint()));
     connect(SensorsList, &ListView::rightButtonClicked, this, &Form1::onRBList);
@@ -32,5 +20,5 @@ void Form1::onRBList(QListViewItem *, const QPoint &, int)
 void Form1::languageChange()
 {
     retranslateUi(this);
-    relabelColumns(SensorsList, headings());
+    setHeadings(SensorsList, {tr2i18n("ID"), tr2i18n("Description"), tr2i18n("Is Alive")});
 }

@@ -3,14 +3,13 @@
 #pragma once
 
 #include "listform.h"
-#include "listview.h"
 #include "ui_SensorsList.h"
 
 /**
  * The form of the sensors list window: the list under a gap for the menu bar.
  * The slot of the bare form only warns that nothing stands behind it.
  */
-class Form1 : public ListForm<Ui::Form1>
+class Form1 : public ListForm<Ui::Form1, &Ui::Form1::SensorsList>
 {
     Q_OBJECT
 

@@ -29,14 +29,11 @@ void refillCombo(QComboBox *combo, const QStringList &items)
     combo->setCurrentIndex(current);
 }
 
-void addColumns(ListView *list, const QStringList &headings)
+void setHeadings(ListView *list, const QStringList &headings)
 {
-    for (const QString &heading : headings)
-        list->addColumn(heading);
-}
-
-void relabelColumns(ListView *list, const QStringList &headings)
-{
-    for (int column = 0; column < headings.size(); ++column)
+    for (int column = 0; column < headings.size(); ++column) {
+        if (column == list->columns())
+            list->addColumn(headings.at(column));
         list->setColumnText(column, headings.at(column));
+    }
 }

@@ -20,8 +20,5 @@ QStringList autoUpdateItems();
  */
 void refillCombo(QComboBox *combo, const QStringList &items);
 
-/** Adds a column for each heading, as wide as its contents. */
-void addColumns(ListView *list, const QStringList &headings);
-
-/** Gives the columns their headings again, from column 0 on. */
-void relabelColumns(ListView *list, const QStringList &headings);
+/** Gives the columns their headings, from column 0 on; what is no column yet becomes one, as wide as its contents. */
+void setHeadings(ListView *list, const QStringList &headings);

@@ -4,17 +4,20 @@
 
 #include "controlpanel.h"
 #include "formtexts.h"
+#include "listview.h"
 #include "panelfont.h"
 
+#include <QComboBox>
 #include <QDialog>
 #include <QEvent>
+#include <QPushButton>
 
 /**
  * What the forms of all list windows do alike: dialogs whose title bar has a
  * context-help button only when the caller asks for it, and whose texts follow
- * the language. `Widgets` is what the form's .ui file became.
+ * the language. `Widgets` is what the form's .ui file became, `List` its member for the list.
  */
-template <class Widgets> class ListForm : public QDialog, public Widgets
+template <class Widgets, auto List> class ListForm : public QDialog, public Widgets
 {
 public:
     /** Makes the window, which is not shown yet, no larger than that. */
@@ -35,6 +38,11 @@ protected:
             setObjectName(QString::fromLatin1(name));
     }
 
+    ListView *list()
+    {
+        return this->*List;
+    }
+
     /** Sets every visible text in the current language. */
     virtual void languageChange() = 0;
 
@@ -47,7 +55,7 @@ protected:
 };
 
 /** What the forms of events and of commands do alike beyond that: they have the same panel of filter controls. */
-template <class Widgets> class RecordForm : public ListForm<Widgets>
+template <class Widgets, auto List> class RecordForm : public ListForm<Widgets, List>
 {
 public:
     /** As ListForm; the panel scrolls where it would be higher than the room. */
@@ -55,21 +63,34 @@ public:
     {
         if (this->minimumSizeHint().height() > room.height())
             letScroll(this->GB0);
-        ListForm<Widgets>::fitInto(room);
+        Base::fitInto(room);
     }
 
 protected:
     RecordForm(QWidget *parent, const char *name, bool modal, Qt::WindowFlags fl)
-        : ListForm<Widgets>(parent, name, modal, fl)
+        : Base(parent, name, modal, fl)
     {
         keepFromStrayWheel(this);
     }
 
+    /** Connects the controls with the slots of `Form`, the class of the form; `getNew` fetches what is new. */
+    template <class Form> void connectControls(void (Form::*getNew)())
+    {
+        auto *form = static_cast<Form *>(this);
+        const auto activated = QOverload<int>::of(&QComboBox::activated);
+        QObject::connect(form->BUpdateList, &QPushButton::clicked, form, &Form::onUpdateList);
+        QObject::connect(form->comboFrom_TimeAgo, activated, form, &Form::onSetTimeFrom);
+        QObject::connect(form->comboTo_TimeAgo, activated, form, &Form::onSetTimeTo);
+        QObject::connect(form->pushButton2, &QPushButton::clicked, form, getNew);
+        QObject::connect(form->AutoUpdate, activated, form, &Form::setAutoUpdate);
+        QObject::connect(this->list(), &ListView::rightButtonClicked, form, &Form::onRBList);
+    }
+
     /** Sets the texts of all that both forms have, and the headings of the list. */
-    void setTexts(ListView *list, const QStringList &headings)
+    void setTexts(const QStringList &headings)
     {
         this->retranslateUi(this);
-        relabelColumns(list, headings);
+        setHeadings(this->list(), headings);
         refillCombo(this->comboTo_TimeAgo, timeAgoItems());
         refillCombo(this->comboFrom_TimeAgo, timeAgoItems());
         refillCombo(this->AutoUpdate, autoUpdateItems());
@@ -78,8 +99,11 @@ protected:
 
     void changeEvent(QEvent *event) override
     {
-        ListForm<Widgets>::changeEvent(event);
+        Base::changeEvent(event);
         if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
             fitPanelFont(this->GB0);
     }
+
+private:
+    using Base = ListForm<Widgets, List>;
 };
