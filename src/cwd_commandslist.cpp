@@ -7,16 +7,6 @@ CommandKind CommandListTraits::kind(const CMessageCommand &command, LentNames &)
     return {command.CommandType};
 }
 
-QStringList CommandListTraits::columnNames()
-{
-    return {tr2i18n("Number"), tr2i18n("Sensor"), tr2i18n("ID"), tr2i18n("Type"), tr2i18n("Date"), tr2i18n("Params")};
-}
-
-QString CommandListTraits::deleteEntry()
-{
-    return tr2i18n("Delete command from DB");
-}
-
 QString CommandListTraits::deleteQuestion(const QString &id)
 {
     return i18n("Delete command with ID=%1?", id);
@@ -26,28 +16,19 @@ CWD_CommandsList::CWD_CommandsList(QWidget *parent, const char *caption, const c
     : RecordListWindow(parent, caption)
 {
     const QPointer<QObject> self(this);
-    NMax->setText(QStringLiteral("100"));
-    setFirstColumnWidth(20);
-    resetNumbers();
-    selectDefaultFilter();
-    AccSensorID = rowNumberDigits(0);
-    setSensorNameMask(mask);
-    fillTimeRange();
-    timer = nullptr;
-    setCaption(caption);
-    itemSelected = nullptr;
-    firstPaint = 1;
-    update();
+    setUp(caption, mask);
     ResetData();
     if (!self)
         return;
-    showAllColumns();
-    createMenus<CWD_CommandsList>({&CWD_CommandsList::FSetVisibilityC0, &CWD_CommandsList::FSetVisibilityC1,
-                                   &CWD_CommandsList::FSetVisibilityC2, &CWD_CommandsList::FSetVisibilityC3,
-                                   &CWD_CommandsList::FSetVisibilityC4, &CWD_CommandsList::FSetVisibilityC5});
-    itemSelected = nullptr;
-    ResizeColumns();
+    setUpColumns<CWD_CommandsList>({&CWD_CommandsList::FSetVisibilityC0, &CWD_CommandsList::FSetVisibilityC1,
+                                    &CWD_CommandsList::FSetVisibilityC2, &CWD_CommandsList::FSetVisibilityC3,
+                                    &CWD_CommandsList::FSetVisibilityC4, &CWD_CommandsList::FSetVisibilityC5});
     finishConstruction();
+}
+
+QStringList CWD_CommandsList::columnNames()
+{
+    return {tr2i18n("Number"), tr2i18n("Sensor"), tr2i18n("ID"), tr2i18n("Type"), tr2i18n("Date"), tr2i18n("Params")};
 }
 
 void CWD_CommandsList::onUpdateList()
@@ -77,7 +58,7 @@ void CWD_CommandsList::setAutoUpdate(int index)
 
 void CWD_CommandsList::onRBList(QListViewItem *item, const QPoint &, int)
 {
-    showContextMenu(item);
+    showContextMenu(item, tr2i18n("Delete command from DB"));
 }
 
 void CWD_CommandsList::onDeleteItem()

@@ -16,19 +16,15 @@ struct CommandListTraits {
     using Item = CommandItem;
 
     static constexpr int NumericColumns[] = {NumberColumn, IdentifierColumn, KindColumn, DateColumn};
-    static constexpr int FirstColumnWidthWhileLoading = 10;
     static constexpr bool EmptyAnswerResetsDigits = false;
     static constexpr bool RepaintsAfterSizing = false;
     static constexpr auto GetNew = &DCommandsList::noGetNewCommands;
-    static constexpr auto List = &DCommandsList::listCommands;
     static constexpr auto Identifier = &CMessageCommand::CommandID;
     static constexpr auto Time = &CMessageCommand::CommandTime;
     static constexpr auto Read = &readCommands;
     static constexpr auto Remove = &DBDeleteCommand;
 
     static CommandKind kind(const CMessageCommand &command, LentNames &names);
-    static QStringList columnNames();
-    static QString deleteEntry();
     static QString deleteQuestion(const QString &id);
 };
 
@@ -55,4 +51,7 @@ public slots:
     void FSetVisibilityC3();
     void FSetVisibilityC4();
     void FSetVisibilityC5();
+
+protected:
+    QStringList columnNames() override;
 };

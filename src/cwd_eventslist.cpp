@@ -7,16 +7,6 @@ EventKind EventListTraits::kind(const CMessageEvent &event, LentNames &names)
     return {names.name(event.EventName, event.LEventName)};
 }
 
-QStringList EventListTraits::columnNames()
-{
-    return {tr2i18n("Number"), tr2i18n("Sensor"), tr2i18n("ID"), tr2i18n("Name"), tr2i18n("Date"), tr2i18n("Params")};
-}
-
-QString EventListTraits::deleteEntry()
-{
-    return tr2i18n("Delete event from DB");
-}
-
 QString EventListTraits::deleteQuestion(const QString &id)
 {
     return i18n("Delete event with ID=%1?", id);
@@ -26,40 +16,30 @@ CWD_EventsList::CWD_EventsList(QWidget *parent, const char *caption, const char 
     : RecordListWindow(parent, caption)
 {
     const QPointer<QObject> self(this);
-    NMax->setText(QStringLiteral("100"));
     ResetData();
     if (!self)
         return;
-    setFirstColumnWidth(20);
-    resetNumbers();
-    selectDefaultFilter();
-    AccSensorID = rowNumberDigits(0);
-    fillTimeRange();
-    timer = nullptr;
-    setCaption(caption);
-    setSensorNameMask(mask);
-    itemSelected = nullptr;
-    update();
+    setUp(caption, mask);
     ResetData();
     if (!self)
         return;
-    showAllColumns();
-    createMenus<CWD_EventsList>({&CWD_EventsList::FSetVisibilityC0, &CWD_EventsList::FSetVisibilityC1,
-                                 &CWD_EventsList::FSetVisibilityC2, &CWD_EventsList::FSetVisibilityC3,
-                                 &CWD_EventsList::FSetVisibilityC4, &CWD_EventsList::FSetVisibilityC5});
-    itemSelected = nullptr;
-    firstPaint = 0;
-    ResizeColumns();
+    setUpColumns<CWD_EventsList>({&CWD_EventsList::FSetVisibilityC0, &CWD_EventsList::FSetVisibilityC1,
+                                  &CWD_EventsList::FSetVisibilityC2, &CWD_EventsList::FSetVisibilityC3,
+                                  &CWD_EventsList::FSetVisibilityC4, &CWD_EventsList::FSetVisibilityC5});
     setGeometry(geometry());
     // That counts as a place chosen by hand; the window has none yet and opens over its parent as the others do.
     setAttribute(Qt::WA_Moved, false);
-    firstPaint = 1;
     finishConstruction();
 }
 
 void CWD_EventsList::create(WId window, bool initializeWindow, bool destroyOldWindow)
 {
     QWidget::create(window, initializeWindow, destroyOldWindow);
+}
+
+QStringList CWD_EventsList::columnNames()
+{
+    return {tr2i18n("Number"), tr2i18n("Sensor"), tr2i18n("ID"), tr2i18n("Name"), tr2i18n("Date"), tr2i18n("Params")};
 }
 
 void CWD_EventsList::onUpdateList()
@@ -97,7 +77,7 @@ void CWD_EventsList::onRBList(int) {}
 
 void CWD_EventsList::onRBList(QListViewItem *item, const QPoint &, int)
 {
-    showContextMenu(item);
+    showContextMenu(item, tr2i18n("Delete event from DB"));
 }
 
 void CWD_EventsList::FSetVisibilityC0()

@@ -17,14 +17,12 @@ struct EventListTraits {
 
     /** Columns that sort by numbers, dates among them. */
     static constexpr int NumericColumns[] = {NumberColumn, IdentifierColumn, DateColumn};
-    static constexpr int FirstColumnWidthWhileLoading = 30;
     /** Whether a full load without records brings the row numbers back to their fewest digits. */
     static constexpr bool EmptyAnswerResetsDigits = true;
     static constexpr bool RepaintsAfterSizing = true;
     /** What the auto-update timer ticks for. */
     static constexpr auto GetNew = &DEventList::onGetNewEvents;
-    /** The members that hold the list, and the identifier and the time of a record. */
-    static constexpr auto List = &DEventList::listMessages;
+    /** The members that hold the identifier and the time of a record. */
     static constexpr auto Identifier = &CMessageEvent::MessageID;
     static constexpr auto Time = &CMessageEvent::EventTime;
     /** What DBFuns.h has for these records. */
@@ -33,8 +31,6 @@ struct EventListTraits {
 
     /** Column 3; what it refers to is kept in `names`. */
     static EventKind kind(const CMessageEvent &event, LentNames &names);
-    static QStringList columnNames();
-    static QString deleteEntry();
     static QString deleteQuestion(const QString &id);
 };
 
@@ -73,4 +69,7 @@ public slots:
     void FSetVisibilityC3();
     void FSetVisibilityC4();
     void FSetVisibilityC5();
+
+protected:
+    QStringList columnNames() override;
 };

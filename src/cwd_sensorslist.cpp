@@ -7,15 +7,9 @@
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
 #include "data.h"
-#include "manual.h"
 #include "sensoritem.h"
 
 #include <KLocalizedString>
-
-static QStringList columnNames()
-{
-    return {tr2i18n("Number"), tr2i18n("Description"), tr2i18n("Is alive")};
-}
 
 static QString eventsTitle(const QString &sensor)
 {
@@ -28,24 +22,15 @@ static QString commandsTitle(const QString &sensor)
 }
 
 CWD_SensorsList::CWD_SensorsList(QWidget *parent, const char *name)
-    : ListWindow(parent, name)
+    : ListWindow(parent, name, QStringLiteral("sensors"))
 {
-    addManualKey(this, QStringLiteral("sensors"));
-    connect(list(), &ListView::itemRemoved, this, [this](const QListViewItem *item) {
-        if (item == itemSelected)
-            itemSelected = nullptr;
-    });
-    connect(list(), &ListView::cleared, this, [this] { itemSelected = nullptr; });
-
     const QPointer<QObject> self(this);
-    std::fill(std::begin(ColumnsVisibiliy), std::end(ColumnsVisibiliy), 1);
-    NColumns = SensorColumnCount;
+    showAllColumns(SensorColumnCount);
     update();
     ResetData();
     if (!self)
         return;
     createMenus();
-    itemSelected = nullptr;
     ResizeColumns();
     finishConstruction();
 }
@@ -57,28 +42,18 @@ CWD_SensorsList::~CWD_SensorsList()
 
 void CWD_SensorsList::createMenus()
 {
-    Menu0 = new QMenu(tr2i18n("&Menu"), this);
+    Menu0 = addMenu(tr2i18n("&Menu"));
     // Queued: a load may wait in a box in which this window dies, and the menu
     // with it, which must not be busy with the entry at that time.
     connect(Menu0->addAction(tr2i18n("Update data")), &QAction::triggered, this, &CWD_SensorsList::FUpdateData,
             Qt::QueuedConnection);
-    Menu1 = new QMenu(tr2i18n("&Columns"), this);
-    addColumnEntries<CWD_SensorsList>(
-        managedColumns(), columnNames(), this,
+    addColumnsMenu<CWD_SensorsList>(
         {&CWD_SensorsList::FSetVisibilityC0, &CWD_SensorsList::FSetVisibilityC1, &CWD_SensorsList::FSetVisibilityC2});
-    QMenuBar *bar = addMenuBar();
-    bar->addMenu(Menu0);
-    bar->addMenu(Menu1);
 }
 
-ListView *CWD_SensorsList::list()
+QStringList CWD_SensorsList::columnNames()
 {
-    return SensorsList;
-}
-
-ManagedColumns CWD_SensorsList::managedColumns()
-{
-    return {list(), Menu1, ColumnsVisibiliy, NColumns};
+    return {tr2i18n("Number"), tr2i18n("Description"), tr2i18n("Is alive")};
 }
 
 /** Releases the records, and the rows before them, which refer to them. */
@@ -124,37 +99,13 @@ void CWD_SensorsList::FUpdateData()
     ResetData();
 }
 
-int CWD_SensorsList::ColumnTextWidth(int c)
-{
-    return columnTextWidth(list(), c);
-}
-
-void CWD_SensorsList::ResizeColumns()
-{
-    fitToList(managedColumns());
-}
-
-void CWD_SensorsList::SetColumnsVisibiliy(int c, int set)
-{
-    setColumnVisibility(managedColumns(), c, set);
-    ResizeColumns();
-}
-
-void CWD_SensorsList::resizeEvent(QResizeEvent *event)
-{
-    ListWindow::resizeEvent(event);
-    ResizeColumns();
-}
-
 void CWD_SensorsList::languageChange()
 {
-    Form1::languageChange();
-    if (!Menu1)
+    ListWindow::languageChange();
+    if (!Menu0)
         return;
     Menu0->setTitle(tr2i18n("&Menu"));
     relabelEntries(Menu0, {tr2i18n("Update data")});
-    Menu1->setTitle(tr2i18n("&Columns"));
-    relabelEntries(Menu1, columnNames());
     retitleWindows<CWD_EventsList>(this, [](const auto *window) { return eventsTitle(window->SensorNameMask); });
     retitleWindows<CWD_CommandsList>(this, [](const auto *window) { return commandsTitle(window->SensorNameMask); });
 }

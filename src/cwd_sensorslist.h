@@ -4,7 +4,6 @@
 
 #include "SensorsList.h"
 #include "listwindow.h"
-#include "managedcolumns.h"
 
 struct CSensor;
 
@@ -27,23 +26,13 @@ public:
 
     /** Fetches the sensors anew. The column widths stay. */
     void ResetData();
-    /** Shares the list's width among the columns. */
-    void ResizeColumns();
-    /** Room in pixels that the rows' texts in a column need. */
-    int ColumnTextWidth(int c);
-    /** Shows (1), hides (0) or toggles (-1) a column. */
-    void SetColumnsVisibiliy(int c, int set);
 
     /** Does nothing. */
     virtual void Form1_destroyed(QObject *object);
 
-    int NSensors = 0;                      ///< records in Sensor
-    CSensor *Sensor = nullptr;             ///< the records, owned, NULL when there are none; the rows refer to them
-    QListViewItem *itemSelected = nullptr; ///< the row under the last context menu; NULL when it is gone
-    QMenu *Menu0 = nullptr;                ///< "&Menu"
-    QMenu *Menu1 = nullptr;                ///< shows and hides columns
-    int ColumnsVisibiliy[10] = {};         ///< a flag a column, 1 shown, 0 hidden
-    int NColumns = 0;                      ///< columns in use
+    int NSensors = 0;          ///< records in Sensor
+    CSensor *Sensor = nullptr; ///< the records, owned, NULL when there are none; the rows refer to them
+    QMenu *Menu0 = nullptr;    ///< "&Menu"
 
 public slots:
     /** Does nothing. */
@@ -66,12 +55,10 @@ protected slots:
     void FSetVisibilityC2();
 
 protected:
-    ListView *list() final;
-    void resizeEvent(QResizeEvent *event) override;
+    QStringList columnNames() override;
     void languageChange() override;
 
 private:
-    ManagedColumns managedColumns();
     void createMenus();
     void releaseSensors();
     void reload(const QPointer<QObject> &self, LoadGuard &load);

@@ -3,12 +3,11 @@
 #include "obrimwidget.h"
 
 #include "DBFuns.h"
-#include "accelerators.h"
 #include "cwd_commandslist.h"
 #include "cwd_eventslist.h"
 #include "cwd_sensorslist.h"
 #include "informationbox.h"
-#include "manual.h"
+#include "windowkeys.h"
 
 #include <KLocalizedString>
 #include <cstdio>
@@ -16,8 +15,7 @@
 obrimWidget::obrimWidget(QWidget *parent, const char *name, Qt::WindowFlags fl)
     : obrimWidgetBase(parent, name, fl)
 {
-    keepAccelerators();
-    addManualKey(this, QStringLiteral("the-panel"));
+    setUpKeys(this, QStringLiteral("the-panel"));
     InitData();
 }
 

@@ -4,21 +4,7 @@
 
 #include <QCursor>
 #include <QMenu>
-#include <QMenuBar>
 #include <QPointer>
-
-QMenuBar *createMenuBar(QWidget *window)
-{
-    auto *bar = new QMenuBar(window);
-    // The gap is there: the desktop's own bar would leave it empty.
-    bar->setNativeMenuBar(false);
-    return bar;
-}
-
-void layMenuBar(QMenuBar *bar)
-{
-    bar->setGeometry(0, 0, bar->parentWidget()->width(), bar->sizeHint().height());
-}
 
 void runContextMenu(QWidget *window, const std::vector<ContextMenuEntry> &entries)
 {

@@ -6,14 +6,7 @@
 #include <functional>
 #include <vector>
 
-class QMenuBar;
 class QWidget;
-
-/** Creates a menu bar that lies over the top of a window; see layMenuBar(). */
-QMenuBar *createMenuBar(QWidget *window);
-
-/** Makes the menu bar as wide as its window. It takes no room from the window's layout, which leaves a gap for it. */
-void layMenuBar(QMenuBar *bar);
 
 /** An entry of a context menu; without a text a separator. */
 struct ContextMenuEntry {

@@ -2,13 +2,17 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "accelerators.h"
 #include "listmenus.h"
+#include "listview.h"
 #include "loadguard.h"
+#include "managedcolumns.h"
+#include "windowkeys.h"
 #include "windowplace.h"
 
+#include <KLocalizedString>
 #include <QMenuBar>
 #include <QPointer>
+#include <initializer_list>
 #include <new>
 
 /**
@@ -51,14 +55,15 @@ template <class Window, class Title> void retitleWindows(const QWidget *parent, 
 
 /**
  * What all list windows do alike on top of their form: they load, they have a
- * menu bar, and they delete themselves when they are closed.
+ * menu bar with a menu of their columns, and they delete themselves when they
+ * are closed.
  *
  * Message boxes and menus run event loops of their own, in which timers tick
  * and the window may be closed: after each, nothing of the window is touched
  * unless it is still there. While a load of the window waits in such a loop,
  * every other load of it does nothing.
  */
-template <class Form> class ListWindow : public Form
+template <class Form> class ListWindow : public Form, public ManagedColumns
 {
 public:
     /** Closing ends the window: it deletes itself. */
@@ -74,14 +79,26 @@ public:
         this->deleteLater();
     }
 
+    QListViewItem *itemSelected = nullptr; ///< the row under the last context menu; NULL when it is gone
+
 protected:
-    ListWindow(QWidget *parent, const char *name)
+    /** `chapter` of the manual is about this window. */
+    ListWindow(QWidget *parent, const char *name, const QString &chapter)
         : Form(parent, name, false, Qt::WindowFlags())
+        , ManagedColumns(this->list())
     {
-        keepAccelerators();
+        setUpKeys(this, chapter);
+        // The bar takes no room from the layout, which leaves a gap for it: the desktop's own bar would leave it empty.
+        m_menuBar->setNativeMenuBar(false);
+        QObject::connect(this->list(), &ListView::itemRemoved, this, [this](const QListViewItem *item) {
+            if (item == itemSelected)
+                itemSelected = nullptr;
+        });
+        QObject::connect(this->list(), &ListView::cleared, this, [this] { itemSelected = nullptr; });
     }
 
-    virtual ListView *list() = 0;
+    /** What the entries of the menu of columns say. */
+    virtual QStringList columnNames() = 0;
 
     /** The window is about to delete itself: what could still happen to it must not. */
     virtual void closing() {}
@@ -112,7 +129,7 @@ protected:
             return;
         try {
             const QPointer<QObject> self(this);
-            LoadGuard load(this, list(), m_load, last, asked);
+            LoadGuard load(this, this->list(), m_load, last, asked);
             try {
                 work(self, load);
             } catch (const std::bad_alloc &) {
@@ -125,21 +142,44 @@ protected:
         }
     }
 
-    QMenuBar *addMenuBar()
+    /** Adds a menu to the menu bar; the window owns it. */
+    QMenu *addMenu(const QString &title)
     {
-        m_menuBar = createMenuBar(this);
-        return m_menuBar;
+        auto *menu = new QMenu(title, this);
+        m_menuBar->addMenu(menu);
+        return menu;
+    }
+
+    /** The menu of columns; `targets` are the slots of its entries. */
+    template <class Window> void addColumnsMenu(std::initializer_list<void (Window::*)()> targets)
+    {
+        Menu1 = addMenu(tr2i18n("&Columns"));
+        int column = 0;
+        for (const auto target : targets) {
+            QAction *entry = addCheckableAction(Menu1, columnNames().at(column), ColumnsVisibiliy[column] != 0);
+            QObject::connect(entry, &QAction::triggered, static_cast<Window *>(this), target);
+            ++column;
+        }
+    }
+
+    void languageChange() override
+    {
+        Form::languageChange();
+        if (!Menu1)
+            return;
+        Menu1->setTitle(tr2i18n("&Columns"));
+        relabelEntries(Menu1, columnNames());
     }
 
     void resizeEvent(QResizeEvent *event) override
     {
         Form::resizeEvent(event);
-        if (m_menuBar)
-            layMenuBar(m_menuBar);
+        m_menuBar->setGeometry(0, 0, this->width(), m_menuBar->sizeHint().height());
+        ResizeColumns();
     }
 
 private:
-    QMenuBar *m_menuBar = nullptr;
+    QMenuBar *const m_menuBar = new QMenuBar(this);
     LoadGuard *m_load = nullptr; ///< the one that runs
     bool m_constructed = false;
     bool m_rejected = false; ///< closed while it was built

@@ -5,44 +5,69 @@
 #include "columnfitting.h"
 #include "listview.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace
 {
 // Keeps the last character off the next column's first.
 constexpr int TextWidthExtra = 3;
 } // namespace
 
-int columnTextWidth(const ListView *list, int column)
+ManagedColumns::ManagedColumns(ListView *list)
+    : m_list(list)
 {
-    return list->maximumTextWidth(column) + TextWidthExtra;
 }
 
-void fitToList(const ManagedColumns &columns)
+void ManagedColumns::showAllColumns(int count)
 {
-    std::vector<FittedColumn> fitted(std::size_t(columns.count));
-    for (int c = 0; c < columns.count; ++c) {
-        FittedColumn &column = fitted[std::size_t(c)];
-        column.visible = columns.visible[c] != 0;
+    std::fill(std::begin(ColumnsVisibiliy), std::end(ColumnsVisibiliy), 1);
+    NColumns = count;
+}
+
+int ManagedColumns::textWidth(int column) const
+{
+    return m_list->maximumTextWidth(column) + TextWidthExtra;
+}
+
+int ManagedColumns::ColumnTextWidth(int c)
+{
+    textsAreMeasured();
+    return textWidth(c);
+}
+
+void ManagedColumns::ResizeColumns()
+{
+    textsAreMeasured();
+    std::vector<FittedColumn> fitted;
+    for (int c = 0; c < NColumns; ++c) {
+        const bool visible = ColumnsVisibiliy[c] != 0;
         // A hidden column's texts count for nothing: spare the measuring.
-        column.textWidth = column.visible ? columnTextWidth(columns.list, c) : 0;
+        fitted.push_back({visible, visible ? textWidth(c) : 0});
     }
-    if (!fitColumns(columns.list->width(), fitted))
-        return;
-    for (int c = 0; c < columns.count; ++c)
-        columns.list->setColumnWidth(c, fitted[std::size_t(c)].width);
+    if (fitColumns(m_list->width(), fitted))
+        for (int c = 0; c < NColumns; ++c)
+            m_list->setColumnWidth(c, fitted[std::size_t(c)].width);
+    columnsAreSized();
 }
 
-void setColumnVisibility(const ManagedColumns &columns, int column, int set)
+void ManagedColumns::SetColumnsVisibiliy(int c, int set)
 {
-    if (!columns.menu || column < 0 || column >= columns.count)
-        return;
-    QAction *entry = columns.menu->actions().at(column);
-    int &visible = columns.visible[column];
+    if (Menu1 && c >= 0 && c < NColumns)
+        setVisible(c, set);
+    ResizeColumns();
+}
+
+void ManagedColumns::setVisible(int column, int set)
+{
+    QAction *entry = Menu1->actions().at(column);
+    int &visible = ColumnsVisibiliy[column];
     visible = entry->isChecked() ? 1 : 0;
     visible = set == -1 ? !visible : set;
     entry->setChecked(visible != 0);
-    columns.list->setColumnWidthMode(column, columns.visible[0] ? ListView::Maximum : ListView::Manual);
+    m_list->setColumnWidthMode(column, ColumnsVisibiliy[0] ? ListView::Maximum : ListView::Manual);
     if (!visible)
-        columns.list->setColumnWidth(column, HiddenColumnWidth);
+        m_list->setColumnWidth(column, HiddenColumnWidth);
 }
 
 QAction *addCheckableAction(QMenu *menu, const QString &text, bool checked)

@@ -5,50 +5,47 @@
 #include <QAction>
 #include <QMenu>
 #include <QStringList>
-#include <initializer_list>
 
 class ListView;
 
-/** The columns of a list window that its "&Columns" menu shows and hides. All of it stays the window's. */
-struct ManagedColumns {
-    ListView *list;
-    QMenu *menu;  ///< an entry a column, in their order; may be NULL while the window is built
-    int *visible; ///< a flag a column: non-zero when shown
-    int count;
+/** The columns of a list window: how they share its width, and the menu that shows and hides them. */
+class ManagedColumns
+{
+public:
+    /** Room in pixels that the rows' texts in a column need. */
+    int ColumnTextWidth(int c);
+    /** Shares the list's width among the columns. */
+    void ResizeColumns();
+    /**
+     * Shows (`set` 1), hides (0) or toggles (-1) a column; the menu's mark
+     * follows. The flag of column 0 decides the width mode of every column.
+     */
+    void SetColumnsVisibiliy(int c, int set);
+
+    QMenu *Menu1 = nullptr;        ///< "&Columns", an entry a column, in their order; NULL while the window is built
+    int ColumnsVisibiliy[10] = {}; ///< a flag a column, 1 shown, 0 hidden
+    int NColumns = 0;              ///< columns in use
+
+protected:
+    /** `list` outlives this. */
+    explicit ManagedColumns(ListView *list);
+    ~ManagedColumns() = default;
+
+    void showAllColumns(int count);
+    /** The texts of the rows are measured next. */
+    virtual void textsAreMeasured() {}
+    /** The columns have their widths. */
+    virtual void columnsAreSized() {}
+
+private:
+    int textWidth(int column) const;
+    void setVisible(int column, int set);
+
+    ListView *m_list;
 };
-
-/** Room in pixels that the rows' texts in a column need. */
-int columnTextWidth(const ListView *list, int column);
-
-/** Shares the list's width among the columns. */
-void fitToList(const ManagedColumns &columns);
-
-/**
- * Shows (`set` 1), hides (0) or toggles (-1) a column; the menu's mark
- * follows. The flag of column 0 decides the width mode of every column. The
- * caller shares out the widths afterwards.
- */
-void setColumnVisibility(const ManagedColumns &columns, int column, int set);
-
-/** Fills a menu with a checkable entry for each column, each connected to its slot. */
-template <class Window>
-void addColumnEntries(const ManagedColumns &columns, const QStringList &texts, Window *window,
-                      std::initializer_list<void (Window::*)()> targets);
 
 /** Appends an entry whose mark changes only when the program sets it, not by a click. */
 QAction *addCheckableAction(QMenu *menu, const QString &text, bool checked);
 
 /** Gives the entries of a menu their texts again, from the first on. */
 void relabelEntries(QMenu *menu, const QStringList &texts);
-
-template <class Window>
-void addColumnEntries(const ManagedColumns &columns, const QStringList &texts, Window *window,
-                      std::initializer_list<void (Window::*)()> targets)
-{
-    int column = 0;
-    for (const auto slot : targets) {
-        QAction *entry = addCheckableAction(columns.menu, texts.at(column), columns.visible[column] != 0);
-        QObject::connect(entry, &QAction::triggered, window, slot);
-        ++column;
-    }
-}

@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "manual.h"
+#include "windowkeys.h"
 
 #include "informationbox.h"
 
+#include <KConfigGroup>
 #include <KHelpClient>
 #include <KLocalizedString>
+#include <KSharedConfig>
 #include <QDesktopServices>
 #include <QShortcut>
 #include <QStandardPaths>
@@ -41,10 +43,19 @@ void openManual(QWidget *window, const QString &chapter)
     showInformationBox(window, QString(), i18n("The manual is not installed. It is in the package obrim-doc."));
 }
 
+void keepAccelerators()
+{
+    // KXmlGui reads this when the event loop starts, and would go over every window that gets the focus.
+    const KSharedConfig::Ptr config = KSharedConfig::openConfig();
+    KConfigGroup(config, "Development").writeEntry("AutoCheckAccelerators", false);
+    config->markAsClean();
+}
+
 } // namespace
 
-void addManualKey(QWidget *window, const QString &chapter)
+void setUpKeys(QWidget *window, const QString &chapter)
 {
+    keepAccelerators();
     auto *key = new QShortcut(QKeySequence(Qt::Key_F1), window);
     QObject::connect(key, &QShortcut::activated, window, [window, chapter] { openManual(window, chapter); });
 }
