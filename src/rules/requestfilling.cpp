@@ -10,7 +10,7 @@ namespace
 // What both requests have under the same names.
 template <class Request> void fillCommon(Request &request, const FilterControls &controls, const QString &mask)
 {
-    request.NMax = recordLimit(controls.nMax);
+    request.NMax = controls.nMax.toInt();
     request.TakeFirst1_Last0 = controls.whichGet;
     if (mask.isEmpty())
         return;
@@ -19,11 +19,6 @@ template <class Request> void fillCommon(Request &request, const FilterControls 
     request.UseSensorID = 1;
 }
 } // namespace
-
-int recordLimit(const QString &text)
-{
-    return text.toInt();
-}
 
 void fillRequest(CMessageEventRequest &request, const FilterControls &controls, const QString &mask,
                  std::optional<int> idLast)

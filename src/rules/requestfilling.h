@@ -11,7 +11,7 @@ struct CMessageEventRequest;
 
 /** What the filter controls of a list window say. */
 struct FilterControls {
-    QString nMax;      ///< as typed
+    QString nMax;      ///< as typed; asks for 0 records when it is no decimal number or out of range
     int whichGet = -1; ///< id of the checked button: 0 last, 1 first, -1 none
     int type = -1;     ///< id of the checked button: 0 all, then the kinds, -1 none
     QDateTime timeFrom;
@@ -19,9 +19,6 @@ struct FilterControls {
     QDateTime timeTo;
     bool timeToUsed = false;
 };
-
-/** The number of records that `text` asks for, in decimal; 0 when it is not a number or out of range. */
-int recordLimit(const QString &text);
 
 /**
  * Fills a default-constructed request from the controls.

@@ -12,10 +12,7 @@ constexpr int MinDigits = 3;
 
 int rowNumberDigits(int count)
 {
-    int digits = 1;
-    for (int rest = count; rest > 9; rest /= 10)
-        ++digits;
-    return std::max(digits, MinDigits);
+    return std::max(int(QString::number(std::max(count, 0)).size()), MinDigits);
 }
 
 QString rowNumberText(int number, int digits)

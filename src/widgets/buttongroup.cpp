@@ -5,16 +5,6 @@
 #include <QChildEvent>
 #include <QRadioButton>
 
-ButtonGroup::ButtonGroup(QWidget *parent)
-    : QGroupBox(parent)
-{
-}
-
-ButtonGroup::ButtonGroup(const QString &title, QWidget *parent)
-    : QGroupBox(title, parent)
-{
-}
-
 int ButtonGroup::selectedId() const
 {
     adoptButtons();

@@ -16,8 +16,7 @@ class ButtonGroup : public QGroupBox
     Q_OBJECT
 
 public:
-    explicit ButtonGroup(QWidget *parent = nullptr);
-    explicit ButtonGroup(const QString &title, QWidget *parent = nullptr);
+    using QGroupBox::QGroupBox;
 
     /** The id of the checked button, -1 when none is checked. */
     int selectedId() const;

@@ -66,7 +66,11 @@ void RequestFillingTest::limit()
 {
     QFETCH(QString, text);
     QFETCH(int, expected);
-    QCOMPARE(recordLimit(text), expected);
+    FilterControls controls;
+    controls.nMax = text;
+    CMessageEventRequest request;
+    fillRequest(request, controls, QString());
+    QCOMPARE(request.NMax, expected);
 }
 
 void RequestFillingTest::eventRequestCarriesEveryControl()
