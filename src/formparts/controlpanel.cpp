@@ -2,12 +2,16 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "controlpanel.h"
 
-#include <QAbstractSpinBox>
+#include <QAbstractButton>
 #include <QComboBox>
+#include <QDateTimeEdit>
 #include <QEvent>
+#include <QGroupBox>
+#include <QLabel>
 #include <QLayout>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <algorithm>
 
 namespace
 {
@@ -26,6 +30,31 @@ public:
         return stray;
     }
 };
+
+bool textFits(const QWidget *widget)
+{
+    if (const auto *box = qobject_cast<const QGroupBox *>(widget))
+        return box->fontMetrics().horizontalAdvance(box->title()) <= box->width();
+    const bool hasText = qobject_cast<const QLabel *>(widget) || qobject_cast<const QAbstractButton *>(widget) ||
+                         qobject_cast<const QComboBox *>(widget) || qobject_cast<const QDateTimeEdit *>(widget);
+    return !hasText ||
+           (widget->sizeHint().width() <= widget->width() && widget->fontMetrics().height() <= widget->height());
+}
+
+bool allTextsFit(const QWidget *panel)
+{
+    const auto widgets = panel->findChildren<QWidget *>();
+    return std::all_of(widgets.begin(), widgets.end(), textFits);
+}
+
+QFont scaled(QFont font, int percent)
+{
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * percent / 100);
+    else
+        font.setPixelSize(font.pixelSize() * percent / 100);
+    return font;
+}
 
 } // namespace
 
@@ -52,4 +81,12 @@ void letScroll(QWidget *panel)
     for (auto *layout : form->findChildren<QLayout *>())
         layout->setAlignment(area, {}); // it takes the whole height, unlike the panel
     area->setWidget(panel);
+}
+
+void fitPanelFont(QWidget *panel)
+{
+    panel->setFont(QFont());
+    const QFont whole = panel->font();
+    for (int percent = 95; percent >= 30 && !allTextsFit(panel); percent -= 5)
+        panel->setFont(scaled(whole, percent));
 }

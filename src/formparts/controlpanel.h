@@ -13,3 +13,9 @@ void keepFromStrayWheel(QWidget *form);
 
 /** Puts a panel of fixed size into an area in its place that scrolls up and down. */
 void letScroll(QWidget *panel);
+
+/**
+ * Gives a panel whose children have fixed places the largest font in which
+ * every child shows its text whole: its window's font, or down to half of it.
+ */
+void fitPanelFont(QWidget *panel);

@@ -5,7 +5,6 @@
 #include "controlpanel.h"
 #include "formtexts.h"
 #include "listview.h"
-#include "panelfont.h"
 
 #include <QComboBox>
 #include <QDialog>

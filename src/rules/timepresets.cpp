@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 QDateTime timePreset(int index, const QDateTime &now)
 {
@@ -35,4 +36,12 @@ QDateTime currentDateTime()
 std::time_t toRecordTime(const QDateTime &time)
 {
     return std::time_t(std::clamp<qint64>(time.toSecsSinceEpoch(), INT32_MIN, INT32_MAX));
+}
+
+int autoUpdateInterval(int index)
+{
+    constexpr int intervals[] = {0, 2000, 5000, 60000, 600000};
+    if (index >= int(std::size(intervals)))
+        return 1000;
+    return intervals[std::max(index, 0)];
 }

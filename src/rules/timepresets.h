@@ -28,3 +28,6 @@ QDateTime currentDateTime();
 
 /** Seconds since the epoch; a time outside signed 32 bits becomes the nearest bound. */
 std::time_t toRecordTime(const QDateTime &time);
+
+/** Interval in milliseconds that the auto-update entry at `index` stands for; 0: no auto-update. */
+int autoUpdateInterval(int index);

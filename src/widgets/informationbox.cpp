@@ -2,17 +2,43 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "informationbox.h"
 
-#include "emptytitle.h"
-#include "waitcursor.h"
+#include "toolkit.h"
 
 #include <KLocalizedString>
-#include <QDialog>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <xcb/xcb.h>
 
 namespace
 {
+
+xcb_atom_t atom(xcb_connection_t *connection, const char *name)
+{
+    const auto asked = xcb_intern_atom(connection, 0, std::uint16_t(std::strlen(name)), name);
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+        xcb_intern_atom_reply(connection, asked, nullptr), &std::free);
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+/**
+ * Takes the title from a window that is not shown yet: the toolkit would tell
+ * the window manager the program's name instead of nothing. On X only.
+ */
+void setEmptyTitle(QWidget *window)
+{
+    xcb_connection_t *connection = Toolkit::xcbConnection();
+    if (!connection)
+        return;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, xcb_window_t(window->winId()),
+                        atom(connection, "_NET_WM_NAME"), atom(connection, "UTF8_STRING"), 8, 0, nullptr);
+    xcb_flush(connection);
+}
 
 /** Runs a message box, which may be destroyed with its parent meanwhile; whether that button of it was pressed. */
 bool runBox(QMessageBox *box, const char *name, const QAbstractButton *button)
@@ -23,7 +49,13 @@ bool runBox(QMessageBox *box, const char *name, const QAbstractButton *button)
     if (box->windowTitle().isEmpty())
         setEmptyTitle(box);
     const QPointer<QMessageBox> alive(box);
-    const WaitCursor::Pause pause;
+    // Who is to answer gets the usual pointer, also when a load waits for the answer.
+    const bool waits = QGuiApplication::overrideCursor();
+    QGuiApplication::restoreOverrideCursor();
+    const auto waitAgain = qScopeGuard([waits] {
+        if (waits)
+            QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    });
     box->exec();
     const bool pressed = alive && box->clickedButton() == button;
     delete alive;

@@ -6,6 +6,7 @@
 #include "listview.h"
 
 #include <KLocalizedString>
+#include <QGuiApplication>
 #include <chrono>
 #include <climits>
 #include <cstdio>
@@ -48,14 +49,20 @@ LoadGuard::LoadGuard(QWidget *window, ListView *list, LoadGuard *&current, LastL
     , m_started(loadClock())
 {
     if (pointerWaitsAtOnce(asked, last))
-        m_cursor.emplace();
+        showWaiting();
     m_current = this;
 }
 
 LoadGuard::~LoadGuard()
 {
-    if (!m_window)
-        return;
+    if (m_window)
+        finish();
+    if (m_pointerWaits)
+        QGuiApplication::restoreOverrideCursor();
+}
+
+void LoadGuard::finish()
+{
     m_current = nullptr;
     m_last = {m_asked, elapsed()};
     m_list->setNotice(QString());
@@ -74,7 +81,7 @@ int LoadGuard::elapsed() const
 
 void LoadGuard::awaitLibrary()
 {
-    if (m_cursor)
+    if (m_pointerWaits)
         paintNotice(tr2i18n("Waiting for the database"));
 }
 
@@ -84,9 +91,15 @@ void LoadGuard::showProgress(int rows, int all)
     if (!progressIsDue(now, now - m_told))
         return;
     m_told = now;
-    if (!m_cursor)
-        m_cursor.emplace();
+    showWaiting();
     paintNotice(i18n("Row %1 of %2", rows, all));
+}
+
+void LoadGuard::showWaiting()
+{
+    if (!m_pointerWaits)
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    m_pointerWaits = true;
 }
 
 void LoadGuard::paintNotice(const QString &text)

@@ -3,11 +3,9 @@
 #pragma once
 
 #include "loadfeedback.h"
-#include "waitcursor.h"
 
 #include <QPointer>
 #include <QWidget>
-#include <optional>
 
 class ListView;
 
@@ -42,6 +40,8 @@ public:
 
 private:
     int elapsed() const;
+    void showWaiting();
+    void finish();
     void paintNotice(const QString &text);
 
     QPointer<QWidget> m_window;
@@ -51,5 +51,5 @@ private:
     int m_asked;
     int m_started;
     int m_told = 0; ///< milliseconds after the start
-    std::optional<WaitCursor> m_cursor;
+    bool m_pointerWaits = false;
 };

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "arrivals.h"
-#include "autoupdate.h"
 #include "informationbox.h"
 #include "listwindow.h"
 #include "requestfilling.h"

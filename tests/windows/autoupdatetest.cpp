@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "autoupdate.h"
+#include "timepresets.h"
 
 #include <climits>
 #include <gtest/gtest.h>
