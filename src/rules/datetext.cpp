@@ -4,10 +4,12 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <QStringBuilder>
 #include <QTimeZone>
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 
 namespace
 {
@@ -62,12 +64,6 @@ Names &names()
     return names;
 }
 
-void appendTwoDigits(QString &text, int number)
-{
-    text += QLatin1Char(char('0' + number / 10));
-    text += QLatin1Char(char('0' + number % 10));
-}
-
 } // namespace
 
 // Put together here and not by toString(Qt::TextDate): that one speaks the
@@ -76,23 +72,10 @@ void appendTwoDigits(QString &text, int number)
 QString dateText(std::time_t seconds)
 {
     const std::tm time = localTime(clamped(seconds));
-    const QLatin1Char blank(' ');
-    QString text;
-    text.reserve(40);
-    text += names().days[time.tm_wday];
-    text += blank;
-    text += names().months[time.tm_mon];
-    text += blank;
-    text += QString::number(time.tm_mday);
-    text += blank;
-    appendTwoDigits(text, time.tm_hour);
-    text += QLatin1Char(':');
-    appendTwoDigits(text, time.tm_min);
-    text += QLatin1Char(':');
-    appendTwoDigits(text, time.tm_sec);
-    text += blank;
-    text += QString::number(time.tm_year + 1900);
-    return text;
+    char rest[80];
+    std::snprintf(rest, sizeof(rest), " %d %02d:%02d:%02d %d", time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec,
+                  time.tm_year + 1900);
+    return names().days[time.tm_wday] % QLatin1Char(' ') % names().months[time.tm_mon] % QLatin1String(rest);
 }
 
 QByteArray dateTextBasis()
