@@ -20,5 +20,5 @@ void Form1::onRBList(QListViewItem *, const QPoint &, int)
 void Form1::languageChange()
 {
     retranslateUi(this);
-    setHeadings(SensorsList, {tr2i18n("ID"), tr2i18n("Description"), tr2i18n("Is Alive")});
+    setHeadings({tr2i18n("ID"), tr2i18n("Description"), tr2i18n("Is Alive")});
 }

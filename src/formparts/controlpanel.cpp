@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "controlpanel.h"
 
+#include <KLocalizedString>
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDateTimeEdit>
@@ -11,6 +12,7 @@
 #include <QLayout>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <algorithm>
 
 namespace
@@ -56,6 +58,15 @@ QFont scaled(QFont font, int percent)
     return font;
 }
 
+void refillCombo(QComboBox *combo, const QStringList &items)
+{
+    const QSignalBlocker quiet(combo);
+    const int current = combo->count() > 0 ? combo->currentIndex() : 0;
+    combo->clear();
+    combo->addItems(items);
+    combo->setCurrentIndex(current);
+}
+
 } // namespace
 
 void keepFromStrayWheel(QWidget *form)
@@ -89,4 +100,13 @@ void fitPanelFont(QWidget *panel)
     const QFont whole = panel->font();
     for (int percent = 95; percent >= 30 && !allTextsFit(panel); percent -= 5)
         panel->setFont(scaled(whole, percent));
+}
+
+void fillComboBoxes(std::initializer_list<QComboBox *> timeAgo, QComboBox *autoUpdate)
+{
+    for (QComboBox *combo : timeAgo)
+        refillCombo(combo, {tr2i18n("now"), tr2i18n("1 minute ago"), tr2i18n("1 hour ago"), tr2i18n("1 day ago"),
+                            tr2i18n("1 week ago"), tr2i18n("1 month ago"), tr2i18n("1 year ago")});
+    refillCombo(autoUpdate, {tr2i18n("No autoUpdate"), tr2i18n("AutoUpdate 2sec."), tr2i18n("AutoUpdate 5sec."),
+                             tr2i18n("AutoUpdate 1min."), tr2i18n("AutoUpdate 10min.")});
 }

@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include <initializer_list>
+
+class QComboBox;
 class QWidget;
 
 /**
@@ -19,3 +22,11 @@ void letScroll(QWidget *panel);
  * every child shows its text whole: its window's font, or down to half of it.
  */
 void fitPanelFont(QWidget *panel);
+
+/**
+ * Gives combo boxes their entries in the current language: in `timeAgo` they
+ * choose a time preset, in `autoUpdate` an interval. The current indexes stay
+ * and no signal is sent, so that a language switch changes words only; a combo
+ * box that was empty takes entry 0.
+ */
+void fillComboBoxes(std::initializer_list<QComboBox *> timeAgo, QComboBox *autoUpdate);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "controlpanel.h"
-#include "formtexts.h"
 #include "listview.h"
 
 #include <QComboBox>
@@ -40,6 +39,17 @@ protected:
     ListView *list()
     {
         return this->*List;
+    }
+
+    /** Gives the columns their headings, from column 0 on; what is no column yet becomes one, as wide as its contents.
+     */
+    void setHeadings(const QStringList &headings)
+    {
+        for (int column = 0; column < headings.size(); ++column) {
+            if (column == list()->columns())
+                list()->addColumn(headings.at(column));
+            list()->setColumnText(column, headings.at(column));
+        }
     }
 
     /** Sets every visible text in the current language. */
@@ -89,10 +99,8 @@ protected:
     void setTexts(const QStringList &headings)
     {
         this->retranslateUi(this);
-        setHeadings(this->list(), headings);
-        refillCombo(this->comboTo_TimeAgo, timeAgoItems());
-        refillCombo(this->comboFrom_TimeAgo, timeAgoItems());
-        refillCombo(this->AutoUpdate, autoUpdateItems());
+        this->setHeadings(headings);
+        fillComboBoxes({this->comboFrom_TimeAgo, this->comboTo_TimeAgo}, this->AutoUpdate);
         fitPanelFont(this->GB0);
     }
 
