@@ -2,17 +2,28 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "arrivals.h"
 #include "informationbox.h"
 #include "listwindow.h"
+#include "messagetext.h"
+#include "namepool.h"
+#include "recorditem.h"
 #include "requestfilling.h"
 #include "rownumbers.h"
 #include "timepresets.h"
 
 #include <QTimer>
+#include <algorithm>
 #include <climits>
 #include <optional>
+#include <string>
 #include <utility>
+
+/** The rows made of a fetch's records, before the list has them, and what is known of the identifiers. */
+struct Arrivals {
+    ListView::Rows rows;
+    int lowest = INT_MAX;
+    int highest = INT_MIN;
+};
 
 /**
  * What the windows of events and of commands do alike: filter controls to
@@ -267,13 +278,41 @@ private:
             if (!self)
                 return;
             textsAreMeasured();
-            m_arrivals = rowsOf<Traits>(records, count, digitsOf(count), numberOf, m_names, m_memory, load);
+            m_arrivals = rowsOf(records, count, digitsOf(count), numberOf, load);
         };
         const int result = Traits::Read(reader, &request, this);
         if (!self)
             return std::nullopt;
         auto arrivals = std::exchange(m_arrivals, {});
         return result == 0 ? std::optional(std::move(arrivals)) : std::nullopt;
+    }
+
+    /** Rows of `count` records, numbered by numberOf(i, count) in so many digits. `load` shows how far it is. */
+    template <class NumberOf>
+    Arrivals rowsOf(const Record *records, int count, int digits, NumberOf numberOf, LoadGuard &load)
+    {
+        constexpr int rowsPerLook = 4096; // at the clock
+        DateClasses dates;
+        LentNames lent(m_names, count);
+        std::string parameters;
+        Arrivals arrivals;
+        arrivals.rows.reserve(std::size_t(count));
+        for (int i = 0; i < count; ++i) {
+            const auto &record = records[i];
+            const int id = record.*Traits::Identifier;
+            const std::time_t time = record.*Traits::Time;
+            arrivals.lowest = std::min(arrivals.lowest, id);
+            arrivals.highest = std::max(arrivals.highest, id);
+            parameters.clear();
+            appendLentParameters(parameters, record.par, record.ParNum);
+            const auto *sensor = lent.name(record.SensorID, record.LSensorID);
+            arrivals.rows.push_back(
+                Traits::Item::create(m_memory, {numberOf(i, count), digits, sensor, id, Traits::kind(record, lent),
+                                                time, dates.of(time), parameters}));
+            if (i % rowsPerLook == rowsPerLook - 1)
+                load.showProgress(i + 1, count);
+        }
+        return arrivals;
     }
 
     /**
