@@ -73,8 +73,6 @@ void CWD_EventsList::onDeleteItem()
     deleteSelectedRecord();
 }
 
-void CWD_EventsList::onRBList(int) {}
-
 void CWD_EventsList::onRBList(QListViewItem *item, const QPoint &, int)
 {
     showContextMenu(item, tr2i18n("Delete event from DB"));

@@ -61,7 +61,7 @@ public slots:
     void setAutoUpdate(int index) override;
     void onDeleteItem() override;
     /** Does nothing. */
-    virtual void onRBList(int);
+    virtual void onRBList(int) {}
     void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
     void FSetVisibilityC0();
     void FSetVisibilityC1();

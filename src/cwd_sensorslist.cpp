@@ -110,12 +110,6 @@ void CWD_SensorsList::languageChange()
     retitleWindows<CWD_CommandsList>(this, [](const auto *window) { return commandsTitle(window->SensorNameMask); });
 }
 
-void CWD_SensorsList::resize(int, int) {}
-
-void CWD_SensorsList::onClose() {}
-
-void CWD_SensorsList::Form1_destroyed(QObject *) {}
-
 void CWD_SensorsList::onRBList(QListViewItem *item, const QPoint &, int)
 {
     if (loading())

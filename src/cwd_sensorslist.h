@@ -28,7 +28,7 @@ public:
     void ResetData();
 
     /** Does nothing. */
-    virtual void Form1_destroyed(QObject *object);
+    virtual void Form1_destroyed(QObject *) {}
 
     int NSensors = 0;          ///< records in Sensor
     CSensor *Sensor = nullptr; ///< the records, owned, NULL when there are none; the rows refer to them
@@ -36,12 +36,12 @@ public:
 
 public slots:
     /** Does nothing. */
-    virtual void onClose();
+    virtual void onClose() {}
     /** Has the source read its sensors again, then fetches them. */
     virtual void FUpdateData();
     void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
     /** Does nothing: the program never sizes this window, its user does. */
-    virtual void resize(int w, int h);
+    virtual void resize(int, int) {}
 
 protected slots:
     void CallEventsDialog();

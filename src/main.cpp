@@ -157,8 +157,9 @@ int runPanel()
     return result;
 }
 
-int runApplication(int &argc, char **argv, KAboutData &about)
+int run(int &argc, char **argv)
 {
+    KAboutData about = aboutData();
     Toolkit::useHighDpi();
     const QApplication application(argc, argv);
     ignoreVanishedWindows();
@@ -166,12 +167,6 @@ int runApplication(int &argc, char **argv, KAboutData &about)
     if (!parseCommandLine(about))
         return EXIT_FAILURE;
     return application.isSessionRestored() ? runRestored() : runPanel();
-}
-
-int run(int &argc, char **argv)
-{
-    KAboutData about = aboutData();
-    return runApplication(argc, argv, about);
 }
 
 } // namespace

@@ -26,8 +26,6 @@ void obrimWidget::languageChange()
     retitleWindows<CWD_CommandsList>(this, [](const auto *) { return tr2i18n("Commands list"); });
 }
 
-void obrimWidget::button_clicked() {}
-
 void obrimWidget::onSensorsTree()
 {
     showInformationBox(this, QString(), tr2i18n("Not implemented yet"));
@@ -38,8 +36,6 @@ void obrimWidget::onSensorsList()
     std::puts("void obrimWidget::onSensorsList()");
     openListWindow<CWD_SensorsList>(this, "Sensors list");
 }
-
-void obrimWidget::FUpdateData() {}
 
 void obrimWidget::onExit()
 {

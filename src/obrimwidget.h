@@ -19,11 +19,11 @@ public:
 
 public slots:
     /** Does nothing. */
-    void button_clicked() override;
+    void button_clicked() override {}
     void onSensorsTree() override;
     void onSensorsList() override;
     /** Does nothing. */
-    virtual void FUpdateData();
+    virtual void FUpdateData() {}
     /** Asks first; the panel deletes itself after a Yes. */
     void onExit() override;
     void onEventsList() override;

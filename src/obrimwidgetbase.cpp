@@ -12,11 +12,6 @@ obrimWidgetBase::obrimWidgetBase(QWidget *parent, const char *name, Qt::WindowFl
         setObjectName(QString::fromLatin1(name));
     obrimWidgetBase::languageChange();
     resize(size().expandedTo(minimumSizeHint()));
-    connectButtons();
-}
-
-void obrimWidgetBase::connectButtons()
-{
     connect(Sensors_list, &QPushButton::clicked, this, &obrimWidgetBase::onSensorsList);
     connect(Sensors_Tree, &QPushButton::clicked, this, &obrimWidgetBase::onSensorsTree);
     connect(Exit, &QPushButton::clicked, this, &obrimWidgetBase::onExit);

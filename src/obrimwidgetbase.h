@@ -34,7 +34,4 @@ protected slots:
 
 protected:
     void changeEvent(QEvent *event) override;
-
-private:
-    void connectButtons();
 };

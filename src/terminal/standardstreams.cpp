@@ -96,12 +96,6 @@ private:
     std::string m_rest;      ///< of a piece that was written in part
 };
 
-ssize_t takeForOutlet(void *outlet, const char *text, std::size_t size)
-{
-    static_cast<Outlet *>(outlet)->take({text, size});
-    return ssize_t(size);
-}
-
 /**
  * Makes writes to a pipe or terminal give up instead of waiting. It is opened
  * anew for that: others share the description that was inherited. A terminal
@@ -125,7 +119,10 @@ void leadThroughOutlet(Outlet *outlet, std::FILE *&stream, int mode, std::initia
 {
     stopWaiting(fileno(stream));
     cookie_io_functions_t functions = {};
-    functions.write = takeForOutlet;
+    functions.write = [](void *self, const char *text, std::size_t size) {
+        static_cast<Outlet *>(self)->take({text, size});
+        return ssize_t(size);
+    };
     std::FILE *own = fopencookie(outlet, "w", functions);
     if (!own)
         return;
