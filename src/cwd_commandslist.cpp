@@ -7,11 +7,6 @@ CommandKind CommandListTraits::kind(const CMessageCommand &command, LentNames &)
     return {command.CommandType};
 }
 
-QString CommandListTraits::deleteQuestion(const QString &id)
-{
-    return i18n("Delete command with ID=%1?", id);
-}
-
 CWD_CommandsList::CWD_CommandsList(QWidget *parent, const char *caption, const char *mask)
     : RecordListWindow(parent, caption)
 {
@@ -63,35 +58,5 @@ void CWD_CommandsList::onRBList(QListViewItem *item, const QPoint &, int)
 
 void CWD_CommandsList::onDeleteItem()
 {
-    deleteSelectedRecord();
-}
-
-void CWD_CommandsList::FSetVisibilityC0()
-{
-    SetColumnsVisibiliy(0, -1);
-}
-
-void CWD_CommandsList::FSetVisibilityC1()
-{
-    SetColumnsVisibiliy(1, -1);
-}
-
-void CWD_CommandsList::FSetVisibilityC2()
-{
-    SetColumnsVisibiliy(2, -1);
-}
-
-void CWD_CommandsList::FSetVisibilityC3()
-{
-    SetColumnsVisibiliy(3, -1);
-}
-
-void CWD_CommandsList::FSetVisibilityC4()
-{
-    SetColumnsVisibiliy(4, -1);
-}
-
-void CWD_CommandsList::FSetVisibilityC5()
-{
-    SetColumnsVisibiliy(5, -1);
+    deleteSelectedRecord([](const QString &id) { return i18n("Delete command with ID=%1?", id); }, DBDeleteCommand);
 }

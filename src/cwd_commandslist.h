@@ -22,10 +22,8 @@ struct CommandListTraits {
     static constexpr auto Identifier = &CMessageCommand::CommandID;
     static constexpr auto Time = &CMessageCommand::CommandTime;
     static constexpr auto Read = &readCommands;
-    static constexpr auto Remove = &DBDeleteCommand;
 
     static CommandKind kind(const CMessageCommand &command, LentNames &names);
-    static QString deleteQuestion(const QString &id);
 };
 
 /** The window that lists, filters, refreshes and deletes commands. It deletes itself when it is closed. */
@@ -45,12 +43,30 @@ public slots:
     void setAutoUpdate(int index) override;
     void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
     void onDeleteItem() override;
-    void FSetVisibilityC0();
-    void FSetVisibilityC1();
-    void FSetVisibilityC2();
-    void FSetVisibilityC3();
-    void FSetVisibilityC4();
-    void FSetVisibilityC5();
+    void FSetVisibilityC0()
+    {
+        SetColumnsVisibiliy(0, -1);
+    }
+    void FSetVisibilityC1()
+    {
+        SetColumnsVisibiliy(1, -1);
+    }
+    void FSetVisibilityC2()
+    {
+        SetColumnsVisibiliy(2, -1);
+    }
+    void FSetVisibilityC3()
+    {
+        SetColumnsVisibiliy(3, -1);
+    }
+    void FSetVisibilityC4()
+    {
+        SetColumnsVisibiliy(4, -1);
+    }
+    void FSetVisibilityC5()
+    {
+        SetColumnsVisibiliy(5, -1);
+    }
 
 protected:
     QStringList columnNames() override;

@@ -7,11 +7,6 @@ EventKind EventListTraits::kind(const CMessageEvent &event, LentNames &names)
     return {names.name(event.EventName, event.LEventName)};
 }
 
-QString EventListTraits::deleteQuestion(const QString &id)
-{
-    return i18n("Delete event with ID=%1?", id);
-}
-
 CWD_EventsList::CWD_EventsList(QWidget *parent, const char *caption, const char *mask)
     : RecordListWindow(parent, caption)
 {
@@ -70,40 +65,10 @@ void CWD_EventsList::setAutoUpdate(int index)
 
 void CWD_EventsList::onDeleteItem()
 {
-    deleteSelectedRecord();
+    deleteSelectedRecord([](const QString &id) { return i18n("Delete event with ID=%1?", id); }, DBDeleteEvent);
 }
 
 void CWD_EventsList::onRBList(QListViewItem *item, const QPoint &, int)
 {
     showContextMenu(item, tr2i18n("Delete event from DB"));
-}
-
-void CWD_EventsList::FSetVisibilityC0()
-{
-    SetColumnsVisibiliy(0, -1);
-}
-
-void CWD_EventsList::FSetVisibilityC1()
-{
-    SetColumnsVisibiliy(1, -1);
-}
-
-void CWD_EventsList::FSetVisibilityC2()
-{
-    SetColumnsVisibiliy(2, -1);
-}
-
-void CWD_EventsList::FSetVisibilityC3()
-{
-    SetColumnsVisibiliy(3, -1);
-}
-
-void CWD_EventsList::FSetVisibilityC4()
-{
-    SetColumnsVisibiliy(4, -1);
-}
-
-void CWD_EventsList::FSetVisibilityC5()
-{
-    SetColumnsVisibiliy(5, -1);
 }

@@ -27,11 +27,9 @@ struct EventListTraits {
     static constexpr auto Time = &CMessageEvent::EventTime;
     /** What DBFuns.h has for these records. */
     static constexpr auto Read = &readEvents;
-    static constexpr auto Remove = &DBDeleteEvent;
 
     /** Column 3; what it refers to is kept in `names`. */
     static EventKind kind(const CMessageEvent &event, LentNames &names);
-    static QString deleteQuestion(const QString &id);
 };
 
 /** The window that lists, filters, refreshes and deletes events. It deletes itself when it is closed. */
@@ -63,12 +61,30 @@ public slots:
     /** Does nothing. */
     virtual void onRBList(int) {}
     void onRBList(QListViewItem *item, const QPoint &pt, int ip) override;
-    void FSetVisibilityC0();
-    void FSetVisibilityC1();
-    void FSetVisibilityC2();
-    void FSetVisibilityC3();
-    void FSetVisibilityC4();
-    void FSetVisibilityC5();
+    void FSetVisibilityC0()
+    {
+        SetColumnsVisibiliy(0, -1);
+    }
+    void FSetVisibilityC1()
+    {
+        SetColumnsVisibiliy(1, -1);
+    }
+    void FSetVisibilityC2()
+    {
+        SetColumnsVisibiliy(2, -1);
+    }
+    void FSetVisibilityC3()
+    {
+        SetColumnsVisibiliy(3, -1);
+    }
+    void FSetVisibilityC4()
+    {
+        SetColumnsVisibiliy(4, -1);
+    }
+    void FSetVisibilityC5()
+    {
+        SetColumnsVisibiliy(5, -1);
+    }
 
 protected:
     QStringList columnNames() override;

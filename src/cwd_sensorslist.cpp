@@ -174,18 +174,3 @@ void CWD_SensorsList::FRestart()
 {
     sendCommand(CommandRestart);
 }
-
-void CWD_SensorsList::FSetVisibilityC0()
-{
-    SetColumnsVisibiliy(0, -1);
-}
-
-void CWD_SensorsList::FSetVisibilityC1()
-{
-    SetColumnsVisibiliy(1, -1);
-}
-
-void CWD_SensorsList::FSetVisibilityC2()
-{
-    SetColumnsVisibiliy(2, -1);
-}

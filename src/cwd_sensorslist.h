@@ -50,9 +50,18 @@ protected slots:
     void FStop();
     void FKill();
     void FRestart();
-    void FSetVisibilityC0();
-    void FSetVisibilityC1();
-    void FSetVisibilityC2();
+    void FSetVisibilityC0()
+    {
+        SetColumnsVisibiliy(0, -1);
+    }
+    void FSetVisibilityC1()
+    {
+        SetColumnsVisibiliy(1, -1);
+    }
+    void FSetVisibilityC2()
+    {
+        SetColumnsVisibiliy(2, -1);
+    }
 
 protected:
     QStringList columnNames() override;

@@ -75,7 +75,6 @@ public:
             return;
         }
         this->hide();
-        closing();
         this->deleteLater();
     }
 
@@ -99,9 +98,6 @@ protected:
 
     /** What the entries of the menu of columns say. */
     virtual QStringList columnNames() = 0;
-
-    /** The window is about to delete itself: what could still happen to it must not. */
-    virtual void closing() {}
 
     /** From here on the window can be closed. */
     void finishConstruction()

@@ -56,7 +56,11 @@ public:
     {
         this->load(m_lastReload, this->NMax->text().toInt(), [this](const auto &self, auto &load) {
             const int before = this->list()->childCount();
-            reload(self, load);
+            this->list()->clear();
+            m_names.clear();
+            m_memory.clear();
+            iFirst = iLast = 0;
+            addRecords(self, load);
             if (self)
                 RowMemory::trimAfter(std::max(before, this->list()->childCount()));
         });
@@ -66,8 +70,18 @@ public:
     /** Fetches what is newer than IDLast and adds it. Returns 0 always. */
     int GetNewData()
     {
-        this->load(m_lastLoadOfNew, 0, [this](const auto &self, auto &load) { loadNew(self, load); });
+        this->load(m_lastLoadOfNew, 0, [this](const auto &self, auto &load) {
+            // There is no identifier above the largest one to ask for.
+            if (IDLast < INT_MAX)
+                addRecords(self, load, IDLast);
+        });
         return 0;
+    }
+
+    void reject() override
+    {
+        chooseAutoUpdate(0);
+        Base::reject();
     }
 
     /** Asks whether to delete the selected record, and does so. */
@@ -151,26 +165,22 @@ protected:
         runContextMenu(this, {{deleteEntry, [this] { this->onDeleteItem(); }}});
     }
 
-    void deleteSelectedRecord()
+    /** Asks `question`, which is made of the record's identifier, and after a Yes removes the record and its row. */
+    void deleteSelectedRecord(QString (*question)(const QString &), int (*remove)(int))
     {
         QListViewItem *const item = this->itemSelected;
         if (!item || this->loading())
             return;
         const QString id = item->text(IdentifierColumn);
         const QPointer<QObject> self(this);
-        const bool yes = confirm(this, tr2i18n("???"), Traits::deleteQuestion(id));
+        const bool yes = confirm(this, tr2i18n("???"), question(id));
         if (!self || !yes)
             return;
-        Traits::Remove(id.toInt());
+        remove(id.toInt());
         // A reload while the question was open may have taken the row away.
         if (this->itemSelected == item)
             this->list()->removeItem(item);
         this->itemSelected = nullptr;
-    }
-
-    void closing() override
-    {
-        chooseAutoUpdate(0);
     }
 
     void paintEvent(QPaintEvent *) override
@@ -226,68 +236,39 @@ private:
                 this->timeToUsed->isChecked()};
     }
 
-    void reload(const QPointer<QObject> &self, LoadGuard &load)
-    {
-        this->list()->clear();
-        m_names.clear();
-        m_memory.clear();
-        iFirst = iLast = 0;
-        Request request;
-        fillRequest(request, filterControls(), SensorNameMask);
-        const bool first = request.TakeFirst1_Last0 != 0;
-        auto arrivals = fetch(self, load, request, rowNumberDigits,
-                              [first](int i, int count) { return rowNumber(i, count, first); });
-        if (!arrivals)
-            return;
-        const int count = int(arrivals->rows.size());
-        if (count > 0 || Traits::EmptyAnswerResetsDigits)
-            AccSensorID = rowNumberDigits(count);
-        if (count == 0)
-            return;
-        addRows(*arrivals, first, true);
-        iLast = count - 1;
-    }
-
-    void loadNew(const QPointer<QObject> &self, LoadGuard &load)
-    {
-        // There is no identifier above the largest one to ask for.
-        if (IDLast == INT_MAX)
-            return;
-        Request request;
-        fillRequest(request, filterControls(), SensorNameMask, IDLast);
-        const auto digits = [this](int) { return AccSensorID; };
-        const int last = iLast;
-        auto arrivals = fetch(self, load, request, digits, [last](int i, int) { return addedRowNumber(last, i); });
-        if (!arrivals || arrivals->rows.empty())
-            return;
-        const int count = int(arrivals->rows.size());
-        addRows(*arrivals, request.TakeFirst1_Last0 != 0, false);
-        iLast = addedRowNumber(last, count - 1);
-    }
-
     /**
-     * Makes rows of the records that the request selects; nothing when the fetch failed or the window is gone. The rows
-     * are numbered by numberOf(i, count), in digitsOf(count) digits.
+     * Adds rows of the records that the controls select: those above `idLast` with the numbers that come next, without
+     * one all, numbered anew.
      */
-    template <class DigitsOf, class NumberOf>
-    std::optional<Arrivals> fetch(const QPointer<QObject> &self, LoadGuard &load, Request &request, DigitsOf digitsOf,
-                                  NumberOf numberOf)
+    void addRecords(const QPointer<QObject> &self, LoadGuard &load, std::optional<int> idLast = std::nullopt)
     {
+        Request request;
+        fillRequest(request, filterControls(), SensorNameMask, idLast);
+        const bool first = request.TakeFirst1_Last0 != 0;
         load.awaitLibrary();
         const auto reader = [&](const Record *records, int count) {
             if (!self)
                 return;
             textsAreMeasured();
-            m_arrivals = rowsOf(records, count, digitsOf(count), numberOf, load);
+            const auto numberOf = [&](int i) { return idLast ? addedRowNumber(iLast, i) : rowNumber(i, count, first); };
+            m_arrivals = rowsOf(records, count, idLast ? AccSensorID : rowNumberDigits(count), numberOf, load);
         };
         const int result = Traits::Read(reader, &request, this);
         if (!self)
-            return std::nullopt;
-        auto arrivals = std::exchange(m_arrivals, {});
-        return result == 0 ? std::optional(std::move(arrivals)) : std::nullopt;
+            return;
+        Arrivals arrivals = std::exchange(m_arrivals, {});
+        if (result != 0)
+            return;
+        const int count = int(arrivals.rows.size());
+        if (!idLast && (count > 0 || Traits::EmptyAnswerResetsDigits))
+            AccSensorID = rowNumberDigits(count);
+        if (count == 0)
+            return;
+        addRows(arrivals, first, !idLast);
+        iLast = idLast ? addedRowNumber(iLast, count - 1) : count - 1;
     }
 
-    /** Rows of `count` records, numbered by numberOf(i, count) in so many digits. `load` shows how far it is. */
+    /** Rows of `count` records, numbered by numberOf(i) in so many digits. `load` shows how far it is. */
     template <class NumberOf>
     Arrivals rowsOf(const Record *records, int count, int digits, NumberOf numberOf, LoadGuard &load)
     {
@@ -307,8 +288,8 @@ private:
             appendLentParameters(parameters, record.par, record.ParNum);
             const auto *sensor = lent.name(record.SensorID, record.LSensorID);
             arrivals.rows.push_back(
-                Traits::Item::create(m_memory, {numberOf(i, count), digits, sensor, id, Traits::kind(record, lent),
-                                                time, dates.of(time), parameters}));
+                Traits::Item::create(m_memory, {numberOf(i), digits, sensor, id, Traits::kind(record, lent), time,
+                                                dates.of(time), parameters}));
             if (i % rowsPerLook == rowsPerLook - 1)
                 load.showProgress(i + 1, count);
         }
