@@ -32,29 +32,17 @@ int metaCount; ///< whose stretches can be read back: none after a failure
 int positions[MaxParts + 1];
 char stretches[MaxParts][PartSize];
 
-/** What a part of the search costs step by step. */
-struct Cost {
+/** What comes of trying a part somewhere, and what that costs step by step. */
+struct Try {
+    bool matches = false;
     int calls = 0;  ///< of the recursive step; stops at INT_MAX
-    int levels = 0; ///< that the deepest of them lies below the one that asks
-
-    void add(const Cost &other)
-    {
-        calls = other.calls > INT_MAX - calls ? INT_MAX : calls + other.calls;
-        levels = std::max(levels, other.levels);
-    }
+    int levels = 0; ///< that the deepest of them lies below the first
 };
 
-/**
- * A part is known to fail at this position and at every later one. A run tries
- * the part behind it at all positions from some point on, so a failed run
- * tells of a whole tail: this keeps the search from ever trying the same part
- * at the same position twice.
- */
-int failsFrom[MaxParts];
-/** From failsFrom on: what trying the part at this position and every later one costs. */
-Cost failedTails[MaxParts][TextSize + 1];
-/** What failsFrom holds for: a part's number and the metacharacters remaining there, always the same sum. */
-long long searchedFor;
+/** Each part at each position. */
+Try steps[MaxParts][TextSize];
+/** Each part at each position and, until it matches, at the later ones. */
+Try runs[MaxParts][TextSize + 1];
 
 WCompareCounters counters;
 
@@ -113,97 +101,76 @@ bool literalStandsAt(int part, int position)
            std::memcmp(subjectText + position, literals[part], std::size_t(length)) == 0;
 }
 
-/**
- * Nothing has been tried yet but what needs no trying: a run goes on behind the
- * end of the subject for as many positions as the literal before it is long,
- * where its part fails as it does at the end.
- */
-void forgetFailures(long long partAndRemaining)
+int sumOf(int calls, int more)
 {
-    searchedFor = partAndRemaining;
-    for (int part = 1; part < partCount; ++part) {
-        failsFrom[part] = subjectLength + 1;
-        failedTails[part][subjectLength + 1] = {literalLengths[part - 1], literalLengths[part - 1] > 0 ? 1 : 0};
-    }
+    return calls > INT_MAX - more ? INT_MAX : calls + more;
 }
 
-bool step(int part, int position, int remaining, Cost &cost);
-
-bool descend(int part, int position, int remaining, Cost &cost)
+/** Whether one metacharacter stands between two literals: the lengths decide, nothing has to be tried. */
+bool isLast(int part, int remaining)
 {
-    Cost below;
-    const bool matches = step(part, position, remaining, below);
-    ++below.levels;
-    cost.add(below);
-    return matches;
+    return remaining == 1 && kinds[part] != PatternEnd;
 }
 
-/** One metacharacter between two literals: the lengths decide, nothing has to be tried. */
 bool settle(int part, int position)
 {
-    const int length0 = literalLengths[part];
-    const int length1 = literalLengths[part + 1];
-    const int covered = subjectLength - position - length0 - length1;
+    const int last = subjectLength - literalLengths[part + 1];
+    const int covered = last - position - literalLengths[part];
     const Kind kind = kinds[part];
-    const int last = subjectLength - length1;
     if (kind == OneCharacter ? covered != 1 : covered < (kind == NonEmptyRun ? 1 : 0))
         return false;
-    if (!literalStandsAt(part, position) || !literalStandsAt(part + 1, last))
-        return false;
-    positions[part + 1] = last;
-    positions[part + 2] = subjectLength;
-    return true;
+    return literalStandsAt(part, position) && literalStandsAt(part + 1, last);
 }
 
-/** Tries `part` at `from` and behind it, the nearest place first. */
-bool tryRun(int part, int from, int remaining, Cost &cost)
+/** The recursive step, where the part behind has been tried everywhere. */
+Try tryAt(int part, int position, int remaining)
 {
-    Cost *const tails = failedTails[part];
-    int &known = failsFrom[part];
-    for (int position = from; position < known; ++position) {
-        tails[position] = {};
-        if (descend(part, position, remaining, tails[position])) {
-            for (int tried = from; tried <= position; ++tried)
-                cost.add(tails[tried]);
-            return true;
-        }
-    }
-    for (; known > from; --known)
-        tails[known - 1].add(tails[known]);
-    cost.add(tails[from]);
-    return false;
-}
-
-/** Accepts at the end of the subject: the stretches that were not reached are empty. */
-bool acceptEarly(int part)
-{
-    std::fill(positions + part + 1, std::end(positions), subjectLength);
-    return true;
-}
-
-bool step(int part, int position, int remaining, Cost &cost)
-{
-    cost.calls = 1;
-    positions[part] = position;
     const Kind kind = kinds[part];
-    if (remaining < 0)
-        return position == subjectLength;
-    if (remaining == 1 && kind != PatternEnd)
-        return settle(part, position);
-    if (!literalStandsAt(part, position))
-        return false;
     const int next = position + literalLengths[part];
+    if (remaining < 0)
+        return {position == subjectLength, 1, 0};
+    if (isLast(part, remaining))
+        return {settle(part, position), 1, 0};
+    if (!literalStandsAt(part, position))
+        return {false, 1, 0};
     if (next == subjectLength)
-        return (kind == AnyRun || kind == PatternEnd) && acceptEarly(part);
-    switch (kind) {
-    case OneCharacter:
-        return descend(part + 1, next + 1, remaining - 1, cost);
-    case AnyRun:
-        return tryRun(part + 1, next, remaining - 1, cost);
-    case NonEmptyRun:
-        return tryRun(part + 1, next + 1, remaining - 1, cost);
-    default:
-        return false;
+        return {kind == AnyRun || kind == PatternEnd, 1, 0};
+    if (kind == PatternEnd)
+        return {false, 1, 0};
+    const Try &behind =
+        kind == OneCharacter ? steps[part + 1][next + 1] : runs[part + 1][kind == AnyRun ? next : next + 1];
+    return {behind.matches, sumOf(behind.calls, 1), behind.levels + 1};
+}
+
+void tryEverywhere(int part, int remaining)
+{
+    // A run goes on behind the end of the subject for as many positions as the literal before it is long,
+    // where its part fails as it does at the end.
+    runs[part][subjectLength + 1] = {false, literalLengths[part - 1], 0};
+    for (int position = subjectLength; position >= 0; --position) {
+        const Try here = tryAt(part, position, remaining);
+        const Try &later = runs[part][position + 1];
+        steps[part][position] = here;
+        runs[part][position] = here;
+        if (!here.matches)
+            runs[part][position] = {later.matches, sumOf(here.calls, later.calls), std::max(here.levels, later.levels)};
+    }
+}
+
+/** Where the parts stand from one on that matches. Those that an early accept does not reach stand at the end. */
+void locate(int part, int position, int remaining)
+{
+    std::fill(positions + part, std::end(positions), subjectLength);
+    for (;; ++part, --remaining) {
+        while (!steps[part][position].matches)
+            ++position;
+        positions[part] = position;
+        position += literalLengths[part];
+        if (isLast(part, remaining))
+            positions[part + 1] = subjectLength - literalLengths[part + 1];
+        if (isLast(part, remaining) || remaining < 0 || position == subjectLength)
+            return;
+        position += kinds[part] == AnyRun ? 0 : 1;
     }
 }
 
@@ -211,21 +178,6 @@ int fail()
 {
     metaCount = 0;
     return 0;
-}
-
-int compareStored()
-{
-    counters.depth = 1;
-    counters.deepest = 1;
-    strlwr_win(subjectText);
-    strlwr_win(patternText);
-    subjectLength = int(std::strlen(subjectText));
-    if (!std::strpbrk(patternText, "*?+"))
-        return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
-    if (!splitPattern())
-        return fail();
-    forgetFailures(metaCount);
-    return CmpX(0, 0, metaCount) ? 1 : fail();
 }
 } // namespace
 
@@ -238,23 +190,32 @@ void strlwr_win(char *s)
 
 int CmpX(int part, int position, int remaining)
 {
-    if (searchedFor != (long long)part + remaining)
-        forgetFailures((long long)part + remaining);
-    Cost cost;
-    const bool matches = step(part, position, remaining, cost);
-    Cost all{counters.calls, 0};
-    all.add(cost);
-    counters.calls = all.calls;
-    counters.deepest = std::max(counters.deepest, counters.depth + cost.levels);
-    return matches ? 1 : 0;
+    remaining = std::clamp(remaining, -1, MaxParts); // what is beyond says the same
+    const int last = part + (remaining > 0 ? remaining - 1 : 1);
+    for (int behind = std::min(last, partCount - 1); behind > part; --behind)
+        tryEverywhere(behind, remaining - (behind - part));
+    const Try all = tryAt(part, position, remaining);
+    steps[part][position] = all;
+    counters.calls = sumOf(counters.calls, all.calls);
+    counters.deepest = std::max(counters.deepest, counters.depth + all.levels);
+    if (all.matches)
+        locate(part, position, remaining);
+    return all.matches ? 1 : 0;
 }
 
 int WCompare(const char *subject, const char *pattern)
 {
     if (!copyText(subjectText, subject) || !copyText(patternText, pattern))
         return fail();
-    std::memcpy(unchangedSubject, subjectText, std::strlen(subjectText) + 1);
-    return compareStored();
+    counters.depth = 1;
+    counters.deepest = 1;
+    subjectLength = int(std::strlen(subjectText));
+    std::memcpy(unchangedSubject, subjectText, std::size_t(subjectLength) + 1);
+    strlwr_win(subjectText);
+    strlwr_win(patternText);
+    if (!std::strpbrk(patternText, "*?+"))
+        return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
+    return splitPattern() && CmpX(0, 0, metaCount) ? 1 : fail();
 }
 
 int WCompareNoCase(const char *subject, const char *pattern)

@@ -45,8 +45,8 @@ int CmpX(int part, int position, int remaining);
 void WCompare_GetParts(char (*&parts)[100][256], int *&lengths, int &n);
 
 /**
- * What comparing costs step by step, for diagnosis. The matcher remembers what
- * failed and does less than it counts; the counts stop at the largest int.
+ * What comparing costs step by step, for diagnosis. The matcher tries nothing
+ * twice and does less than it counts; the counts stop at the largest int.
  */
 struct WCompareCounters {
     int calls = 0;   ///< calls of the recursive step since the start of the process
