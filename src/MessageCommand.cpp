@@ -35,8 +35,7 @@ CMessageCommand &CMessageCommand::operator=(const CMessageCommand &other)
 void CMessageCommand::clean()
 {
     MessageType = 0;
-    RecordParts::release(SensorID);
-    LSensorID = 0;
+    RecordParts::release(SensorID, LSensorID);
     CommandID = 0;
     CommandType = 0;
     CommandTime = 0;

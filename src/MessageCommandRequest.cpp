@@ -5,6 +5,19 @@
 #include "Messages.h"
 #include "recordparts.h"
 
+#include <tuple>
+
+namespace
+{
+/** All fields but the masks. */
+template <class Request> auto numbersOf(Request &r)
+{
+    return std::tie(r.NMax, r.TakeFirst1_Last0, r.MessageType, r.UseMessageType, r.UseSensorID, r.CommandID0,
+                    r.CommandID1, r.UseCommandID0, r.UseCommandID1, r.CommandType, r.UseCommandType, r.CommandTime0,
+                    r.UseCommandTime0, r.CommandTime1, r.UseCommandTime1);
+}
+} // namespace
+
 CMessageCommandRequest::CMessageCommandRequest(const CMessageCommandRequest &other)
     : CMessageCommandRequest()
 {
@@ -20,44 +33,16 @@ CMessageCommandRequest &CMessageCommandRequest::operator=(const CMessageCommandR
 {
     if (this == &other)
         return *this;
-    NMax = other.NMax;
-    TakeFirst1_Last0 = other.TakeFirst1_Last0;
-    MessageType = other.MessageType;
-    UseMessageType = other.UseMessageType;
+    numbersOf(*this) = numbersOf(other);
     CopyPtr(&SensorID, &LSensorID, other.SensorID, other.LSensorID);
-    UseSensorID = other.UseSensorID;
-    CommandID0 = other.CommandID0;
-    CommandID1 = other.CommandID1;
-    UseCommandID0 = other.UseCommandID0;
-    UseCommandID1 = other.UseCommandID1;
-    CommandType = other.CommandType;
-    UseCommandType = other.UseCommandType;
-    CommandTime0 = other.CommandTime0;
-    UseCommandTime0 = other.UseCommandTime0;
-    CommandTime1 = other.CommandTime1;
-    UseCommandTime1 = other.UseCommandTime1;
     return *this;
 }
 
 void CMessageCommandRequest::clean()
 {
+    std::apply([](auto &...number) { ((number = 0), ...); }, numbersOf(*this));
     NMax = 100;
-    TakeFirst1_Last0 = 0;
-    MessageType = 0;
-    UseMessageType = 0;
-    RecordParts::release(SensorID);
-    LSensorID = 0;
-    UseSensorID = 0;
-    CommandID0 = 0;
-    CommandID1 = 0;
-    UseCommandID0 = 0;
-    UseCommandID1 = 0;
-    CommandType = 0;
-    UseCommandType = 0;
-    CommandTime0 = 0;
-    UseCommandTime0 = 0;
-    CommandTime1 = 0;
-    UseCommandTime1 = 0;
+    RecordParts::release(SensorID, LSensorID);
 }
 
 int CMessageCommandRequest::operator&(const CMessageCommand &command) const

@@ -33,12 +33,10 @@ CMessageEvent &CMessageEvent::operator=(const CMessageEvent &other)
 void CMessageEvent::clean()
 {
     MessageType = 0;
-    RecordParts::release(SensorID);
-    LSensorID = 0;
+    RecordParts::release(SensorID, LSensorID);
     MessageID = 0;
     SensorType = 0;
-    RecordParts::release(EventName);
-    LEventName = 0;
+    RecordParts::release(EventName, LEventName);
     EventTime = 0;
     RecordParts::releaseParameters(par, ParNum);
 }

@@ -28,10 +28,8 @@ CMessageEventParam &CMessageEventParam::operator=(const CMessageEventParam &othe
 
 void CMessageEventParam::clean()
 {
-    RecordParts::release(Name);
-    RecordParts::release(Val);
-    LName = 0;
-    LVal = 0;
+    RecordParts::release(Name, LName);
+    RecordParts::release(Val, LVal);
     Type = 0;
 }
 

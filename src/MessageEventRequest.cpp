@@ -5,6 +5,19 @@
 #include "Messages.h"
 #include "recordparts.h"
 
+#include <tuple>
+
+namespace
+{
+/** All fields but the masks. */
+template <class Request> auto numbersOf(Request &r)
+{
+    return std::tie(r.NMax, r.TakeFirst1_Last0, r.MessageID0, r.MessageID1, r.UseMessageID0, r.UseMessageID1,
+                    r.MessageType, r.UseMessageType, r.UseSensorID, r.SensorType, r.UseSensorType, r.UseEventName,
+                    r.EventTime0, r.UseEventTime0, r.EventTime1, r.UseEventTime1);
+}
+} // namespace
+
 CMessageEventRequest::CMessageEventRequest(const CMessageEventRequest &other)
     : CMessageEventRequest()
 {
@@ -20,49 +33,18 @@ CMessageEventRequest &CMessageEventRequest::operator=(const CMessageEventRequest
 {
     if (this == &other)
         return *this;
-    NMax = other.NMax;
-    TakeFirst1_Last0 = other.TakeFirst1_Last0;
-    MessageID0 = other.MessageID0;
-    MessageID1 = other.MessageID1;
-    UseMessageID0 = other.UseMessageID0;
-    UseMessageID1 = other.UseMessageID1;
-    MessageType = other.MessageType;
-    UseMessageType = other.UseMessageType;
+    numbersOf(*this) = numbersOf(other);
     CopyPtr(&SensorID, &LSensorID, other.SensorID, other.LSensorID);
-    UseSensorID = other.UseSensorID;
-    SensorType = other.SensorType;
-    UseSensorType = other.UseSensorType;
     CopyPtr(&EventName, &LEventName, other.EventName, other.LEventName);
-    UseEventName = other.UseEventName;
-    EventTime0 = other.EventTime0;
-    UseEventTime0 = other.UseEventTime0;
-    EventTime1 = other.EventTime1;
-    UseEventTime1 = other.UseEventTime1;
     return *this;
 }
 
 void CMessageEventRequest::clean()
 {
+    std::apply([](auto &...number) { ((number = 0), ...); }, numbersOf(*this));
     NMax = 100;
-    TakeFirst1_Last0 = 0;
-    MessageID0 = 0;
-    MessageID1 = 0;
-    UseMessageID0 = 0;
-    UseMessageID1 = 0;
-    MessageType = 0;
-    UseMessageType = 0;
-    RecordParts::release(SensorID);
-    LSensorID = 0;
-    UseSensorID = 0;
-    SensorType = 0;
-    UseSensorType = 0;
-    RecordParts::release(EventName);
-    LEventName = 0;
-    UseEventName = 0;
-    EventTime0 = 0;
-    UseEventTime0 = 0;
-    EventTime1 = 0;
-    UseEventTime1 = 0;
+    RecordParts::release(SensorID, LSensorID);
+    RecordParts::release(EventName, LEventName);
 }
 
 int CMessageEventRequest::operator&(const CMessageEvent &event) const

@@ -31,10 +31,8 @@ CSensor &CSensor::operator=(const CSensor &other)
 void CSensor::clean()
 {
     SensorType = 0;
-    RecordParts::release(SensorID);
-    LSensorID = 0;
-    RecordParts::release(Description);
-    LDescription = 0;
+    RecordParts::release(SensorID, LSensorID);
+    RecordParts::release(Description, LDescription);
     MessageType = 0;
     EventTime = 0;
 }

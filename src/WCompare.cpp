@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstddef>
 #include <cstring>
 #include <iterator>
 
@@ -46,9 +45,9 @@ Try runs[MaxParts][TextSize + 1];
 
 WCompareCounters counters;
 
-bool copyText(char (&to)[TextSize], const char *from)
+bool copyText(char (&to)[TextSize], const char *from, std::size_t bound)
 {
-    const std::size_t length = from ? strnlen(from, TextSize) : 0;
+    const std::size_t length = from ? strnlen(from, std::min<std::size_t>(bound, TextSize)) : 0;
     if (length >= TextSize)
         return false;
     std::memcpy(to, from ? from : "", length);
@@ -179,6 +178,21 @@ int fail()
     metaCount = 0;
     return 0;
 }
+
+int compare(const char *subject, std::size_t subjectBound, const char *pattern, std::size_t patternBound)
+{
+    if (!copyText(subjectText, subject, subjectBound) || !copyText(patternText, pattern, patternBound))
+        return fail();
+    counters.depth = 1;
+    counters.deepest = 1;
+    subjectLength = int(std::strlen(subjectText));
+    std::memcpy(unchangedSubject, subjectText, std::size_t(subjectLength) + 1);
+    strlwr_win(subjectText);
+    strlwr_win(patternText);
+    if (!std::strpbrk(patternText, "*?+"))
+        return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
+    return splitPattern() && CmpX(0, 0, metaCount) ? 1 : fail();
+}
 } // namespace
 
 void strlwr_win(char *s)
@@ -205,24 +219,19 @@ int CmpX(int part, int position, int remaining)
 
 int WCompare(const char *subject, const char *pattern)
 {
-    if (!copyText(subjectText, subject) || !copyText(patternText, pattern))
-        return fail();
-    counters.depth = 1;
-    counters.deepest = 1;
-    subjectLength = int(std::strlen(subjectText));
-    std::memcpy(unchangedSubject, subjectText, std::size_t(subjectLength) + 1);
-    strlwr_win(subjectText);
-    strlwr_win(patternText);
-    if (!std::strpbrk(patternText, "*?+"))
-        return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
-    return splitPattern() && CmpX(0, 0, metaCount) ? 1 : fail();
+    return compare(subject, TextSize, pattern, TextSize);
+}
+
+int WCompareNoCase(const char *subject, std::size_t subjectBound, const char *pattern, std::size_t patternBound)
+{
+    const int result = compare(subject, subjectBound, pattern, patternBound);
+    strlwr_win(unchangedSubject);
+    return result;
 }
 
 int WCompareNoCase(const char *subject, const char *pattern)
 {
-    const int result = WCompare(subject, pattern);
-    strlwr_win(unchangedSubject);
-    return result;
+    return WCompareNoCase(subject, TextSize, pattern, TextSize);
 }
 
 void WCompare_GetParts(char (*&parts)[100][256], int *&lengths, int &n)

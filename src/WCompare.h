@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: BSD-2-Clause
 #pragma once
 
+#include <cstddef>
+
 /**
  * @file
  * Wildcard comparison without regard to ASCII letter case: `*` any run, `?`
@@ -23,6 +25,8 @@ int WCompare(const char *subject, const char *pattern);
 
 /** As WCompare; the captured stretches come out in lower case. */
 int WCompareNoCase(const char *subject, const char *pattern);
+/** The same for texts that end with that many bytes at the latest, where no NUL comes before. */
+int WCompareNoCase(const char *subject, std::size_t subjectBound, const char *pattern, std::size_t patternBound);
 
 /**
  * The recursive step of WCompare, on the pattern that was split last: 1 when

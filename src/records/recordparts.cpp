@@ -6,58 +6,39 @@
 #include "WCompare.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstring>
+#include <cstdint>
+#include <utility>
 
 namespace
 {
-/** A record's text as a NUL-terminated one: the buffer itself where it is terminated or has no length. */
-class TerminatedText
+/** Within how many bytes a text ends that has this length field. */
+std::size_t roomOf(int length)
 {
-public:
-    TerminatedText(const char *buffer, int length)
-        : m_text(buffer)
-    {
-        if (!buffer || length <= 0 || std::memchr(buffer, '\0', std::size_t(length)))
-            return;
-        const std::size_t copied = std::min(std::size_t(length), sizeof(m_copy) - 1);
-        std::copy_n(buffer, copied, m_copy);
-        m_copy[copied] = '\0';
-        m_text = m_copy;
-    }
-    TerminatedText(const TerminatedText &) = delete;
-    TerminatedText &operator=(const TerminatedText &) = delete;
-
-    operator const char *() const
-    {
-        return m_text;
-    }
-
-private:
-    char m_copy[1025]; // 1024 bytes are beyond the matcher's bounds, as the whole text is
-    const char *m_text;
-};
+    return length > 0 ? std::size_t(length) : SIZE_MAX;
+}
 } // namespace
 
 namespace RecordParts
 {
-void release(char *&text)
+void release(char *&text, int &length)
 {
     delete[] text;
     text = nullptr;
+    length = 0;
 }
 
 void allocate(char *&text, int length)
 {
-    release(text);
-    text = new char[std::size_t(length > 0 ? length : 0) + 1];
+    delete[] std::exchange(text, nullptr);
+    text = new char[std::size_t(std::max(length, 0)) + 1];
 }
 
 void allocateIfAny(char *&text, int length)
 {
-    release(text);
     if (length > 0)
         allocate(text, length);
+    else
+        delete[] std::exchange(text, nullptr);
 }
 
 void releaseParameters(CMessageEventParam *&par, int &count)
@@ -69,8 +50,7 @@ void releaseParameters(CMessageEventParam *&par, int &count)
 
 void createParameters(CMessageEventParam *&par, int count)
 {
-    delete[] par;
-    par = nullptr;
+    delete[] std::exchange(par, nullptr);
     if (count > 0) {
         // The branch that coverage leaves out is the compiler's: a size that overflows, with 4-byte pointers only.
         par = new CMessageEventParam[std::size_t(count)]; // GCOVR_EXCL_BR_LINE
@@ -97,6 +77,6 @@ void allocateParameterStrings(CMessageEventParam *par, int count)
 
 bool matches(const char *mask, int maskLength, const char *text, int textLength)
 {
-    return !mask || WCompareNoCase(TerminatedText(mask, maskLength), TerminatedText(text, textLength)) != 0;
+    return !mask || WCompareNoCase(mask, roomOf(maskLength), text, roomOf(textLength)) != 0;
 }
 } // namespace RecordParts

@@ -11,8 +11,8 @@ struct CMessageEventParam;
 
 namespace RecordParts
 {
-/** Releases an owned buffer and leaves NULL behind. */
-void release(char *&text);
+/** Releases an owned buffer and zeroes pointer and length. */
+void release(char *&text, int &length);
 /** Gives `text` a fresh buffer of `length` + 1 bytes, contents undefined. */
 void allocate(char *&text, int length);
 /** The same, but NULL for a length of 0 or less. */
