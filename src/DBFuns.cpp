@@ -13,7 +13,7 @@
 #include <QByteArray>
 #include <QFile>
 
-#include <array>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -31,31 +31,48 @@ void tellOfCutTestFile()
         std::fprintf(stderr, "%s is longer than 64 MB: the rest is not read\n", QFile::encodeName(file).constData());
 }
 
-/** What the operator and the trace read of one fetch function. */
-struct FetchTexts {
-    DBFunction function; ///< the DB library's
-    const char *name;
-    const char *entry;
+/** What the trace calls what stands around a function of the library: the same without its F. */
+const char *traceName(DBFunction function)
+{
+    return DBSymbols[function].key + 1;
+}
+
+void traceEntry(DBFunction function)
+{
+    std::printf("%s<\n", traceName(function));
+}
+
+/** One of the three fetch functions, what stands in for it, and what the operator and the trace read of it. */
+template <class Record, class... Request> struct Source {
+    DBFunction function;
+    int (*&library)(int *, Record **, Request *...); ///< NULL without one
+    int (*testSource)(int *, Record *, Request *...);
+    int testCapacity;      ///< records that the test source holds at most
+    int sizes;             ///< what the library must answer to the size query
     const char *exit;      ///< printf: result, count
     const char *badAnswer; ///< the size query returned nonsense
     const char *noArray;   ///< the caller gave no place for the array
     const char *badSizes;  ///< printf: record size here, in the library; the same for the request
 };
 
-constexpr FetchTexts SensorTexts = {
+constexpr Source<CSensor> Sensors = {
     DBFunctionGetSensors,
-    "DBGetSensors",
-    "DBGetSensors<",
+    FDBGetSensors,
+    DBGetSensorsDebug,
+    DebugSensorCapacity,
+    SensorSize,
     "DBGetSensors> (rtn=%d; N=%d)\n",
     forTranslators("DBGetSensors(NULL,NULL) return incorrect value (should return sizeof(CSensor))"),
     forTranslators("FDBGetSensors: s==NULL"),
     forTranslators("FDBGetSensors return incorrect struct size:sizeof(CSensor)=%d,return=%d"),
 };
 
-constexpr FetchTexts EventTexts = {
+constexpr Source<CMessageEvent, CMessageEventRequest> Events = {
     DBFunctionGetEvents,
-    "DBGetEvents",
-    "DBGetEvents<",
+    FDBGetEvents,
+    DBGetEventsDebug,
+    DebugEventCapacity,
+    EventSizes,
     "DBGetEvents> \n",
     forTranslators("FDBGetEvents(NULL,NULL,NULL) return incorrect value (should return "
                    "sizeof(CMessageEvent)|(sizeof(CMessageEventRequest)<<16))"),
@@ -64,10 +81,12 @@ constexpr FetchTexts EventTexts = {
                    "size(CCMessageEventRequest)=%d,return=%d"),
 };
 
-constexpr FetchTexts CommandTexts = {
+constexpr Source<CMessageCommand, CMessageCommandRequest> Commands = {
     DBFunctionGetCommands,
-    "DBGetCommands",
-    "DBGetCommands<",
+    FDBGetCommands,
+    DBGetCommandsDebug,
+    DebugCommandCapacity,
+    CommandSizes,
     "DBGetCommands> \n",
     forTranslators("FDBGetCommands(NULL,NULL,NULL) return incorrect value (should return "
                    "sizeof(CMessageCommand)|(sizeof(CMessageCommandRequest)<<16))"),
@@ -76,69 +95,25 @@ constexpr FetchTexts CommandTexts = {
                    "size(CMessageCommandRequest)=%d,return=%d"),
 };
 
-/** The sizes of a record and its request (0: it has none), here or as a library answered. */
-struct RecordSizes {
-    int record;
-    int request;
-};
-
-/** Reads the answer to a size query; nothing when it cannot be one. */
-std::optional<RecordSizes> readSizes(int answer, bool hasRequest)
-{
-    if (answer < 1)
-        return std::nullopt;
-    if (!hasRequest)
-        return RecordSizes{answer, 0};
-    const RecordSizes sizes = {answer & 0xFFFF, (answer >> 16) & 0xFFFF};
-    return sizes.record > 0 && sizes.request > 0 ? std::optional(sizes) : std::nullopt;
-}
-
-/** One of the three fetch functions: the library's, NULL without one, and what stands in for it. */
-template <class Record, class... Request> struct Source {
-    const FetchTexts &texts;
-    int (*library)(int *, Record **, Request *...);
-    int (*testSource)(int *, Record *, Request *...);
-    int testCapacity; ///< records that the test source holds at most
-};
-
-Source<CSensor> sensorSource()
-{
-    return {SensorTexts, FDBGetSensors, DBGetSensorsDebug, DebugSensorCapacity};
-}
-
-Source<CMessageEvent, CMessageEventRequest> eventSource()
-{
-    return {EventTexts, FDBGetEvents, DBGetEventsDebug, DebugEventCapacity};
-}
-
-Source<CMessageCommand, CMessageCommandRequest> commandSource()
-{
-    return {CommandTexts, FDBGetCommands, DBGetCommandsDebug, DebugCommandCapacity};
-}
-
 /** Whether the library was built for this program's records, by its own word; tells the operator when not. */
 template <class Record, class... Request>
 bool agree(const Source<Record, Request...> &source, bool hasArray, QDialog *parent)
 {
-    const FetchTexts &texts = source.texts;
-    const auto answer = callLibrary(
-        texts.function, [&] { return source.library(nullptr, nullptr, static_cast<Request *>(nullptr)...); });
-    const RecordSizes ours = {int(sizeof(Record)), int((std::size_t(0) + ... + sizeof(Request)))};
-    const std::optional<RecordSizes> theirs = readSizes(answer.value_or(-1), ours.request > 0);
-    if (!theirs) {
-        inform(parent, "", {texts.badAnswer});
-        return false;
-    }
-    if (!hasArray) {
-        inform(parent, "", {texts.noArray});
-        return false;
-    }
-    if (theirs->record != ours.record || theirs->request != ours.request) {
-        const std::array sizes = {ours.record, theirs->record, ours.request, theirs->request};
-        inform(parent, "", {texts.badSizes, nullptr, sizes});
-        return false;
-    }
-    return true;
+    const auto query = [&] { return source.library(nullptr, nullptr, static_cast<Request *>(nullptr)...); };
+    const int answer = callLibrary(source.function, query).value_or(-1);
+    constexpr bool hasRequest = sizeof...(Request) > 0;
+    const auto record = [](int sizes) { return hasRequest ? sizes & 0xFFFF : sizes; };
+    const auto request = [](int sizes) { return (sizes >> 16) & 0xFFFF; };
+    const int ours = source.sizes;
+    if (answer < 1 || (hasRequest && (record(answer) == 0 || request(answer) == 0)))
+        inform(parent, "", {source.badAnswer});
+    else if (!hasArray)
+        inform(parent, "", {source.noArray});
+    else if (answer != ours)
+        inform(parent, "", {source.badSizes, nullptr, {record(ours), record(answer), request(ours), request(answer)}});
+    else
+        return true;
+    return false;
 }
 
 /** What came of a library's fetch. */
@@ -155,7 +130,7 @@ struct Fetched {
 template <class Record, class... Request, class Take>
 Fetched fetchFromLibrary(const Source<Record, Request...> &source, int *n, Take take, Request *...request)
 {
-    const DBFunction function = source.texts.function;
+    const DBFunction function = source.function;
     Record *theirs = nullptr;
     *n = 0;
     const auto fetched = callLibrary(function, [&] { return source.library(n, &theirs, request...); });
@@ -169,28 +144,14 @@ Fetched fetchFromLibrary(const Source<Record, Request...> &source, int *n, Take 
 }
 
 /** Tells of short memory, writes the closing trace line and gives the result of the whole. */
-int finish(const FetchTexts &texts, const Fetched &fetched, int shown, QDialog *parent)
+template <class Source> int finish(const Source &source, const Fetched &fetched, int shown, QDialog *parent)
 {
     if (fetched.noRoomFor > 0) {
         const char *text = forTranslators("%s: not enough memory for %d records");
-        inform(parent, "", {text, texts.name, {fetched.noRoomFor}});
+        inform(parent, "", {text, traceName(source.function), {fetched.noRoomFor}});
     }
-    std::printf(texts.exit, fetched.result.value_or(-1), shown);
+    std::printf(source.exit, fetched.result.value_or(-1), shown);
     return fetched.result.value_or(-1);
-}
-
-/** A deep copy of `count` records; NULL when memory is short. */
-template <class Record> std::unique_ptr<Record[]> copied(const Record *records, int count)
-{
-    try {
-        // No count is too large for an array where pointers have 8 bytes: one branch of the check is for 4.
-        std::unique_ptr<Record[]> copy(new Record[std::size_t(count)]); // GCOVR_EXCL_BR_LINE
-        for (int i = 0; i < count; ++i)
-            copy[std::size_t(i)] = records[i];
-        return copy;
-    } catch (...) { // records fail to be copied for want of memory only
-        return nullptr;
-    }
 }
 
 /** Fetches into the caller's array and count, which change only when all went well. */
@@ -200,8 +161,15 @@ Fetched fetchCopies(const Source<Record, Request...> &source, int *n, Record **a
     const int before = *n;
     std::unique_ptr<Record[]> copy;
     const auto take = [&copy](int, const Record *records, int count) {
-        copy = copied(records, count);
-        return copy != nullptr;
+        try {
+            // No count is too large for an array where pointers have 8 bytes: one branch of the check is for 4.
+            copy.reset(new Record[std::size_t(count)]); // GCOVR_EXCL_BR_LINE
+            std::copy_n(records, count, copy.get());
+            return true;
+        } catch (...) { // records fail to be copied for want of memory only
+            copy.reset();
+            return false;
+        }
     };
     const Fetched fetched = fetchFromLibrary(source, n, take, request...);
     if (!fetched.result) {
@@ -216,11 +184,11 @@ Fetched fetchCopies(const Source<Record, Request...> &source, int *n, Record **a
 template <class Record, class... Request>
 int fetch(const Source<Record, Request...> &source, int *n, Record **array, QDialog *parent, Request *...request)
 {
-    std::puts(source.texts.entry);
+    traceEntry(source.function);
     if (!source.library) {
         const int result = source.testSource(n, array ? *array : nullptr, request...);
         tellOfCutTestFile();
-        std::printf(source.texts.exit, result, n ? *n : -1);
+        std::printf(source.exit, result, n ? *n : -1);
         return result;
     }
     if (!agree(source, array != nullptr, parent))
@@ -228,7 +196,7 @@ int fetch(const Source<Record, Request...> &source, int *n, Record **array, QDia
     const Fetched fetched = n ? fetchCopies(source, n, array, request...) : Fetched();
     // The window that owns count and array may be closed while a box is open: nothing of it is read after that.
     const int shown = n ? *n : -1;
-    return finish(source.texts, fetched, shown, parent);
+    return finish(source, fetched, shown, parent);
 }
 
 /**
@@ -266,7 +234,7 @@ int read(const Source<Record, Request> &source, const RecordReader<Record> &read
 {
     if (!source.library)
         return readTestData(source, reader, parent, request);
-    std::puts(source.texts.entry);
+    traceEntry(source.function);
     if (!agree(source, true, parent))
         return -1;
     std::exception_ptr thrown;
@@ -283,17 +251,17 @@ int read(const Source<Record, Request> &source, const RecordReader<Record> &read
     };
     int n = 0;
     const Fetched fetched = fetchFromLibrary(source, &n, take, request);
-    const int result = finish(source.texts, fetched, n, parent);
+    const int result = finish(source, fetched, n, parent);
     if (thrown)
         std::rethrow_exception(thrown);
     return result;
 }
 
 /** Initialises one data source between its two trace lines. */
-int initialise(DBFunction function, const char *entry, const char *exit, InitDBSensorsFunction *library,
-               int (*testSource)(QString), const QString &dir)
+int initialise(DBFunction function, const char *exit, InitDBSensorsFunction *library, int (*testSource)(QString),
+               const QString &dir)
 {
-    std::puts(entry);
+    traceEntry(function);
     const QByteArray path = QFile::encodeName(dir);
     const int result =
         library ? judged(function, callLibrary(function, [&] { return library(path.constData()); })) : testSource(dir);
@@ -304,23 +272,23 @@ int initialise(DBFunction function, const char *entry, const char *exit, InitDBS
 }
 
 /** Hands a record over between two equal trace lines. */
-template <class Record> int put(DBFunction function, const char *trace, int (*library)(Record *), Record &record)
+template <class Record> int put(DBFunction function, int (*library)(Record *), Record &record)
 {
     if (!library)
         return -1;
-    std::puts(trace);
+    traceEntry(function);
     const int result = judged(function, callLibrary(function, [&] { return library(&record); }));
-    std::puts(trace);
+    traceEntry(function);
     return result;
 }
 
 /** Whatever the library says to it, the record counts as deleted. */
-int deleteRecord(DBFunction function, const char *entry, const char *exit, DBDeleteEventFunction *library, int id)
+int deleteRecord(DBFunction function, DBDeleteEventFunction *library, int id)
 {
-    std::puts(entry);
+    traceEntry(function);
     if (library)
         judged(function, callLibrary(function, [&] { return library(id); }));
-    std::puts(exit);
+    std::printf("%s> \n", traceName(function));
     return 0;
 }
 
@@ -362,19 +330,17 @@ int InitData()
 
 int InitDBSensors(QString dir)
 {
-    return initialise(DBFunctionInitSensors, "InitDBSensors<", "InitDBSensors> ", FInitDBSensors, InitDBSensorsDebug,
-                      dir);
+    return initialise(DBFunctionInitSensors, "InitDBSensors> ", FInitDBSensors, InitDBSensorsDebug, dir);
 }
 
 int InitDBEvents(QString dir)
 {
-    return initialise(DBFunctionInitEvents, "InitDBEvents<", "InitDBEventss> ", FInitDBEvents, InitDBEventsDebug, dir);
+    return initialise(DBFunctionInitEvents, "InitDBEventss> ", FInitDBEvents, InitDBEventsDebug, dir);
 }
 
 int InitDBCommands(QString dir)
 {
-    return initialise(DBFunctionInitCommands, "InitDBCommands<", "InitDBCommands> ", FInitDBCommands,
-                      InitDBCommandsDebug, dir);
+    return initialise(DBFunctionInitCommands, "InitDBCommands> ", FInitDBCommands, InitDBCommandsDebug, dir);
 }
 
 int roomForSensors()
@@ -384,45 +350,45 @@ int roomForSensors()
 
 int DBGetSensors(int *n, CSensor **sensors, QDialog *parent)
 {
-    return fetch(sensorSource(), n, sensors, parent);
+    return fetch(Sensors, n, sensors, parent);
 }
 
 int DBGetEvents(int *n, CMessageEvent **events, CMessageEventRequest *request, QDialog *parent)
 {
-    return fetch(eventSource(), n, events, parent, request);
+    return fetch(Events, n, events, parent, request);
 }
 
 int DBGetCommands(int *n, CMessageCommand **commands, CMessageCommandRequest *request, QDialog *parent)
 {
-    return fetch(commandSource(), n, commands, parent, request);
+    return fetch(Commands, n, commands, parent, request);
 }
 
 int readEvents(const RecordReader<CMessageEvent> &reader, CMessageEventRequest *request, QDialog *parent)
 {
-    return read(eventSource(), reader, parent, request);
+    return read(Events, reader, parent, request);
 }
 
 int readCommands(const RecordReader<CMessageCommand> &reader, CMessageCommandRequest *request, QDialog *parent)
 {
-    return read(commandSource(), reader, parent, request);
+    return read(Commands, reader, parent, request);
 }
 
 int DBPutCommand(CMessageCommand &command)
 {
-    return put(DBFunctionPutCommand, "DBPutCommand<", FDBPutCommand, command);
+    return put(DBFunctionPutCommand, FDBPutCommand, command);
 }
 
 int DBPutEvent(CMessageEvent &event)
 {
-    return put(DBFunctionPutEvent, "DBPutEvent<", FDBPutEvent, event);
+    return put(DBFunctionPutEvent, FDBPutEvent, event);
 }
 
 int DBDeleteCommand(int id)
 {
-    return deleteRecord(DBFunctionDeleteCommand, "DBDeleteCommand<", "DBDeleteCommand> ", FDBDeleteCommand, id);
+    return deleteRecord(DBFunctionDeleteCommand, FDBDeleteCommand, id);
 }
 
 int DBDeleteEvent(int id)
 {
-    return deleteRecord(DBFunctionDeleteEvent, "DBDeleteEvent<", "DBDeleteEvent> ", FDBDeleteEvent, id);
+    return deleteRecord(DBFunctionDeleteEvent, FDBDeleteEvent, id);
 }
