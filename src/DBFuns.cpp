@@ -8,18 +8,20 @@
 #include "installation.h"
 #include "librarycalls.h"
 #include "operatormessages.h"
-#include "workingdirectory.h"
+#include "visibletext.h"
 
 #include <QByteArray>
 #include <QFile>
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <memory>
 #include <new>
 #include <optional>
+#include <unistd.h>
 
 namespace
 {
@@ -290,6 +292,30 @@ int deleteRecord(DBFunction function, DBDeleteEventFunction *library, int id)
         judged(function, callLibrary(function, [&] { return library(id); }));
     std::printf("%s> \n", traceName(function));
     return 0;
+}
+
+/** What is wrong with a path from which the installation is to be looked for; NULL when nothing is. */
+const char *reasonAgainst(const QByteArray &directory)
+{
+    constexpr int room = 64; // for what comes behind it, as "/../../../Config/DebugInitCommands.txt"
+    if (directory.size() + room > PATH_MAX)
+        return "is too long";
+    return QFile::encodeName(QFile::decodeName(directory)) == directory ? nullptr : "has bytes that are no text here";
+}
+
+/** The working directory; empty, which is reported, when there is none that could be used. */
+QByteArray workingDirectory()
+{
+    const std::unique_ptr<char, decltype(&std::free)> directory(get_current_dir_name(), &std::free);
+    if (!directory) {
+        std::perror("The working directory cannot be read");
+        return {};
+    }
+    const char *reason = reasonAgainst(directory.get());
+    if (!reason)
+        return directory.get();
+    std::fprintf(stderr, "The path of the working directory %s: %s\n", reason, visibleText(directory.get()).c_str());
+    return {};
 }
 
 /** Sets CurWD and BaseWD, or ends the process. */
