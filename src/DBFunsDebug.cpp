@@ -8,29 +8,24 @@
 #include <QFile>
 
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <string>
 
 namespace
 {
 template <typename Record, int Size> struct Table {
-    static constexpr int Capacity = Size;
-    Record records[Size];
+    const char *file;
+    const char *nameKey;
+    Record records[Size] = {};
     int count = 0;
 };
 
-Table<CSensor, DebugSensorCapacity> sensorTable;
-Table<CMessageEvent, DebugEventCapacity> eventTable;
-Table<CMessageCommand, DebugCommandCapacity> commandTable;
+Table<CSensor, DebugSensorCapacity> sensorTable = {"/DebugInitSensor.txt", "ID"};
+Table<CMessageEvent, DebugEventCapacity> eventTable = {"/DebugInitEvents.txt", "SENSOR_ID"};
+Table<CMessageCommand, DebugCommandCapacity> commandTable = {"/DebugInitCommands.txt", "SENSOR_ID"};
 QString cutFile;       ///< what testFileCutShort() returns
 QString rememberedDir; ///< given last to the initialiser of events or of commands
-
-struct CloseFile {
-    void operator()(std::FILE *f) const
-    {
-        std::fclose(f);
-    }
-};
 
 /** The lines of one block. */
 class Block
@@ -66,15 +61,10 @@ void setText(char *&text, int &length, const std::string &value)
     CopyPtr(&text, &length, value.c_str(), int(value.size()) + 1);
 }
 
-// Each fills a table's slot from a block; false, and the slot untouched, when
-// the block has no name. What no key sets stays as it was in that slot.
+// Each fills a table's slot, whose name stands there, from a block. What no key sets stays as it was in that slot.
 
-bool fill(CSensor &sensor, const Block &block)
+void fill(CSensor &sensor, const Block &block)
 {
-    const std::string id = block.text("ID");
-    if (id.empty())
-        return false;
-    setText(sensor.SensorID, sensor.LSensorID, id);
     sensor.SensorType = block.number("Type");
     const std::string description = block.text("Description");
     if (!description.empty())
@@ -84,44 +74,20 @@ bool fill(CSensor &sensor, const Block &block)
         const bool yes = alive == "yes" || alive == "Yes" || alive == "YES";
         sensor.MessageType = yes ? SensorAlive : SensorDead;
     }
-    return true;
 }
 
-bool fill(CMessageEvent &event, const Block &block)
+void fill(CMessageEvent &event, const Block &block)
 {
-    const std::string id = block.text("SENSOR_ID");
-    if (id.empty())
-        return false;
-    setText(event.SensorID, event.LSensorID, id);
     event.SensorType = block.number("SENSOR_TYPE");
     setText(event.EventName, event.LEventName, block.text("EVENT_NAME"));
     event.EventTime = block.number("EVENT_TIME");
-    return true;
 }
 
-bool fill(CMessageCommand &command, const Block &block)
+void fill(CMessageCommand &command, const Block &block)
 {
-    const std::string id = block.text("SENSOR_ID");
-    if (id.empty())
-        return false;
-    setText(command.SensorID, command.LSensorID, id);
     command.CommandType = block.number("COMMAND_TYPE");
     command.CommandID = block.number("COMMAND_ID");
     command.CommandTime = block.number("COMMAND_TIME");
-    return true;
-}
-
-template <typename Table> void readTable(Table &table, const QString &path)
-{
-    table.count = 0;
-    cutFile.clear();
-    const std::unique_ptr<std::FILE, CloseFile> file(openRegularFile(QFile::encodeName(path).constData()));
-    Block block;
-    while (file && table.count < Table::Capacity && block.read(file.get()))
-        if (fill(table.records[table.count], block))
-            ++table.count;
-    if (file && std::ftell(file.get()) > MaxConfigFileSize)
-        cutFile = path;
 }
 
 /**
@@ -136,6 +102,30 @@ template <typename Action> int attempt(Action action)
     } catch (...) {
         return -1;
     }
+}
+
+/** A block without a name leaves the slot untouched, for the next one. */
+template <typename Table> int read(Table &table, const QString &dir)
+{
+    return attempt([&] {
+        const QString path = dir + QLatin1String(table.file);
+        table.count = 0;
+        cutFile.clear();
+        const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(
+            openRegularFile(QFile::encodeName(path).constData()), std::fclose);
+        Block block;
+        while (file && table.count < int(std::size(table.records)) && block.read(file.get())) {
+            const std::string name = block.text(table.nameKey);
+            if (name.empty())
+                continue;
+            auto &record = table.records[table.count];
+            setText(record.SensorID, record.LSensorID, name);
+            fill(record, block);
+            ++table.count;
+        }
+        if (file && std::ftell(file.get()) > MaxConfigFileSize)
+            cutFile = path;
+    });
 }
 
 template <typename Table, typename Record> int handOut(const Table &table, int *n, Record *records)
@@ -154,19 +144,19 @@ template <typename Table, typename Record> int handOut(const Table &table, int *
 
 int InitDBSensorsDebug(QString dir)
 {
-    return attempt([&] { readTable(sensorTable, dir + QLatin1String("/DebugInitSensor.txt")); });
+    return read(sensorTable, dir);
 }
 
 int InitDBEventsDebug(QString dir)
 {
     rememberedDir = dir;
-    return attempt([&] { readTable(eventTable, dir + QLatin1String("/DebugInitEvents.txt")); });
+    return read(eventTable, dir);
 }
 
 int InitDBCommandsDebug(QString dir)
 {
     rememberedDir = dir;
-    return attempt([&] { readTable(commandTable, dir + QLatin1String("/DebugInitCommands.txt")); });
+    return read(commandTable, dir);
 }
 
 int DBGetSensorsDebug(int *n, CSensor *sensors)
