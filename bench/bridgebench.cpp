@@ -57,8 +57,7 @@ public:
     {
         std::filesystem::create_directories(folder);
         std::ofstream(folder + "/DBLib.def") << definitions;
-        PrintedWords words;
-        loadDBLibraryFile(library, folder + "/Funs.def", placesIn(m_functions), words);
+        loadDBLibrary(library, folder + "/Funs.def", placesIn(m_functions), printWords);
         m_functions.initSensors(folder.c_str());
         m_functions.initEvents(folder.c_str());
         m_functions.initCommands(folder.c_str());

@@ -5,6 +5,7 @@
 #include "data.h"
 #include "dblibrary.h"
 #include "foreigncall.h"
+#include "namemap.h"
 
 #include <QFile>
 
@@ -26,17 +27,15 @@ const DBFunctionPlaces Pointers = {
     &FDBGetSensors,   &FInitDBSensors, &FDBGetEvents, &FInitDBEvents,    &FDBGetCommands,
     &FInitDBCommands, &FDBPutCommand,  &FDBPutEvent,  &FDBDeleteCommand, &FDBDeleteEvent,
 };
-
-int load(const QString &dir)
-{
-    PrintedWords words;
-    const LoadOutcome outcome =
-        loadDBLibrary(QFile::encodeName(dir).toStdString(), QFile::encodeName(ConfigWD).toStdString(), Pointers, words);
-    return outcome == LoadOutcome::NoFile || outcome == LoadOutcome::Incomplete ? -1 : 0;
-}
 } // namespace
 
 int LoadDLL(QString dir)
 {
-    return attempt("LoadDLL", [&] { return load(dir); }).value_or(-1);
+    const auto load = [&dir] {
+        const LoadOutcome outcome =
+            loadDBLibrary(dbLibraryIn(QFile::encodeName(dir).toStdString()),
+                          nameMapIn(QFile::encodeName(ConfigWD).toStdString()), Pointers, printWords);
+        return outcome == LoadOutcome::NoFile || outcome == LoadOutcome::Incomplete ? -1 : 0;
+    };
+    return attempt("LoadDLL", load).value_or(-1);
 }

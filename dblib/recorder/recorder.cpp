@@ -8,8 +8,8 @@
  */
 #include "answer.h"
 #include "call.h"
+#include "dblibrary.h"
 #include "foreigncall.h"
-#include "keptwords.h"
 #include "recordersettings.h"
 #include "recordingwriter.h"
 #include "standin.h"
@@ -140,10 +140,7 @@ private:
         m_settings.reset();
         m_functions = DBFunctions();
         m_writer.reset();
-        KeptWords words;
-        const LoadOutcome outcome = loadDBLibraryFile(settings.library, settings.nameMap, placesIn(m_functions), words);
-        if (outcome != LoadOutcome::Cxx)
-            words.print();
+        const LoadOutcome outcome = loadInnerDBLibrary(settings.library, settings.nameMap, placesIn(m_functions));
         if (outcome == LoadOutcome::NoFile || outcome == LoadOutcome::NotOpened)
             throw std::runtime_error(settings.library + " cannot be loaded");
         if (isOwn(m_functions)) {

@@ -2,9 +2,38 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "dbfunctions.h"
+#include "Messages.h"
+#include "dbsymbols.h"
 
+#include <array>
+#include <cstdio>
+#include <functional>
 #include <string>
+
+/** The ten functions of a DB library; NULL where it has none. They stay callable: no library is ever unloaded. */
+struct DBFunctions {
+    DBGetSensorsFunction *getSensors = nullptr;
+    InitDBSensorsFunction *initSensors = nullptr;
+    DBGetEventsFunction *getEvents = nullptr;
+    InitDBEventsFunction *initEvents = nullptr;
+    DBGetCommandsFunction *getCommands = nullptr;
+    InitDBCommandsFunction *initCommands = nullptr;
+    DBPutCommandFunction *putCommand = nullptr;
+    DBPutEventFunction *putEvent = nullptr;
+    DBDeleteCommandFunction *deleteCommand = nullptr;
+    DBDeleteEventFunction *deleteEvent = nullptr;
+};
+
+/** Where the address of each function of DBSymbols belongs: the addresses of ten function pointers. */
+using DBFunctionPlaces = std::array<void *, DBFunctionCount>;
+
+/** The places of the ten pointers in `functions`, which must outlive their use. */
+inline DBFunctionPlaces placesIn(DBFunctions &functions)
+{
+    return {&functions.getSensors,    &functions.initSensors,  &functions.getEvents,  &functions.initEvents,
+            &functions.getCommands,   &functions.initCommands, &functions.putCommand, &functions.putEvent,
+            &functions.deleteCommand, &functions.deleteEvent};
+}
 
 /** What came of loading a DB library. */
 enum class LoadOutcome {
@@ -15,33 +44,23 @@ enum class LoadOutcome {
     C,          ///< seven functions, by their C names
 };
 
-/** Takes what the loader reports, piece by piece in the order in which it happens. */
-class LoaderWords
-{
-public:
-    virtual ~LoaderWords() = default;
+/**
+ * Takes what the loader reports, piece by piece in the order in which it happens: whole lines with their line feeds.
+ * `stream` is where the console writes them: standard output for progress, standard error for the system's own reason
+ * for a failure.
+ */
+using LoaderWords = std::function<void(std::FILE *stream, const std::string &lines)>;
 
-    /** Progress, which the console writes to standard output: whole lines with their line feeds. */
-    virtual void progress(const std::string &lines) = 0;
-    /** The system's own reason for a failure, which the console writes to standard error: one line likewise. */
-    virtual void reason(const std::string &line) = 0;
-};
-
-/** Writes the words to standard output and standard error, as the console does. */
-class PrintedWords : public LoaderWords
-{
-public:
-    void progress(const std::string &lines) override;
-    void reason(const std::string &line) override;
-};
+/** Writes the words where the console does. */
+void printWords(std::FILE *stream, const std::string &lines);
 
 /** The file that is the DB library of the installation whose library directory is `libs`. */
 std::string dbLibraryIn(const std::string &libs);
 
 /**
- * Loads dbLibraryIn(`libs`) and looks its functions up: all ten by their C++
+ * Loads the library at `path` and looks its functions up: all ten by their C++
  * symbols, and when one is missing, the first seven again by their C names.
- * `config` + "/Funs.def" may give other names; they hold in both passes.
+ * The file `nameMap` may give other names; they hold in both passes.
  *
  * Sets the pointers at `pointers`: a pass that fails leaves NULL in the one
  * that it failed at, and every one that it did not reach as it was. Each call
@@ -49,9 +68,11 @@ std::string dbLibraryIn(const std::string &libs);
  *
  * Throws what `words` throws, and std::bad_alloc.
  */
-LoadOutcome loadDBLibrary(const std::string &libs, const std::string &config, const DBFunctionPlaces &pointers,
-                          LoaderWords &words);
+LoadOutcome loadDBLibrary(const std::string &path, const std::string &nameMap, const DBFunctionPlaces &pointers,
+                          const LoaderWords &words);
 
-/** The same for the library at `path` with the function-name map at `nameMap`, whatever both are called. */
-LoadOutcome loadDBLibraryFile(const std::string &path, const std::string &nameMap, const DBFunctionPlaces &pointers,
-                              LoaderWords &words);
+/**
+ * The same where one library loads another: prints the words only when the outcome is another one than Cxx, as the
+ * console has told of its own load already.
+ */
+LoadOutcome loadInnerDBLibrary(const std::string &path, const std::string &nameMap, const DBFunctionPlaces &pointers);

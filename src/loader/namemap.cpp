@@ -9,20 +9,13 @@ std::string nameMapIn(const std::string &config)
     return config + "/Funs.def";
 }
 
-NameMap::NameMap(const std::string &config)
-    : NameMap(ofFile(nameMapIn(config)))
+NameMap::NameMap(const std::string &path)
 {
-}
-
-NameMap NameMap::ofFile(const std::string &path)
-{
-    NameMap names;
     if (std::FILE *file = openRegularFile(path.c_str())) {
-        names.m_exists = true;
-        GetDefs(file, names.m_lines, names.m_count);
+        m_exists = true;
+        GetDefs(file, m_lines, m_count);
         std::fclose(file);
     }
-    return names;
 }
 
 std::string NameMap::configured(const char *key) const
@@ -34,8 +27,6 @@ std::string NameMap::configured(const char *key) const
 
 std::string NameMap::name(const char *key, const char *usual) const
 {
-    std::string value = configured(key);
-    if (value.empty())
-        value = usual;
-    return value;
+    const std::string value = configured(key);
+    return value.empty() ? usual : value;
 }

@@ -13,10 +13,8 @@ std::string nameMapIn(const std::string &config);
 class NameMap
 {
 public:
-    /** Reads `config` + "/Funs.def". Without such a file, or when it cannot be read, there are no lines. */
-    explicit NameMap(const std::string &config);
-    /** The same from a file of any name. */
-    static NameMap ofFile(const std::string &path);
+    /** Reads the file at `path`. Without one, or when it cannot be read, there are no lines. */
+    explicit NameMap(const std::string &path);
 
     /** The name that the map gives the function `key`, for both passes; empty for its usual one. */
     std::string configured(const char *key) const;
@@ -37,8 +35,6 @@ public:
     }
 
 private:
-    NameMap() = default;
-
     bool m_exists = false;
     int m_count = 0;
     char m_lines[MaxDefLines][ConfigLineSize] = {};

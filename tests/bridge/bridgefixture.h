@@ -4,6 +4,7 @@
 
 #include "capturedoutput.h"
 #include "dblibrary.h"
+#include "namemap.h"
 
 #include <gtest/gtest.h>
 
@@ -74,8 +75,8 @@ public:
     {
         DBFunctions functions;
         const CapturedOutput words(stdout);
-        PrintedWords printed;
-        EXPECT_EQ(loadDBLibrary(folder.file("Libs"), config(), placesIn(functions), printed), LoadOutcome::Cxx);
+        EXPECT_EQ(loadDBLibrary(dbLibraryIn(folder.file("Libs")), nameMapIn(config()), placesIn(functions), printWords),
+                  LoadOutcome::Cxx);
         return functions;
     }
 

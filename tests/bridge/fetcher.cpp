@@ -8,6 +8,7 @@
  * the way that is wanted: when it is killed, or by itself after some fetches.
  */
 #include "dblibrary.h"
+#include "namemap.h"
 
 #include <climits>
 #include <csignal>
@@ -46,8 +47,7 @@ int child()
 int main(int, char **argv)
 {
     DBFunctions functions;
-    PrintedWords words;
-    loadDBLibrary(argv[1], argv[2], placesIn(functions), words);
+    loadDBLibrary(dbLibraryIn(argv[1]), nameMapIn(argv[2]), placesIn(functions), printWords);
     functions.initSensors(argv[2]);
     functions.initEvents(argv[2]);
     functions.initCommands(argv[2]);

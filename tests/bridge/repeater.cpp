@@ -26,8 +26,7 @@ int main(int argc, char **argv)
     std::ifstream file(argv[1], std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
     DBFunctions functions;
-    PrintedWords words;
-    if (loadDBLibraryFile(argv[2], "", placesIn(functions), words) != LoadOutcome::Cxx)
+    if (loadDBLibrary(argv[2], "", placesIn(functions), printWords) != LoadOutcome::Cxx)
         return 1;
     Calls::ByteReader reader(bytes);
     reader.take(sizeof(Recording::FileHead), "the head");

@@ -22,16 +22,12 @@ namespace
 namespace fs = std::filesystem;
 
 /** Writes the words down, each behind the stream that the console would write it to. */
-class RecordedWords : public LoaderWords
+class RecordedWords
 {
 public:
-    void progress(const std::string &lines) override
+    void operator()(std::FILE *stream, const std::string &lines)
     {
-        said.push_back("out " + lines);
-    }
-    void reason(const std::string &line) override
-    {
-        said.push_back("err " + line.substr(0, line.find(':')));
+        said.push_back(stream == stdout ? "out " + lines : "err " + lines.substr(0, lines.find(':')));
     }
 
     std::vector<std::string> said;
@@ -51,7 +47,8 @@ protected:
     }
     LoadOutcome load(const std::string &library)
     {
-        return loadDBLibrary(std::string(ContractLibraries) + "/" + library, m_folder, placesIn(m_functions), m_words);
+        return loadDBLibrary(dbLibraryIn(std::string(ContractLibraries) + "/" + library), nameMapIn(m_folder),
+                             placesIn(m_functions), std::ref(m_words));
     }
     std::string file(const std::string &name, const std::string &content)
     {
@@ -133,9 +130,9 @@ TEST_F(DBLibrary, TheNameMapOfTheConfigurationDirectoryHolds)
 
 TEST_F(DBLibrary, AMapNamesWhatItHolds)
 {
-    EXPECT_FALSE(NameMap(m_folder).exists());
+    EXPECT_FALSE(NameMap(nameMapIn(m_folder)).exists());
     map("% a comment\nFDBGetEvents=Give\nfinitdbevents=\"Start\"\n");
-    const NameMap names(m_folder);
+    const NameMap names(nameMapIn(m_folder));
     EXPECT_TRUE(names.exists());
     ASSERT_EQ(names.count(), 2);
     EXPECT_STREQ(names.line(0), "FDBGetEvents=Give");

@@ -3,6 +3,7 @@
 
 // The example in C, built in the tree or from the installed kit, as the console loads and calls it.
 #include "dblibrary.h"
+#include "namemap.h"
 
 #include <gtest/gtest.h>
 
@@ -24,9 +25,8 @@ class ExampleInC : public testing::Test
 protected:
     static void SetUpTestSuite()
     {
-        PrintedWords words;
         const std::string config = libs() + "/../Config";
-        outcome = loadDBLibrary(libs(), config, placesIn(functions), words);
+        outcome = loadDBLibrary(dbLibraryIn(libs()), nameMapIn(config), placesIn(functions), printWords);
         ASSERT_TRUE(functions.initEvents);
         for (const auto initialise : {functions.initSensors, functions.initEvents, functions.initCommands})
             EXPECT_EQ(initialise(config.c_str()), 0);

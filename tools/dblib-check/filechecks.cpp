@@ -60,7 +60,7 @@ std::string joined(const std::vector<std::string> &names)
 Outcome checkSymbols(const Target &target)
 {
     const Session session(target, Session::LoadedOnly);
-    const NameMap map(target.config);
+    const NameMap map(nameMapIn(target.config));
     switch (session.library.pass()) {
     case SymbolPass::Cxx:
         return passed("all ten functions");
@@ -89,7 +89,7 @@ std::string lineFault(const char *line)
 
 Outcome checkNameMap(const Target &target)
 {
-    const NameMap map(target.config);
+    const NameMap map(nameMapIn(target.config));
     if (!map.exists())
         return passed("no Funs.def: every function has its default name");
     const Session session(target, Session::LoadedOnly);

@@ -14,7 +14,7 @@ Library::Library(const std::string &path, const std::string &config)
     m_handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_GLOBAL);
     if (!m_handle)
         throw skipped("the library cannot be loaded");
-    resolve(NameMap(config));
+    resolve(NameMap(nameMapIn(config)));
 }
 
 bool Library::exports(const char *name) const

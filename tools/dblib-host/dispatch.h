@@ -3,7 +3,7 @@
 #pragma once
 
 #include "call.h"
-#include "dbfunctions.h"
+#include "dblibrary.h"
 #include "sealedmemory.h"
 
 #include <memory>

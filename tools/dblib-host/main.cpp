@@ -9,11 +9,11 @@
  * library has started.
  */
 #include "channel.h"
+#include "dblibrary.h"
 #include "dispatch.h"
 #include "foreigncall.h"
 #include "hostprotocol.h"
 #include "keeper.h"
-#include "keptwords.h"
 
 #include <cerrno>
 #include <csignal>
@@ -63,15 +63,12 @@ void limitMemory([[maybe_unused]] int megabytes)
 /** Loads the library and says what it has. */
 Calls::Greeting load(const char *library, const char *nameMap, DBFunctions &functions)
 {
-    KeptWords words;
     Calls::Greeting greeting;
     greeting.bits = std::uint32_t(sizeof(void *) * 8);
     const DBFunctionPlaces places = placesIn(functions);
     attempt("LoadDLL", [&] {
-        const LoadOutcome outcome = loadDBLibraryFile(library, nameMap, places, words);
+        const LoadOutcome outcome = loadInnerDBLibrary(library, nameMap, places);
         greeting.loaded = outcome != LoadOutcome::NoFile && outcome != LoadOutcome::NotOpened;
-        if (outcome != LoadOutcome::Cxx)
-            words.print();
         return 0;
     });
     for (std::size_t i = 0; i < places.size(); ++i)

@@ -6,6 +6,7 @@
 #include "failure.h"
 #include "filling.h"
 #include "foreigncall.h"
+#include "namemap.h"
 #include "translation.h"
 
 #include <algorithm>
@@ -14,19 +15,6 @@
 
 namespace
 {
-/** Keeps the reasons; the progress is the console's trace. */
-class KeptWords : public LoaderWords
-{
-public:
-    void progress(const std::string &) override {}
-    void reason(const std::string &line) override
-    {
-        reasons.push_back(line.substr(0, line.find('\n')));
-    }
-
-    std::vector<std::string> reasons;
-};
-
 /** Calls a function of the library; what it throws becomes a Failure. */
 template <class Call> int called(const char *name, Call call)
 {
@@ -73,9 +61,13 @@ std::string sizesText(const char *name, Sizes ours, Sizes theirs)
 LoadedLibrary loadLibraryOf(const Installation &installation)
 {
     LoadedLibrary library;
-    KeptWords words;
-    library.outcome = loadDBLibrary(installation.libs, installation.config, placesIn(library.functions), words);
-    library.reasons = words.reasons;
+    // The progress is the console's trace.
+    const auto keepReason = [&library](std::FILE *stream, const std::string &line) {
+        if (stream == stderr)
+            library.reasons.push_back(line.substr(0, line.find('\n')));
+    };
+    library.outcome = loadDBLibrary(dbLibraryIn(installation.libs), nameMapIn(installation.config),
+                                    placesIn(library.functions), keepReason);
     return library;
 }
 
