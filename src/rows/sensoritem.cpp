@@ -3,7 +3,7 @@
 #include "sensoritem.h"
 
 #include "Messages.h"
-#include "messagetext.h"
+#include "parametertext.h"
 
 #include <KLocalizedString>
 #include <algorithm>

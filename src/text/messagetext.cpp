@@ -3,13 +3,14 @@
 
 // The texts of the records that the console shows. They stand apart from the
 // records so that a DB library's author needs no toolkit.
-#include "messagetext.h"
-
 #include "Messages.h"
+#include "parametertext.h"
+
+#include <QString>
 
 namespace
 {
-QString fromLatin1(std::string_view text)
+QString fromLatin1(const std::string &text)
 {
     return QString::fromLatin1(text.data(), int(text.size()));
 }
@@ -21,11 +22,6 @@ QString parameterText(const CMessageEventParam *par, int count)
     return fromLatin1(text);
 }
 } // namespace
-
-QString recordText(const char *text, int length)
-{
-    return fromLatin1(recordBytes(text, length));
-}
 
 QString CMessageEventParam::toString() const
 {

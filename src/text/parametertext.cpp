@@ -9,31 +9,19 @@
 
 namespace
 {
-// Numbers are not written by the C library, whose decimal point is the
-// desktop's.
-void appendNumber(std::string &text, int number)
-{
-    char digits[16];
-    text.append(digits, std::to_chars(digits, digits + sizeof(digits), number).ptr);
-}
-
-/** As the C library writes a %lg in the C locale. */
-void appendNumber(std::string &text, double number)
-{
-    constexpr int significant = 6;
-    char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof(digits), number, std::chars_format::general, significant);
-    text.append(digits, end.ptr);
-}
-
-/** The value's bytes need not be aligned. A length that is stated must be enough. */
-template <typename Number> void appendNumberOf(std::string &text, const CMessageEventParam &param)
+/**
+ * Appends a number whose bytes need not be aligned. A length that is stated must be enough. Numbers are not written by
+ * the C library, whose decimal point is the desktop's.
+ */
+template <typename Number, class... Format>
+void appendNumber(std::string &text, const CMessageEventParam &param, Format... format)
 {
     if (param.LVal > 0 && param.LVal < int(sizeof(Number)))
         return;
     Number number;
     std::memcpy(&number, param.Val, sizeof(Number));
-    appendNumber(text, number);
+    char digits[32];
+    text.append(digits, std::to_chars(digits, digits + sizeof(digits), number, format...).ptr);
 }
 
 /** Appends parameters whose texts, without a length, are read up to their NUL or count as none. */
@@ -64,10 +52,10 @@ void appendValue(std::string &text, const CMessageEventParam &param)
         return;
     switch (param.Type) {
     case ParameterInteger:
-        appendNumberOf<int>(text, param);
+        appendNumber<int>(text, param);
         break;
     case ParameterDouble:
-        appendNumberOf<double>(text, param);
+        appendNumber<double>(text, param, std::chars_format::general, 6); // as a %lg in the C locale
         break;
     case ParameterText:
         text += recordBytes(param.Val, param.LVal);

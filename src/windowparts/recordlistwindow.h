@@ -4,8 +4,8 @@
 
 #include "informationbox.h"
 #include "listwindow.h"
-#include "messagetext.h"
 #include "namepool.h"
+#include "parametertext.h"
 #include "recorditem.h"
 #include "requestfilling.h"
 #include "rownumbers.h"

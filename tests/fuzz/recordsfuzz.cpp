@@ -5,8 +5,8 @@
 // Only what a buffer's length promises to be there is there.
 #include "fuzztarget.h"
 
+#include "../records/recordtext.h"
 #include "Messages.h"
-#include "messagetext.h"
 
 #include <QString>
 

@@ -4,9 +4,9 @@
 // The three readers of the test data source on arbitrary files.
 #include "fuzztarget.h"
 
+#include "../records/recordtext.h"
 #include "DBFunsDebug.h"
 #include "Messages.h"
-#include "messagetext.h"
 
 #include <QString>
 

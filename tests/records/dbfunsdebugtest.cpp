@@ -4,8 +4,8 @@
 
 #include "Config.h"
 #include "configvalue.h"
-#include "messagetext.h"
 #include "recordmaking.h"
+#include "recordtext.h"
 
 #include <QDir>
 #include <QFile>

@@ -6,7 +6,7 @@
 // operations through the functions here (see CMakeLists.txt).
 #include "DBFunsDebug.h"
 #include "Messages.h"
-#include "messagetext.h"
+#include "recordtext.h"
 
 #include <QString>
 

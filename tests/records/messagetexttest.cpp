@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The obrim developers
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "messagetext.h"
 #include "recordmaking.h"
+#include "recordtext.h"
 
 #include <QLocale>
 #include <QTest>

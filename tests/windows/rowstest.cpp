@@ -6,7 +6,7 @@
 #include "commanditem.h"
 #include "datetext.h"
 #include "eventitem.h"
-#include "messagetext.h"
+#include "parametertext.h"
 #include "timezone.h"
 
 #include <QDateTime>
