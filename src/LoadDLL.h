@@ -24,9 +24,8 @@ extern DBDeleteCommandFunction *FDBDeleteCommand;
 extern DBDeleteEventFunction *FDBDeleteEvent;
 
 /**
- * Loads `dir` + "/DBLib.a" and looks its functions up: all ten by their C++
- * symbols, and when one is missing, the first seven again by their C names.
- * ConfigWD + "/Funs.def" may give other names; they hold in both passes.
+ * Loads `dir` + "/DBLib.a" with the names that ConfigWD + "/Funs.def" gives and
+ * sets the pointers, as loadDBLibrary() does.
  *
  * Progress goes to standard output, the system's own reason for a failure as
  * one more line to standard error.
@@ -34,9 +33,5 @@ extern DBDeleteEventFunction *FDBDeleteEvent;
  * Returns 0 when the functions are found, and also when the file cannot be
  * loaded (the console then runs on the test data source); -1 when there is no
  * such file or a C symbol is missing.
- *
- * Each call does everything again. A failing pass leaves NULL in the pointer
- * that it failed at, and every pointer that it did not reach as it was. The
- * library is never unloaded, so a pointer stays callable.
  */
 int LoadDLL(QString dir);

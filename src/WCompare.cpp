@@ -14,7 +14,8 @@ constexpr int MaxParts = 100;
 constexpr int PartSize = 256; // the NUL counted
 
 /** What ends a literal part. */
-enum Kind { AnyRun = 1, OneCharacter = 2, NonEmptyRun = 3, PatternEnd = 4 };
+enum Kind : char { AnyRun = '*', OneCharacter = '?', NonEmptyRun = '+', PatternEnd = '\0' };
+constexpr char Metacharacters[] = "*?+";
 
 char subjectText[TextSize];
 int subjectLength;
@@ -55,35 +56,20 @@ bool copyText(char (&to)[TextSize], const char *from, std::size_t bound)
     return true;
 }
 
-Kind kindOf(char c)
-{
-    switch (c) {
-    case '*':
-        return AnyRun;
-    case '?':
-        return OneCharacter;
-    case '+':
-        return NonEmptyRun;
-    default:
-        return PatternEnd;
-    }
-}
-
 /** Splits the pattern at its metacharacters; false when it is beyond the bounds. */
 bool splitPattern()
 {
     int part = 0;
     for (const char *start = patternText;; ++part) {
-        const std::size_t length = std::strcspn(start, "*?+");
+        const std::size_t length = std::strcspn(start, Metacharacters);
         if (part == MaxParts || length >= PartSize) {
             kinds[0] = PatternEnd; // no step goes beyond what is left of the split
             partCount = 1;
             return false;
         }
         std::memcpy(literals[part], start, length);
-        literals[part][length] = '\0';
         literalLengths[part] = int(length);
-        kinds[part] = kindOf(start[length]);
+        kinds[part] = Kind(start[length]);
         if (kinds[part] == PatternEnd) {
             metaCount = part;
             partCount = part + 1;
@@ -189,7 +175,7 @@ int compare(const char *subject, std::size_t subjectBound, const char *pattern, 
     std::memcpy(unchangedSubject, subjectText, std::size_t(subjectLength) + 1);
     strlwr_win(subjectText);
     strlwr_win(patternText);
-    if (!std::strpbrk(patternText, "*?+"))
+    if (!std::strpbrk(patternText, Metacharacters))
         return std::strcmp(subjectText, patternText) == 0 ? 1 : 0;
     return splitPattern() && CmpX(0, 0, metaCount) ? 1 : fail();
 }

@@ -5,14 +5,12 @@
 #include "Config.h"
 
 #include <cstdio>
+#include <memory>
 
 bool isReadableFile(const char *path)
 {
-    std::FILE *file = openRegularFile(path);
-    if (!file)
-        return false;
-    std::fclose(file);
-    return true;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(openRegularFile(path), std::fclose);
+    return file != nullptr;
 }
 
 std::optional<std::string> baseDirectoryAbove(const std::string &directory)
