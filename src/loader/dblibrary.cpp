@@ -31,20 +31,6 @@ void *open(const std::string &path, const LoaderWords &words)
     return handle;
 }
 
-/** Looks up one function and sets its pointer, to NULL when there is none. */
-bool resolve(void *handle, void *pointer, const std::string &name, const LoaderWords &words)
-{
-    void *address = dlsym(handle, name.c_str());
-    static_assert(sizeof(address) == sizeof(DBFunctions::getSensors),
-                  "POSIX keeps functions and data in pointers of one width");
-    std::memcpy(pointer, &address, sizeof(address));
-    if (!address) {
-        const char *reason = dlerror();
-        words(stderr, name + ": " + (reason ? reason : "the symbol has no address") + "\n");
-    }
-    return address != nullptr;
-}
-
 /** One pass over a library's symbols. */
 struct Pass {
     void *handle;
@@ -52,12 +38,19 @@ struct Pass {
     const DBFunctionPlaces &pointers;
     const LoaderWords &words;
 
-    /** Resolves the first `count` functions, up to the first that is missing. */
-    bool resolveAll(int count, const char *DBSymbol::*symbol) const
+    /** Sets the pointers of the first `count` functions, up to the first that is missing: its becomes NULL. */
+    bool resolve(int count, const char *DBSymbol::*symbol) const
     {
         for (int i = 0; i < count; ++i) {
             const char *usual = DBSymbols[i].*symbol;
-            if (!resolve(handle, pointers[std::size_t(i)], names.name(DBSymbols[i].key, usual), words)) {
+            const std::string name = names.name(DBSymbols[i].key, usual);
+            void *address = dlsym(handle, name.c_str());
+            static_assert(sizeof(address) == sizeof(DBFunctions::getSensors),
+                          "POSIX keeps functions and data in pointers of one width");
+            std::memcpy(pointers[std::size_t(i)], &address, sizeof(address));
+            if (!address) {
+                const char *reason = dlerror();
+                words(stderr, name + ": " + (reason ? reason : "the symbol has no address") + "\n");
                 // The usual name, also where the map gives another: it tells which function is meant.
                 words(stdout, std::string("Can't load function ") + usual + "()\n\n");
                 return false;
@@ -92,12 +85,12 @@ LoadOutcome loadDBLibrary(const std::string &path, const std::string &nameMap, c
         return LoadOutcome::NotOpened;
     }
     const Pass pass = {handle, names, pointers, words};
-    if (pass.resolveAll(DBFunctionCount, &DBSymbol::cxx)) {
+    if (pass.resolve(DBFunctionCount, &DBSymbol::cxx)) {
         words(stdout, "C++ modules are loaded\n");
         return LoadOutcome::Cxx;
     }
     words(stdout, "Can't load C++ modules. Try to load C modules...\n");
-    if (!pass.resolveAll(DBCFunctionCount, &DBSymbol::key))
+    if (!pass.resolve(DBCFunctionCount, &DBSymbol::key))
         return LoadOutcome::Incomplete;
     words(stdout, "C modules are loaded\n");
     return LoadOutcome::C;

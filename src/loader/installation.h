@@ -25,12 +25,10 @@ std::optional<std::string> baseDirectoryAbove(const std::string &directory);
 struct Installation {
     explicit Installation(const std::string &baseDirectory)
         : base(baseDirectory)
-        , config(baseDirectory + "/Config")
-        , libs(baseDirectory + "/Libs")
     {
     }
 
     std::string base;
-    std::string config; ///< definition files, settings of the DB library, test data
-    std::string libs;   ///< the DB library
+    std::string config = base + "/Config"; ///< definition files, settings of the DB library, test data
+    std::string libs = base + "/Libs";     ///< the DB library
 };
