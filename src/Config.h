@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 /**
@@ -25,6 +26,9 @@ constexpr int ConfigLineSize = 512;
 constexpr int MaxDefLines = 40;
 /** Lines that GetConfigBlock stores: its `lines` must hold as many. */
 constexpr int MaxBlockLines = 20;
+
+/** A file that std::fclose closes with its owner. */
+using OwnedFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
 /**
  * Opens a regular file for reading, never blocking. The caller closes it with

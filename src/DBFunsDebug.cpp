@@ -7,9 +7,7 @@
 
 #include <QFile>
 
-#include <cstdio>
 #include <iterator>
-#include <memory>
 #include <string>
 
 namespace
@@ -111,8 +109,7 @@ template <typename Table> int read(Table &table, const QString &dir)
         const QString path = dir + QLatin1String(table.file);
         table.count = 0;
         cutFile.clear();
-        const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(
-            openRegularFile(QFile::encodeName(path).constData()), std::fclose);
+        const OwnedFile file(openRegularFile(QFile::encodeName(path).constData()), std::fclose);
         Block block;
         while (file && table.count < int(std::size(table.records)) && block.read(file.get())) {
             const std::string name = block.text(table.nameKey);

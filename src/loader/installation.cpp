@@ -4,12 +4,9 @@
 
 #include "Config.h"
 
-#include <cstdio>
-#include <memory>
-
 bool isReadableFile(const char *path)
 {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(openRegularFile(path), std::fclose);
+    const OwnedFile file(openRegularFile(path), std::fclose);
     return file != nullptr;
 }
 

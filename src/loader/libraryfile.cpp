@@ -2,14 +2,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "libraryfile.h"
 
+#include "Config.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <elf.h>
-#include <fcntl.h>
 #include <link.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 /** The ELF header of this very program, which the linker provides: it knows its own processor best. */
@@ -47,12 +47,6 @@ std::string headerFault(const unsigned char *header)
     return {};
 }
 
-std::string notListed(ElfW(Off) at, off_t size)
-{
-    return "is cut off: its segments are listed at byte " + std::to_string(at) + ", the file has " +
-           std::to_string(size) + " bytes";
-}
-
 /** What is missing of the segments that the system's loader would map; empty when nothing is. */
 std::string segmentFault(int file, off_t size)
 {
@@ -65,7 +59,8 @@ std::string segmentFault(int file, off_t size)
         ElfW(Phdr) segment;
         const std::uint64_t at = header.e_phoff + std::uint64_t(i) * sizeof(segment);
         if (pread(file, &segment, sizeof(segment), off_t(at)) != ssize_t(sizeof(segment)))
-            return notListed(header.e_phoff, size);
+            return "is cut off: its segments are listed at byte " + std::to_string(header.e_phoff) + ", the file has " +
+                   std::to_string(size) + " bytes";
         // A segment without bytes of the file's is made of zeros.
         const std::uint64_t bytes = segment.p_type == PT_LOAD ? segment.p_filesz : 0;
         if (bytes > 0 && (bytes > std::uint64_t(size) || segment.p_offset > size - bytes)) {
@@ -82,15 +77,15 @@ struct Faults {
     std::string cutOff;
 };
 
-Faults faultsOf(int file)
+Faults faultsOf(const char *path)
 {
-    struct stat status;
-    if (fstat(file, &status) != 0)
-        return {std::strerror(errno), {}};
-    if (!S_ISREG(status.st_mode))
-        return {"is not a regular file", {}};
+    errno = 0;
+    const OwnedFile file(openRegularFile(path), std::fclose);
+    if (!file)
+        return {errno != 0 ? std::strerror(errno) : "is not a regular file", {}};
+    const int descriptor = fileno(file.get());
     unsigned char header[sizeof(Elf32_Ehdr)] = {};
-    const ssize_t got = pread(file, header, sizeof(header), 0);
+    const ssize_t got = pread(descriptor, header, sizeof(header), 0);
     if (got < 0)
         return {std::strerror(errno), {}};
     if (std::memcmp(header, "!<arch>\n", 8) == 0)
@@ -98,17 +93,7 @@ Faults faultsOf(int file)
     if (std::size_t(got) < sizeof(header) || std::memcmp(header, ELFMAG, SELFMAG) != 0)
         return {"is not an ELF file", {}};
     const std::string kind = headerFault(header);
-    return {kind, kind.empty() ? segmentFault(file, status.st_size) : std::string()};
-}
-
-Faults faultsOf(const char *path)
-{
-    const int file = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (file < 0)
-        return {std::strerror(errno), {}};
-    Faults faults = faultsOf(file);
-    close(file);
-    return faults;
+    return {kind, kind.empty() ? segmentFault(descriptor, lseek(descriptor, 0, SEEK_END)) : std::string()};
 }
 
 std::string withPath(const char *path, const std::string &reason)

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "namemap.h"
 
-#include <cstdio>
-
 std::string nameMapIn(const std::string &config)
 {
     return config + "/Funs.def";
@@ -11,11 +9,8 @@ std::string nameMapIn(const std::string &config)
 
 NameMap::NameMap(const std::string &path)
 {
-    if (std::FILE *file = openRegularFile(path.c_str())) {
-        m_exists = true;
-        GetDefs(file, m_lines, m_count);
-        std::fclose(file);
-    }
+    const OwnedFile file(openRegularFile(path.c_str()), std::fclose);
+    m_exists = GetDefs(file.get(), m_lines, m_count) == 0;
 }
 
 std::string NameMap::configured(const char *key) const
