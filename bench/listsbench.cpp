@@ -6,9 +6,9 @@
  * grows with the rows, and what must not.
  */
 
-#include "eventitem.h"
 #include "listview.h"
 #include "measuring.h"
+#include "recorditem.h"
 
 #include <QApplication>
 #include <QScrollBar>
@@ -52,8 +52,8 @@ private:
         const std::string parameters =
             "t=" + std::to_string(m_random() % 1000) + "." + std::to_string(m_random() % 100) +
             ";flow=" + std::to_string(m_random() % 100000) + std::string(m_random() % 7, 'x');
-        return EventItem::create(m_memory, {number, 7, m_names.name(sensor), number + 1, EventKind{m_names.name(name)},
-                                            m_time, m_dates.of(m_time), parameters});
+        return EventItem::create(m_memory, {number, 7, m_names.name(sensor), number + 1, m_names.name(name), m_time,
+                                            m_dates.of(m_time), parameters});
     }
 
     std::mt19937 m_random{1};
@@ -283,9 +283,8 @@ public:
             text[i] = " ;=T.W1"[i % 6];
         ListView::Rows made;
         for (int i = 0; i < rows; ++i, ++m_number)
-            made.push_back(
-                EventItem::create(m_memory, {m_number, 3, m_names.name("sensor"), m_number,
-                                             EventKind{m_names.name(text)}, Start, m_dates.of(Start), text}));
+            made.push_back(EventItem::create(m_memory, {m_number, 3, m_names.name("sensor"), m_number,
+                                                        m_names.name(text), Start, m_dates.of(Start), text}));
         m_measuring = seconds([&] { m_list.insertItems(std::move(made)); });
     }
 
@@ -350,7 +349,7 @@ int main(int argc, char **argv)
     Shown few(Few);
     const double before = memory("VmRSS:");
     Shown many(Many);
-    RowMemory::trimAfter(Many);
+    trimMemoryAfter(Many);
     goals.atMost("memory per row", (memory("VmRSS:") - before) / Many, "bytes", 90);
     std::printf("    rows built in %.3f s, taken in and painted in %.3f s\n", many.building, many.load);
     const double load = many.building + many.load;

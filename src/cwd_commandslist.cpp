@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "cwd_commandslist.h"
 
-CommandKind CommandListTraits::kind(const CMessageCommand &command, LentNames &)
+int CommandListTraits::kind(const CMessageCommand &command, LentNames &)
 {
-    return {command.CommandType};
+    return command.CommandType;
 }
 
 CWD_CommandsList::CWD_CommandsList(QWidget *parent, const char *caption, const char *mask)

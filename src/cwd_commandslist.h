@@ -5,7 +5,7 @@
 #include "CommandsList.h"
 #include "DBFuns.h"
 #include "Messages.h"
-#include "commanditem.h"
+#include "recorditem.h"
 #include "recordlistwindow.h"
 
 /** Commands, as RecordListWindow needs to know them; EventListTraits says what each member is for. */
@@ -23,7 +23,7 @@ struct CommandListTraits {
     static constexpr auto Time = &CMessageCommand::CommandTime;
     static constexpr auto Read = &readCommands;
 
-    static CommandKind kind(const CMessageCommand &command, LentNames &names);
+    static int kind(const CMessageCommand &command, LentNames &names);
 };
 
 /** The window that lists, filters, refreshes and deletes commands. It deletes itself when it is closed. */

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "cwd_eventslist.h"
 
-EventKind EventListTraits::kind(const CMessageEvent &event, LentNames &names)
+const NamePool::Name *EventListTraits::kind(const CMessageEvent &event, LentNames &names)
 {
-    return {names.name(event.EventName, event.LEventName)};
+    return names.name(event.EventName, event.LEventName);
 }
 
 CWD_EventsList::CWD_EventsList(QWidget *parent, const char *caption, const char *mask)

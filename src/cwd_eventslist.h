@@ -5,7 +5,7 @@
 #include "DBFuns.h"
 #include "EventsList.h"
 #include "Messages.h"
-#include "eventitem.h"
+#include "recorditem.h"
 #include "recordlistwindow.h"
 
 /** Events, as RecordListWindow needs to know them. */
@@ -29,7 +29,7 @@ struct EventListTraits {
     static constexpr auto Read = &readEvents;
 
     /** Column 3; what it refers to is kept in `names`. */
-    static EventKind kind(const CMessageEvent &event, LentNames &names);
+    static const NamePool::Name *kind(const CMessageEvent &event, LentNames &names);
 };
 
 /** The window that lists, filters, refreshes and deletes events. It deletes itself when it is closed. */

@@ -5,26 +5,20 @@
 #include "parametertext.h"
 
 #include <cstdint>
+#include <utility>
 
 const NamePool::Name *NamePool::name(std::string_view text)
 {
-    const auto found = m_byText.find(text);
-    if (found != m_byText.end())
-        return found->second;
-    m_names.push_back({std::string(text), std::uint32_t(m_names.size() + 1)});
-    const Name *added = &m_names.back();
-    try {
-        m_byText.emplace(added->text, added);
-    } catch (...) {
-        m_names.pop_back();
-        throw;
-    }
-    return added;
+    const auto found = m_names.find(text);
+    if (found != m_names.end())
+        return found->second.get();
+    auto added = std::make_unique<Name>(Name{std::string(text), std::uint32_t(m_names.size() + 1)});
+    const std::string_view key = added->text;
+    return m_names.emplace(key, std::move(added)).first->second.get();
 }
 
 void NamePool::clear()
 {
-    m_byText.clear();
     m_names.clear();
 }
 

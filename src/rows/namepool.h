@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -28,8 +28,7 @@ public:
     void clear();
 
 private:
-    std::deque<Name> m_names;
-    std::unordered_map<std::string_view, const Name *> m_byText;
+    std::unordered_map<std::string_view, std::unique_ptr<const Name>> m_names; ///< by their own texts
 };
 
 /**

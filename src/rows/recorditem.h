@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <type_traits>
 
 /** Columns of the lists of events and commands. */
 enum RecordColumn {
@@ -36,12 +37,6 @@ inline QListViewItem::TextClass digitsClass(int number, int padding = 1)
     return {quint64(digits) * 2 + (number < 0 ? 1 : 0), true};
 }
 
-/** A text as the list asks for it: without a copy. */
-inline QLatin1String asLatin1(const std::string &text)
-{
-    return QLatin1String(text.data(), int(text.size()));
-}
-
 /**
  * The row of one event or command: what its texts are made from when they are
  * shown.
@@ -50,7 +45,7 @@ inline QLatin1String asLatin1(const std::string &text)
  * RowMemory, and names are those of the window's NamePool: both must outlive
  * it. Right behind the object lie a byte with the class of its date, one with
  * the digits of its number, and the NUL-terminated text of the parameters.
- * `Kind` is what column 3 holds.
+ * `Kind` is what column 3 shows: an event's name, a command's type.
  */
 template <class Kind> class RecordItem final : public QListViewItem
 {
@@ -77,66 +72,43 @@ public:
 
     QString text(int column) const override
     {
-        switch (column) {
-        case NumberColumn:
+        if (column == NumberColumn)
             return rowNumberText(m_number, digits());
-        case IdentifierColumn:
-            return QString::number(m_id);
-        case DateColumn:
+        if (column == DateColumn)
             return dateText(m_time);
-        case KindColumn:
-            return m_kind.text();
-        default:
-            return latin1(column);
-        }
+        if (const qint32 *plain = plainNumber(column))
+            return QString::number(*plain);
+        return latin1(column);
     }
 
     qint64 number(int column) const override
     {
-        switch (column) {
-        case NumberColumn:
+        if (column == NumberColumn)
             return m_number;
-        case IdentifierColumn:
-            return m_id;
-        case DateColumn:
+        if (column == DateColumn)
             return m_time;
-        case KindColumn:
-            return m_kind.number();
-        default:
-            return 0;
-        }
+        const qint32 *plain = plainNumber(column);
+        return plain ? *plain : 0;
     }
 
     QLatin1String latin1(int column, int most = INT_MAX) const override
     {
-        switch (column) {
-        case SensorColumn:
-            return asLatin1(m_sensor->text);
-        case KindColumn:
-            return m_kind.latin1();
-        case ParametersColumn:
+        if (column == ParametersColumn)
             return QLatin1String(parameters(), int(strnlen(parameters(), std::size_t(most))));
-        default:
-            return {};
-        }
+        const NamePool::Name *shared = name(column);
+        return shared ? QLatin1String(shared->text.data(), int(shared->text.size())) : QLatin1String();
     }
 
     TextClass textClass(int column) const override
     {
-        switch (column) {
-        case NumberColumn:
+        if (column == NumberColumn)
             return digitsClass(m_number, digits());
-        case SensorColumn:
-            return {m_sensor->id, false};
-        case IdentifierColumn:
-            return digitsClass(m_id);
-        case DateColumn:
+        if (column == DateColumn)
             return {quint64(uchar(behind()[0])), true};
-        case KindColumn:
-            return m_kind.textClass();
-        default:
-            return {};
-        }
+        if (const qint32 *plain = plainNumber(column))
+            return digitsClass(*plain);
+        const NamePool::Name *shared = name(column);
+        return shared ? TextClass{shared->id, false} : TextClass();
     }
 
     /** After a switch of the time zone, before the list's widths are counted anew. */
@@ -166,6 +138,23 @@ private:
         return place;
     }
 
+    /** The name that a column shows, if it does. */
+    const NamePool::Name *name(int column) const
+    {
+        if constexpr (std::is_pointer_v<Kind>)
+            if (column == KindColumn)
+                return m_kind;
+        return column == SensorColumn ? m_sensor : nullptr;
+    }
+    /** The number that a column shows as it is, if it does. */
+    const qint32 *plainNumber(int column) const
+    {
+        if constexpr (std::is_integral_v<Kind>)
+            if (column == KindColumn)
+                return &m_kind;
+        return column == IdentifierColumn ? &m_id : nullptr;
+    }
+
     int digits() const
     {
         return behind()[1];
@@ -190,3 +179,6 @@ private:
     const NamePool::Name *m_sensor;
     Kind m_kind;
 };
+
+using EventItem = RecordItem<const NamePool::Name *>;
+using CommandItem = RecordItem<qint32>;

@@ -4,7 +4,7 @@
 
 #include <malloc.h>
 
-void RowMemory::trimAfter(int rows) noexcept
+void trimMemoryAfter(int rows) noexcept
 {
     // Many free whole pages, whose return takes milliseconds.
     constexpr int many = 50000;

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include <cstddef>
 #include <memory_resource>
 
 /**
@@ -12,27 +11,10 @@
  * of the records' pages from going back to the system, and whoever walks over
  * the rows would wait for memory at each.
  *
- * A row's memory is not used again before all rows are gone: clear() then
+ * A row's memory is not used again before all rows are gone: release() then
  * gives it back at once, as the object's end does.
  */
-class RowMemory
-{
-public:
-    /** Memory for one row. Throws std::bad_alloc. */
-    void *allocate(std::size_t bytes, std::size_t alignment)
-    {
-        return m_pool.allocate(bytes, alignment);
-    }
+using RowMemory = std::pmr::monotonic_buffer_resource;
 
-    /** All rows are gone. */
-    void clear() noexcept
-    {
-        m_pool.release();
-    }
-
-    /** Gives memory back to the system that has become free when so many rows or their records went. */
-    static void trimAfter(int rows) noexcept;
-
-private:
-    std::pmr::monotonic_buffer_resource m_pool;
-};
+/** Gives memory back to the system that has become free when so many rows or their records went. */
+void trimMemoryAfter(int rows) noexcept;

@@ -47,8 +47,8 @@ public:
         const int rows = this->list()->childCount();
         this->list()->clear();
         m_arrivals = {};
-        m_memory.clear();
-        RowMemory::trimAfter(rows);
+        m_memory.release();
+        trimMemoryAfter(rows);
     }
 
     /** Fetches everything anew. Returns 0 always. */
@@ -58,11 +58,11 @@ public:
             const int before = this->list()->childCount();
             this->list()->clear();
             m_names.clear();
-            m_memory.clear();
+            m_memory.release();
             iFirst = iLast = 0;
             addRecords(self, load);
             if (self)
-                RowMemory::trimAfter(std::max(before, this->list()->childCount()));
+                trimMemoryAfter(std::max(before, this->list()->childCount()));
         });
         return 0;
     }

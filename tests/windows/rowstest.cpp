@@ -3,10 +3,9 @@
 
 // The rows of the lists of events and commands, and what they are made of.
 #include "Messages.h"
-#include "commanditem.h"
 #include "datetext.h"
-#include "eventitem.h"
 #include "parametertext.h"
+#include "recorditem.h"
 #include "timezone.h"
 
 #include <QDateTime>
@@ -144,7 +143,7 @@ void RowsTest::memoryIsUsedAgainWhenAllRowsAreGone()
         }
         QCOMPARE(int(ids.size()), 2000);
         rows.clear();
-        memory.clear();
+        memory.release();
     }
 }
 
