@@ -2,53 +2,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listmodel.h"
 
-#include "rowsort.h"
-
 #include <algorithm>
-#include <cstdint>
 #include <memory>
-#include <new>
-#include <numeric>
 #include <utility>
 
 namespace
 {
-
-/**
- * Deletes rows about in the order of their addresses: across a hundred
- * megabytes, one after the other is several times as fast as here and there.
- */
-void deleteOrdered(const std::vector<QListViewItem *> &rows)
-{
-    if (rows.empty())
-        return;
-    const auto address = [](const QListViewItem *row) { return reinterpret_cast<std::uintptr_t>(row); };
-    const auto [lowest, highest] = std::minmax_element(
-        rows.begin(), rows.end(), [&](const auto *a, const auto *b) { return address(a) < address(b); });
-    const std::uintptr_t start = address(*lowest);
-    constexpr std::uintptr_t regions = 4096;
-    const std::uintptr_t size = (address(*highest) - start) / regions + 1;
-    std::vector<std::size_t> ends(regions + 1);
-    for (const QListViewItem *row : rows)
-        ++ends[(address(row) - start) / size + 1];
-    std::partial_sum(ends.begin(), ends.end(), ends.begin());
-    std::vector<QListViewItem *> ordered(rows.size());
-    for (QListViewItem *row : rows)
-        ordered[ends[(address(row) - start) / size]++] = row;
-    for (const QListViewItem *row : ordered)
-        delete row;
-}
-
-/** Deletes all rows, also when there is no memory to put them in order. */
-void deleteAll(const std::vector<QListViewItem *> &rows)
-{
-    try {
-        deleteOrdered(rows);
-    } catch (const std::bad_alloc &) {
-        for (QListViewItem *row : rows)
-            delete row;
-    }
-}
 
 /** Rows on their way into the model: deletes those that did not get there, for want of memory. */
 struct Arriving {
@@ -56,7 +15,7 @@ struct Arriving {
 
     ~Arriving()
     {
-        deleteAll(rows);
+        qDeleteAll(rows);
     }
 };
 
@@ -69,7 +28,7 @@ ListModel::ListModel(QObject *parent)
 
 ListModel::~ListModel()
 {
-    deleteAll(m_rows);
+    qDeleteAll(m_rows);
 }
 
 int ListModel::rowCount(const QModelIndex &parent) const
@@ -102,33 +61,10 @@ Qt::ItemFlags ListModel::flags(const QModelIndex &index) const
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
 }
 
-bool ListModel::sortsByNumber() const
+RowOrder ListModel::rowOrder() const
 {
-    return m_columns[m_sortColumn].key == SortKey::Number;
-}
-
-bool ListModel::less(const QListViewItem *a, const QListViewItem *b) const
-{
-    int order = 0;
-    if (m_sortColumn >= 0 && m_sortColumn < columnCount())
-        order = sortsByNumber() ? compareNumbers(*a, *b, m_sortColumn) : compareTexts(*a, *b, m_sortColumn);
-    if (order == 0)
-        return a->m_arrival < b->m_arrival;
-    return (order < 0) == (m_sortOrder == Qt::AscendingOrder);
-}
-
-void ListModel::sortRows(std::vector<QListViewItem *> &rows) const
-{
-    // As the rows of a load mostly do: then there is no need for keys.
-    if (std::is_sorted(rows.begin(), rows.end(), [this](const auto *a, const auto *b) { return less(a, b); }))
-        return;
-    const auto arrival = [](const QListViewItem &row) { return quint64(row.m_arrival); };
-    if (m_sortColumn < 0 || m_sortColumn >= columnCount())
-        sortByArrival(rows, arrival);
-    else if (sortsByNumber())
-        sortByNumber(rows, m_sortColumn, m_sortOrder, arrival);
-    else
-        sortByText(rows, m_sortColumn, m_sortOrder, arrival);
+    const bool known = m_sortColumn >= 0 && m_sortColumn < columnCount();
+    return {m_sortColumn, known ? m_columns[m_sortColumn].key : SortKey::Arrival, m_sortOrder};
 }
 
 void ListModel::sort(int column, Qt::SortOrder order)
@@ -140,7 +76,7 @@ void ListModel::sort(int column, Qt::SortOrder order)
         kept.push_back(item(index.row()));
     m_sortColumn = column;
     m_sortOrder = order;
-    sortRows(m_rows);
+    rowOrder().sort(m_rows);
     QModelIndexList after;
     for (int i = 0; i < int(kept.size()); ++i)
         after << index(rowOf(kept[i]), before[i].column());
@@ -198,20 +134,20 @@ void ListModel::insert(Rows &&rows)
         arriving.rows.push_back(row.release());
     }
     rows.clear();
-    sortRows(arriving.rows);
+    rowOrder().sort(arriving.rows);
     m_gapAt = rowCount();
     m_rows.resize(m_rows.size() + arriving.rows.size());
     m_gap = int(arriving.rows.size());
     while (!arriving.rows.empty())
         insertLastRun(arriving.rows);
+    m_gapAt = 0;
 }
 
 void ListModel::insertLastRun(std::vector<QListViewItem *> &rows)
 {
     const int index = insertionIndex(rows.back());
     const QListViewItem *above = item(index - 1);
-    const auto from = std::partition_point(rows.begin(), rows.end(),
-                                           [&](const QListViewItem *row) { return above && less(row, above); });
+    const auto from = above ? std::lower_bound(rows.begin(), rows.end(), above, rowOrder()) : rows.begin();
     const int count = int(rows.end() - from);
     beginInsertRows({}, index, index + count - 1);
     const auto gap = m_rows.begin() + m_gapAt;
@@ -241,7 +177,7 @@ void ListModel::clear()
     m_rows.swap(removed);
     m_arrivals = 0;
     endResetModel();
-    deleteAll(removed);
+    qDeleteAll(removed);
 }
 
 QListViewItem *ListModel::item(int row) const
@@ -251,16 +187,10 @@ QListViewItem *ListModel::item(int row) const
 
 int ListModel::insertionIndex(const QListViewItem *item) const
 {
-    int from = 0;
-    int to = rowCount();
-    while (from < to) {
-        const int middle = from + (to - from) / 2;
-        if (less(this->item(middle), item))
-            from = middle + 1;
-        else
-            to = middle;
-    }
-    return from;
+    const auto gap = m_rows.begin() + m_gapAt;
+    const auto before = std::lower_bound(m_rows.begin(), gap, item, rowOrder());
+    const auto place = before != gap ? before : std::lower_bound(gap + m_gap, m_rows.end(), item, rowOrder()) - m_gap;
+    return int(place - m_rows.begin());
 }
 
 int ListModel::rowOf(const QListViewItem *item) const

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "listviewitem.h"
+#include "roworder.h"
 
 #include <QAbstractTableModel>
 #include <memory>
@@ -13,9 +14,7 @@ class ListModel : public QAbstractTableModel
 {
     Q_OBJECT
 public:
-    /** How a column is sorted: by text(), code point by code point, or by number(). */
-    enum class SortKey { Text, Number };
-
+    using SortKey = RowOrder::Key;
     using Rows = std::vector<std::unique_ptr<QListViewItem>>;
 
     explicit ListModel(QObject *parent = nullptr);
@@ -56,12 +55,9 @@ private:
         SortKey key = SortKey::Text;
     };
 
-    bool sortsByNumber() const;
-    /** Whether row a stands before row b. */
-    bool less(const QListViewItem *a, const QListViewItem *b) const;
+    RowOrder rowOrder() const;
     /** The index of the first row that does not stand before this one. */
     int insertionIndex(const QListViewItem *item) const;
-    void sortRows(std::vector<QListViewItem *> &rows) const;
     /** Puts the last rows of some that are in order in where they belong together. */
     void insertLastRun(std::vector<QListViewItem *> &rows);
 

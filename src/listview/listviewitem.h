@@ -64,5 +64,6 @@ public:
 
 private:
     friend class ListModel;
+    friend struct RowOrder;
     quint32 m_arrival = 0; ///< how many rows its list had taken before it
 };
