@@ -37,18 +37,14 @@ void drawText(QPainter *painter, const QStyleOptionViewItem &option, const QStri
 
 } // namespace
 
-CellDelegate::CellDelegate(const ListView *list)
-    : m_list(list)
-{
-}
-
 void CellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
-    m_list->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, m_list);
-    const QListViewItem *row = m_list->itemAt(index.row());
-    const QString text = cellText(*row, index.column(), m_list->measure(), option.rect.width()).text;
+    const auto *list = qobject_cast<const ListView *>(option.widget);
+    list->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, list);
+    const QString text =
+        cellText(*list->itemAt(index.row()), index.column(), list->measure(), option.rect.width()).text;
     if (!text.isEmpty())
-        drawText(painter, option, text, m_list->measure().width(text));
+        drawText(painter, option, text, list->measure().width(text));
 }
 
 QSize CellDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const

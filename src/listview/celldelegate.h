@@ -4,8 +4,6 @@
 
 #include <QAbstractItemDelegate>
 
-class ListView;
-
 /**
  * Paints the cells of a ListView: the style's panel, and the text in one line
  * with the list's own margin, which the styles' own painting does not know.
@@ -13,12 +11,6 @@ class ListView;
 class CellDelegate : public QAbstractItemDelegate
 {
 public:
-    /** The list must outlive it. */
-    explicit CellDelegate(const ListView *list);
-
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
-
-private:
-    const ListView *m_list;
 };

@@ -6,7 +6,6 @@
 
 #include <QHeaderView>
 #include <QItemSelectionModel>
-#include <utility>
 
 namespace
 {
@@ -137,20 +136,11 @@ public:
         return parent();
     }
 
-    int number() const
-    {
-        return ListAccess::childNumber(m_list->view(), m_row, m_column);
-    }
-
 private:
     const ListAccess *m_list;
     int m_row;
     int m_column;
 };
-
-// Whoever walks over all cells must not pile up millions of them; and whoever
-// holds some must find them valid for a good while.
-constexpr int MostCells = 4096;
 
 QAccessibleInterface *accessOf(const QString &className, QObject *object)
 {
@@ -183,7 +173,7 @@ ListAccess::ListAccess(ListView *view)
     : QAccessibleWidget(view, QAccessible::Table)
 {
     const QAbstractItemModel *rows = view->model();
-    const auto forget = [this] { forgetCells(); };
+    const auto forget = [this] { m_cells.clear(); };
     QObject::connect(rows, &QAbstractItemModel::rowsInserted, &m_context, forget);
     QObject::connect(rows, &QAbstractItemModel::rowsRemoved, &m_context, forget);
     QObject::connect(rows, &QAbstractItemModel::columnsInserted, &m_context, forget);
@@ -191,24 +181,9 @@ ListAccess::ListAccess(ListView *view)
     QObject::connect(rows, &QAbstractItemModel::modelReset, &m_context, forget);
 }
 
-ListAccess::~ListAccess()
-{
-    forgetCells();
-}
-
 ListView *ListAccess::view() const
 {
     return static_cast<ListView *>(widget());
-}
-
-void ListAccess::forgetCells()
-{
-    for (const QAccessible::Id id : std::as_const(m_cells))
-        QAccessible::deleteAccessibleInterface(id);
-    for (const QAccessible::Id id : std::as_const(m_olderCells))
-        QAccessible::deleteAccessibleInterface(id);
-    m_cells.clear();
-    m_olderCells.clear();
 }
 
 void *ListAccess::interface_cast(QAccessible::InterfaceType type)
@@ -227,25 +202,17 @@ QAccessibleInterface *ListAccess::child(int number) const
 {
     if (number < 0 || number >= childCount())
         return nullptr;
-    for (const Cells *cells : {&m_cells, &m_olderCells}) {
-        const auto known = cells->constFind(number);
-        if (known != cells->constEnd())
-            return QAccessible::accessibleInterface(*known);
-    }
-    if (m_cells.size() >= MostCells) {
-        for (const QAccessible::Id id : std::as_const(m_olderCells))
-            QAccessible::deleteAccessibleInterface(id);
-        m_olderCells = std::exchange(m_cells, Cells());
-    }
+    if (const Registration *known = m_cells.object(number))
+        return QAccessible::accessibleInterface(known->id);
     auto *cell = new CellAccess(this, number / columnCount() - 1, number % columnCount());
-    m_cells.insert(number, QAccessible::registerAccessibleInterface(cell));
+    m_cells.insert(number, new Registration{QAccessible::registerAccessibleInterface(cell)});
     return cell;
 }
 
 int ListAccess::indexOfChild(const QAccessibleInterface *child) const
 {
     const auto *cell = dynamic_cast<const CellAccess *>(child);
-    return cell && cell->isValid() ? cell->number() : -1;
+    return cell && cell->isValid() ? childNumber(view(), cell->rowIndex(), cell->columnIndex()) : -1;
 }
 
 QAccessibleInterface *ListAccess::childAt(int x, int y) const
@@ -338,10 +305,8 @@ QList<int> ListAccess::selectedColumns() const
 QList<int> ListAccess::selectedRows() const
 {
     QList<int> rows;
-    // One row at most is selected, which a range tells without a look at all rows.
-    for (const QItemSelectionRange &range : view()->selectionModel()->selection())
-        for (int row = range.top(); row <= range.bottom(); ++row)
-            rows << row;
+    for (const QModelIndex &row : view()->selectionModel()->selectedRows())
+        rows << row.row();
     return rows;
 }
 

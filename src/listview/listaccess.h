@@ -3,7 +3,7 @@
 #pragma once
 
 #include <QAccessibleWidget>
-#include <QHash>
+#include <QCache>
 #include <QObject>
 
 class ListView;
@@ -57,15 +57,21 @@ public:
 
     ListView *view() const;
 
-protected:
-    ~ListAccess() override;
-
 private:
-    using Cells = QHash<int, QAccessible::Id>; ///< by their number among the children
+    /** What the toolkit knows a cell by; it deletes the cell with it. */
+    struct Registration {
+        QAccessible::Id id;
 
-    void forgetCells();
+        ~Registration()
+        {
+            QAccessible::deleteAccessibleInterface(id);
+        }
+    };
 
-    mutable Cells m_cells;
-    mutable Cells m_olderCells;
-    QObject m_context; ///< ends the connections to the rows
+    // Whoever walks over all cells must not pile up millions of them; and whoever
+    // holds some must find them valid for a good while.
+    static constexpr int MostCells = 8192;
+
+    mutable QCache<int, Registration> m_cells{MostCells}; ///< by their number among the children
+    QObject m_context;                                    ///< ends the connections to the rows
 };

@@ -101,11 +101,6 @@ void ListModel::setLabel(int column, const QString &label)
     emit headerDataChanged(Qt::Horizontal, column, column);
 }
 
-QString ListModel::label(int column) const
-{
-    return column >= 0 && column < columnCount() ? m_columns[column].label : QString();
-}
-
 void ListModel::setSortKey(int column, SortKey key)
 {
     if (column < 0 || column >= columnCount() || m_columns[column].key == key)

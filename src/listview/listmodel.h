@@ -32,7 +32,6 @@ public:
     /** Adds a column at the right and returns its number. */
     int addColumn(const QString &label);
     void setLabel(int column, const QString &label);
-    QString label(int column) const;
     void setSortKey(int column, SortKey key);
     int sortColumn() const;
     Qt::SortOrder sortOrder() const;

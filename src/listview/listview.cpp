@@ -29,7 +29,6 @@ ListView::ListView(QWidget *parent)
     : QAbstractItemView(parent)
     , m_model(new ListModel(this))
     , m_header(new QHeaderView(Qt::Horizontal, this))
-    , m_delegate(this)
 {
     static const bool accessible = (ListAccess::install(), true);
     Q_UNUSED(accessible)
@@ -44,6 +43,7 @@ ListView::ListView(QWidget *parent)
     connectHeader();
     connect(m_model, &QAbstractItemModel::layoutChanged, this, &ListView::endSearch);
     connect(this, &QAbstractItemView::activated, this, &ListView::endSearch);
+    connect(&m_searchTimer, &QTimer::timeout, this, &ListView::searchOn);
 }
 
 ListView::~ListView()
@@ -95,7 +95,7 @@ void ListView::setColumnText(int column, const QString &label)
 
 QString ListView::columnText(int column) const
 {
-    return m_model->label(column);
+    return m_model->headerData(column, Qt::Horizontal).toString();
 }
 
 int ListView::columns() const

@@ -11,8 +11,8 @@
 #include "typedsearch.h"
 
 #include <QAbstractItemView>
-#include <QBasicTimer>
 #include <QElapsedTimer>
+#include <QTimer>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -137,7 +137,6 @@ protected:
     void keyReleaseEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
-    void timerEvent(QTimerEvent *event) override;
 
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     int horizontalOffset() const override;
@@ -214,5 +213,5 @@ private:
     QString m_notice;
     TypedSearch m_search;
     QElapsedTimer m_typingClock; ///< since the last key
-    QBasicTimer m_searchTimer;   ///< runs while rows are looked through
+    QTimer m_searchTimer;        ///< runs while rows are looked through
 };

@@ -179,37 +179,30 @@ QModelIndex ListView::moveCursor(CursorAction action, Qt::KeyboardModifiers)
     const QModelIndex current = currentIndex();
     if (!current.isValid())
         return m_model->index(0, 0);
-    int row = current.row();
-    QScrollBar *across = horizontalScrollBar();
+    const auto at = [&](int row) { return m_model->index(qBound(0, row, childCount() - 1), current.column()); };
     switch (action) {
     case MoveUp:
     case MovePrevious:
-        --row;
-        break;
+        return at(current.row() - 1);
     case MoveDown:
     case MoveNext:
-        ++row;
-        break;
+        return at(current.row() + 1);
     case MovePageUp:
-        row -= rowsPerPage();
-        break;
+        return at(current.row() - rowsPerPage());
     case MovePageDown:
-        row += rowsPerPage();
-        break;
+        return at(current.row() + rowsPerPage());
     case MoveHome:
-        row = 0;
-        break;
+        return at(0);
     case MoveEnd:
-        row = childCount() - 1;
-        break;
+        return at(childCount() - 1);
     case MoveLeft:
-        across->setValue(across->value() - across->singleStep());
+        horizontalScrollBar()->triggerAction(QScrollBar::SliderSingleStepSub);
         break;
     case MoveRight:
-        across->setValue(across->value() + across->singleStep());
+        horizontalScrollBar()->triggerAction(QScrollBar::SliderSingleStepAdd);
         break;
     }
-    return m_model->index(qBound(0, row, childCount() - 1), current.column());
+    return current;
 }
 
 // --- Selection
@@ -289,19 +282,11 @@ void ListView::searchOn()
     if (!isSearching())
         m_searchTimer.stop();
     else if (!m_searchTimer.isActive())
-        m_searchTimer.start(0, this);
+        m_searchTimer.start();
 }
 
 void ListView::endSearch()
 {
     m_search.stop();
     m_searchTimer.stop();
-}
-
-void ListView::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() == m_searchTimer.timerId())
-        searchOn();
-    else
-        QAbstractItemView::timerEvent(event);
 }

@@ -2,13 +2,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
+#include "textmeasure.h"
+
 #include <QLatin1String>
 #include <QString>
 #include <QtGlobal>
 #include <climits>
 
 class ListView;
-class QFontMetrics;
 
 /**
  * One row of a ListView.
@@ -40,13 +41,16 @@ public:
     QListViewItem() = default;
     QListViewItem(const QListViewItem &) = delete;
     QListViewItem &operator=(const QListViewItem &) = delete;
-    virtual ~QListViewItem();
+    virtual ~QListViewItem() = default;
 
     /** The text of a column; empty for a column that the row does not fill. */
     virtual QString text(int column) const = 0;
 
     /** What a column sorted by numbers or times goes by; by default the number that the text reads as, else 0. */
-    virtual qint64 number(int column) const;
+    virtual qint64 number(int column) const
+    {
+        return text(column).toLongLong();
+    }
 
     /**
      * The text of a column as the row keeps it, valid as long as the row:
@@ -54,13 +58,22 @@ public:
      * Null, the default, when the row keeps no such text; else equal to text(),
      * of which a row need not give more characters than are asked for.
      */
-    virtual QLatin1String latin1(int column, int most = INT_MAX) const;
+    virtual QLatin1String latin1(int, int /*most*/ = INT_MAX) const
+    {
+        return {};
+    }
 
     /** The class of a column's text, so that it is measured once for many rows; by default none. */
-    virtual TextClass textClass(int column) const;
+    virtual TextClass textClass(int) const
+    {
+        return {};
+    }
 
     /** Pixels that the column needs to show this row's text whole in a font of these metrics. */
-    int width(const QFontMetrics &metrics, const ListView *list, int column) const;
+    int width(const QFontMetrics &metrics, const ListView *, int column) const
+    {
+        return TextMeasure::measuredWidth(QFontMetricsF(metrics), text(column)) + 2 * TextMargin;
+    }
 
 private:
     friend class ListModel;

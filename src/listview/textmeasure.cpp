@@ -16,9 +16,9 @@ constexpr int LongestMeasured = 10000;
 
 const QChar Ellipsis(0x2026);
 
-bool isControl(ushort character)
+bool isControl(QChar character)
 {
-    return character < 0x20 || (character >= 0x7f && character < 0xa0) || character == QChar::LineSeparator ||
+    return character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
            character == QChar::ParagraphSeparator;
 }
 
@@ -29,8 +29,6 @@ qint64 measured(const QFontMetricsF &metrics, const QString &text)
 
 qint64 measuredInParts(const QFontMetricsF &metrics, const QString &text)
 {
-    if (text.size() <= LongestMeasured)
-        return measured(metrics, text);
     qint64 units = 0;
     for (int from = 0; from < text.size(); from += LongestMeasured)
         units += measured(metrics, text.mid(from, LongestMeasured));
@@ -96,9 +94,7 @@ QString TextMeasure::cut(const QString &text, int room) const
 
 QString TextMeasure::shown(QString text)
 {
-    const auto control = [](QChar c) { return isControl(c.unicode()); };
-    if (std::any_of(text.cbegin(), text.cend(), control))
-        std::replace_if(text.begin(), text.end(), control, QLatin1Char(' '));
+    std::replace_if(text.begin(), text.end(), isControl, QLatin1Char(' '));
     return text;
 }
 
