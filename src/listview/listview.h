@@ -182,8 +182,6 @@ private:
     QStyleOptionViewItem rowOption() const;
     void drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const;
     void drawNotice(QPainter *painter) const;
-    void drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const;
-    void updateRow(const QModelIndex &index);
 
     /** Shows the whole text of a cell or heading that is cut; false when it is not. */
     bool showCellTip(const QHelpEvent &event);
@@ -205,7 +203,6 @@ private:
     ResizeMode m_resizeMode = NoColumn;
     ColumnScaling m_scaling;
     int m_ownWidth = -1;        ///< the list's, as the columns were last scaled or set to; -1 before its first resize
-    int m_mouseHeight = -1;     ///< where the mouse hovers over the rows; -1 when it does not
     bool m_updating = false;    ///< the scroll bars are being set
     bool m_shown = false;       ///< rows have been painted since the last reset
     KeptPlace m_place;          ///< since the rows were laid out

@@ -6,8 +6,6 @@
 #include "listaccess.h"
 #include "listview.h"
 
-#include "toolkit.h"
-
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -46,10 +44,6 @@ void ListView::mouseReleaseEvent(QMouseEvent *event)
 
 bool ListView::viewportEvent(QEvent *event)
 {
-    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
-        m_mouseHeight = Toolkit::placeOf(*static_cast<QHoverEvent *>(event)).y();
-    else if (event->type() == QEvent::HoverLeave)
-        m_mouseHeight = -1;
     if (event->type() == QEvent::ToolTip) {
         const auto *help = static_cast<QHelpEvent *>(event);
         if (!showCellTip(*help))
@@ -230,9 +224,6 @@ void ListView::currentChanged(const QModelIndex &current, const QModelIndex &pre
 {
     QAbstractItemView::currentChanged(current, previous);
     endSearch();
-    // The focus is drawn round the whole row.
-    updateRow(previous);
-    updateRow(current);
     if (hasFocus())
         ListAccess::tell(this, QAccessible::Focus, current);
 }

@@ -4,8 +4,6 @@
 // A ListView on the screen: where its rows are, its scroll bars, its painting.
 #include "listview.h"
 
-#include "toolkit.h"
-
 #include <QHeaderView>
 #include <QPaintEvent>
 #include <QPainter>
@@ -212,8 +210,14 @@ void ListView::scrollContentsBy(int dx, int dy)
 
 QStyleOptionViewItem ListView::rowOption() const
 {
-    QStyleOptionViewItem option = Toolkit::ViewOptions::of(*this);
+    QStyleOptionViewItem option;
+    option.initFrom(this);
     option.widget = this;
+    option.font = font();
+    // The selection shows where the focus is; without it, it is paler.
+    option.state &= ~QStyle::State_HasFocus;
+    if (!hasFocus())
+        option.state &= ~QStyle::State_Active;
     option.showDecorationSelected = true;
     return option;
 }
@@ -238,11 +242,9 @@ void ListView::paintEvent(QPaintEvent *event)
 
 void ListView::drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const
 {
-    const QRect whole = option.rect;
-    const bool focused = option.state & QStyle::State_HasFocus && currentIndex().row() == row;
-    option.state &= ~QStyle::State_HasFocus;
     option.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(m_model->index(row, 0)));
-    option.state.setFlag(QStyle::State_MouseOver, m_mouseHeight >= 0 && rowAtHeight(m_mouseHeight) == row);
+    const int mouse = viewport()->mapFromGlobal(QCursor::pos()).y();
+    option.state.setFlag(QStyle::State_MouseOver, viewport()->underMouse() && rowAtHeight(mouse) == row);
 
     const int count = m_header->count();
     for (int place = 0; place < count; ++place) {
@@ -260,21 +262,6 @@ void ListView::drawRow(QPainter *painter, QStyleOptionViewItem option, int row) 
         style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &option, painter, this);
         itemDelegate()->paint(painter, option, m_model->index(row, column));
     }
-    if (focused) {
-        option.rect = QRect(m_header->sectionViewportPosition(m_header->logicalIndex(isRightToLeft() ? count - 1 : 0)),
-                            whole.top(), m_header->length(), whole.height());
-        drawFocus(painter, option);
-    }
-}
-
-void ListView::drawFocus(QPainter *painter, const QStyleOptionViewItem &option) const
-{
-    QStyleOptionFocusRect focus;
-    focus.QStyleOption::operator=(option);
-    focus.state |= QStyle::State_KeyboardFocusChange;
-    const bool selected = option.state & QStyle::State_Selected;
-    focus.backgroundColor = option.palette.color(selected ? QPalette::Highlight : QPalette::Window);
-    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter);
 }
 
 void ListView::setNotice(const QString &text)
@@ -299,10 +286,4 @@ void ListView::drawNotice(QPainter *painter) const
     painter->setPen(palette().color(QPalette::ToolTipText));
     painter->drawRect(box);
     painter->drawText(box, Qt::AlignCenter, m_notice);
-}
-
-void ListView::updateRow(const QModelIndex &index)
-{
-    if (index.isValid())
-        viewport()->update(rowsRect(index.row(), index.row()));
 }

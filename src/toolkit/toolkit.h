@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include <QAbstractItemView>
 #include <QApplication>
-#include <QHoverEvent>
 #include <clocale>
 #include <langinfo.h>
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -64,31 +62,4 @@ inline xcb_connection_t *xcbConnection()
     return x11 ? x11->connection() : nullptr;
 #endif
 }
-
-/** Where the mouse is, from the widget's upper left corner. */
-inline QPoint placeOf(const QHoverEvent &event)
-{
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    return event.pos();
-#else
-    return event.position().toPoint();
-#endif
-}
-
-/** Reaches what views keep for the classes derived from them. */
-class ViewOptions : private QAbstractItemView
-{
-public:
-    /** How a view draws its items, before any item has its say. */
-    static QStyleOptionViewItem of(const QAbstractItemView &view)
-    {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-        return (view.*&ViewOptions::viewOptions)();
-#else
-        QStyleOptionViewItem option;
-        (view.*&ViewOptions::initViewItemOption)(&option);
-        return option;
-#endif
-    }
-};
 } // namespace Toolkit
