@@ -4,6 +4,7 @@
 
 #include "parametertext.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
@@ -23,21 +24,12 @@ void NamePool::clear()
 }
 
 // At most so many addresses are known, 800 KB: that stays in the processor's cache.
-constexpr unsigned MostBits = 15;
+constexpr int MostKnown = 1 << 15;
 constexpr std::size_t Neighbours = 4;
-
-static unsigned bitsFor(int records)
-{
-    unsigned bits = 1;
-    while (bits < MostBits && records >> bits != 0)
-        ++bits;
-    return bits;
-}
 
 LentNames::LentNames(NamePool &pool, int records)
     : m_pool(pool)
-    , m_bits(bitsFor(records))
-    , m_known((std::size_t(1) << m_bits) + Neighbours)
+    , m_known(std::size_t(std::clamp(records, 1, MostKnown)) + Neighbours)
 {
 }
 
@@ -45,7 +37,7 @@ const NamePool::Name *LentNames::name(const char *text, int length)
 {
     // The address times the golden ratio: its upper bits are well spread, however regularly the texts lie.
     const auto spread = std::uint32_t(reinterpret_cast<std::uintptr_t>(text)) * 0x9e3779b9U;
-    Known *const first = &m_known[spread >> (32 - m_bits)];
+    Known *const first = &m_known[std::uint64_t(spread) * (m_known.size() - Neighbours) >> 32];
     Known *known = first;
     for (; known != first + Neighbours && known->name; ++known)
         if (known->text == text && known->length == length)

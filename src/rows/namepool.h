@@ -52,6 +52,5 @@ private:
     };
 
     NamePool &m_pool;
-    unsigned m_bits;            ///< of an address's hash that say where it stands
     std::vector<Known> m_known; ///< by the text's address
 };
