@@ -37,10 +37,8 @@ int lineEnd(const QString &text, int from)
     const int full = from + LongestLine;
     if (text.size() <= full)
         return text.size();
-    for (int end = full; end > from; --end)
-        if (text.at(end - 1) == ' ' || text.at(end - 1) == ';')
-            return end;
-    return full;
+    const int end = 1 + std::max(text.lastIndexOf(' ', full - 1), text.lastIndexOf(';', full - 1));
+    return end > from ? end : full;
 }
 
 } // namespace

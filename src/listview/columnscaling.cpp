@@ -6,15 +6,10 @@
 #include <cmath>
 #include <numeric>
 
-bool ColumnScaling::areMine(const std::vector<int> &widths) const
-{
-    return std::equal(m_shares.begin(), m_shares.end(), widths.begin(), widths.end(),
-                      [](double share, int width) { return std::abs(share - width) <= 1; });
-}
-
 std::vector<int> ColumnScaling::scaled(const std::vector<int> &widths, int room)
 {
-    if (!areMine(widths))
+    const auto isMine = [](double share, int width) { return std::abs(share - width) <= 1; };
+    if (!std::equal(m_shares.begin(), m_shares.end(), widths.begin(), widths.end(), isMine))
         m_shares.assign(widths.begin(), widths.end());
     const double total = std::accumulate(m_shares.begin(), m_shares.end(), 0.0);
     if (total <= 0 || room <= 0)

@@ -19,7 +19,5 @@ public:
     std::vector<int> scaled(const std::vector<int> &widths, int room);
 
 private:
-    bool areMine(const std::vector<int> &widths) const;
-
     std::vector<double> m_shares; ///< unrounded widths of the last scaling
 };

@@ -65,11 +65,6 @@ bool ColumnWidths::remove(Column &column, int number, const QListViewItem &row)
     return true;
 }
 
-void ColumnWidths::clear()
-{
-    m_columns = std::vector<Column>(m_columns.size());
-}
-
 int ColumnWidths::widest(int column) const
 {
     const Column &c = m_columns[size_t(column)];

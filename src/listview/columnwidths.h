@@ -28,8 +28,6 @@ public:
      * cannot be the one that was counted; then all must be counted anew.
      */
     bool remove(const QListViewItem &row);
-    /** Forgets all rows and what was known of their texts' classes. */
-    void clear();
 
     /** The widest text of a column, 0 without rows. */
     int widest(int column) const;

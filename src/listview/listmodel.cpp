@@ -2,24 +2,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "listmodel.h"
 
+#include <QScopeGuard>
 #include <algorithm>
 #include <memory>
 #include <utility>
-
-namespace
-{
-
-/** Rows on their way into the model: deletes those that did not get there, for want of memory. */
-struct Arriving {
-    std::vector<QListViewItem *> rows;
-
-    ~Arriving()
-    {
-        qDeleteAll(rows);
-    }
-};
-
-} // namespace
 
 ListModel::ListModel(QObject *parent)
     : QAbstractTableModel(parent)
@@ -52,13 +38,6 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= columnCount())
         return {};
     return m_columns[section].label;
-}
-
-Qt::ItemFlags ListModel::flags(const QModelIndex &index) const
-{
-    if (!index.isValid())
-        return Qt::NoItemFlags;
-    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
 }
 
 RowOrder ListModel::rowOrder() const
@@ -122,19 +101,21 @@ Qt::SortOrder ListModel::sortOrder() const
 
 void ListModel::insert(Rows &&rows)
 {
-    Arriving arriving;
-    arriving.rows.reserve(rows.size());
+    std::vector<QListViewItem *> arriving;
+    // Those that do not get into the model, for want of memory.
+    const auto discarding = qScopeGuard([&arriving] { qDeleteAll(arriving); });
+    arriving.reserve(rows.size());
     for (auto &row : rows) {
         row->m_arrival = m_arrivals++;
-        arriving.rows.push_back(row.release());
+        arriving.push_back(row.release());
     }
     rows.clear();
-    rowOrder().sort(arriving.rows);
+    rowOrder().sort(arriving);
     m_gapAt = rowCount();
-    m_rows.resize(m_rows.size() + arriving.rows.size());
-    m_gap = int(arriving.rows.size());
-    while (!arriving.rows.empty())
-        insertLastRun(arriving.rows);
+    m_rows.resize(m_rows.size() + arriving.size());
+    m_gap = int(arriving.size());
+    while (!arriving.empty())
+        insertLastRun(arriving);
     m_gapAt = 0;
 }
 

@@ -24,7 +24,6 @@ public:
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-    Qt::ItemFlags flags(const QModelIndex &index) const override;
 
     /** Sorts by a column and keeps rows that come later in that order. Rows of equal keys stand as they arrived. */
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;

@@ -30,8 +30,7 @@ ListView::ListView(QWidget *parent)
     , m_model(new ListModel(this))
     , m_header(new QHeaderView(Qt::Horizontal, this))
 {
-    static const bool accessible = (ListAccess::install(), true);
-    Q_UNUSED(accessible)
+    ListAccess::install();
     setItemDelegate(&m_delegate);
     // All else of the font stays the desktop's.
     setFont(unshaped(QFont()));
@@ -206,9 +205,8 @@ void ListView::textsChanged()
 void ListView::clear()
 {
     emit cleared();
-    if (m_widths)
-        m_widths->clear();
     m_model->clear();
+    m_widths.reset();
 }
 
 QListViewItem *ListView::insertItem(std::unique_ptr<QListViewItem> item)
