@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #pragma once
 
-#include "celldelegate.h"
 #include "columnscaling.h"
 #include "columnwidths.h"
 #include "keptplace.h"
@@ -10,6 +9,7 @@
 #include "listviewitem.h"
 #include "typedsearch.h"
 
+#include <QAbstractItemDelegate>
 #include <QAbstractItemView>
 #include <QElapsedTimer>
 #include <QTimer>
@@ -19,6 +19,20 @@
 
 class QHeaderView;
 class QHelpEvent;
+
+/**
+ * Paints the cells of a ListView: the style's panel, and the text in one line
+ * with the list's own margin, which the styles' own painting does not know.
+ * The tool tip of a cell whose text is cut is the whole text.
+ */
+class CellDelegate : public QAbstractItemDelegate
+{
+public:
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                   const QModelIndex &index) override;
+};
 
 /**
  * A flat list of rows in columns, made for millions of rows.
@@ -128,14 +142,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
-    bool viewportEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
     bool eventFilter(QObject *object, QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
-    void keyReleaseEvent(QKeyEvent *event) override;
-    void focusInEvent(QFocusEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
 
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -183,8 +195,7 @@ private:
     void drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const;
     void drawNotice(QPainter *painter) const;
 
-    /** Shows the whole text of a cell or heading that is cut; false when it is not. */
-    bool showCellTip(const QHelpEvent &event);
+    /** Shows the whole text of a heading that is cut; false when it is not. */
     bool showHeadingTip(const QHelpEvent &event);
     void copyCurrentRow() const;
     void emitForCurrentRow();

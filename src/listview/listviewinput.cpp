@@ -18,13 +18,6 @@
 #include <QToolTip>
 #include <utility>
 
-namespace
-{
-// Rows looked through at a time for what was typed. Making a text takes a microsecond at most:
-// together they take a part of the time between two frames.
-constexpr int RowsPerTurn = 500;
-} // namespace
-
 // --- Mouse
 
 void ListView::mousePressEvent(QMouseEvent *event)
@@ -42,33 +35,12 @@ void ListView::mouseReleaseEvent(QMouseEvent *event)
     emit rightButtonClicked(m_model->item(index.row()), viewport()->mapToGlobal(event->pos()), index.column());
 }
 
-bool ListView::viewportEvent(QEvent *event)
-{
-    if (event->type() == QEvent::ToolTip) {
-        const auto *help = static_cast<QHelpEvent *>(event);
-        if (!showCellTip(*help))
-            QToolTip::showText(help->globalPos(), toolTip(), viewport());
-        return true;
-    }
-    return QAbstractItemView::viewportEvent(event);
-}
-
 bool ListView::eventFilter(QObject *object, QEvent *event)
 {
     if (event->type() == QEvent::ToolTip && object == m_header->viewport() &&
         showHeadingTip(*static_cast<QHelpEvent *>(event)))
         return true;
     return QAbstractItemView::eventFilter(object, event);
-}
-
-bool ListView::showCellTip(const QHelpEvent &event)
-{
-    const QModelIndex index = indexAt(event.pos());
-    const QListViewItem *row = m_model->item(index.row());
-    if (!row || !cellText(*row, index.column(), measure(), columnWidth(index.column())).cut)
-        return false;
-    QToolTip::showText(event.globalPos(), toolTipText(*row, index.column()), viewport(), visualRect(index));
-    return true;
 }
 
 bool ListView::showHeadingTip(const QHelpEvent &event)
@@ -141,17 +113,12 @@ void ListView::keyPressEvent(QKeyEvent *event)
     emitForCurrentRow();
 }
 
-void ListView::keyReleaseEvent(QKeyEvent *event)
+bool ListView::event(QEvent *event)
 {
-    m_menuKeyDown = false;
-    QAbstractItemView::keyReleaseEvent(event);
-}
-
-void ListView::focusInEvent(QFocusEvent *event)
-{
-    // A menu that the press opened took the release.
-    m_menuKeyDown = false;
-    QAbstractItemView::focusInEvent(event);
+    // A menu that the press opened takes the release, and gives the focus back.
+    if (event->type() == QEvent::KeyRelease || event->type() == QEvent::FocusIn)
+        m_menuKeyDown = false;
+    return QAbstractItemView::event(event);
 }
 
 void ListView::copyCurrentRow() const
@@ -264,8 +231,10 @@ bool ListView::startsWith(int row, int column, const QString &start) const
 
 void ListView::searchOn()
 {
+    // Making a text takes a microsecond at most: together they take a part of the time between two frames.
+    constexpr int rowsPerTurn = 500;
     const int column = qMax(0, currentIndex().column());
-    const int row = m_search.lookOn(RowsPerTurn, childCount(), [this, column](int at, const QString &start) {
+    const int row = m_search.lookOn(rowsPerTurn, childCount(), [this, column](int at, const QString &start) {
         return startsWith(at, column, start);
     });
     if (row >= 0)

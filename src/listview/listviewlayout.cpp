@@ -2,14 +2,47 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A ListView on the screen: where its rows are, its scroll bars, its painting.
+#include "celltext.h"
 #include "listview.h"
 
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStyle>
+#include <QToolTip>
+
+namespace
+{
+
+QColor textColour(const QStyleOptionViewItem &option)
+{
+    QPalette::ColorGroup group = QPalette::Disabled;
+    if (option.state & QStyle::State_Enabled)
+        group = option.state & QStyle::State_Active ? QPalette::Normal : QPalette::Inactive;
+    const bool selected = option.state & QStyle::State_Selected;
+    return option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text);
+}
+
+void drawText(QPainter *painter, const QStyleOptionViewItem &option, const QString &text, int width)
+{
+    const QRect &cell = option.rect;
+    const bool right = option.direction == Qt::RightToLeft;
+    const int left =
+        right ? cell.x() + cell.width() - QListViewItem::TextMargin - width : cell.x() + QListViewItem::TextMargin;
+    const int above = (cell.height() - option.fontMetrics.height()) / 2;
+    painter->save();
+    // Letters may reach over the edge.
+    painter->setClipRect(cell);
+    painter->setFont(option.font);
+    painter->setPen(textColour(option));
+    painter->drawText(QPoint(left, cell.y() + above + option.fontMetrics.ascent()), text);
+    painter->restore();
+}
+
+} // namespace
 
 // --- Places
 
@@ -193,17 +226,10 @@ void ListView::rowsAboutToBeRemoved(const QModelIndex &parent, int first, int la
     scheduleDelayedItemsLayout();
 }
 
-void ListView::scrollContentsBy(int dx, int dy)
+void ListView::scrollContentsBy(int, int)
 {
-    if (dx != 0)
-        m_header->setOffset(horizontalScrollBar()->value());
-    const QPoint way(isRightToLeft() ? -dx : dx, dy * (lineHeight() / stepsPerRow()));
-    if (qAbs(way.x()) >= viewport()->width() || qAbs(way.y()) >= viewport()->height()) {
-        viewport()->update();
-        return;
-    }
-    scrollDirtyRegion(way.x(), way.y());
-    viewport()->scroll(way.x(), way.y());
+    m_header->setOffset(horizontalScrollBar()->value());
+    viewport()->update();
 }
 
 // --- Painting
@@ -286,4 +312,35 @@ void ListView::drawNotice(QPainter *painter) const
     painter->setPen(palette().color(QPalette::ToolTipText));
     painter->drawRect(box);
     painter->drawText(box, Qt::AlignCenter, m_notice);
+}
+
+// --- Cells
+
+void CellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    const auto *list = qobject_cast<const ListView *>(option.widget);
+    list->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, list);
+    const QString text =
+        cellText(*list->itemAt(index.row()), index.column(), list->measure(), option.rect.width()).text;
+    if (!text.isEmpty())
+        drawText(painter, option, text, list->measure().width(text));
+}
+
+QSize CellDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const
+{
+    // The list goes by its rows' own widths and by one height for all.
+    return {};
+}
+
+bool CellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                             const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QAbstractItemDelegate::helpEvent(event, view, option, index);
+    const auto *list = qobject_cast<const ListView *>(view);
+    const QListViewItem *row = list->itemAt(index.row());
+    const bool cut = row && cellText(*row, index.column(), list->measure(), option.rect.width()).cut;
+    QToolTip::showText(event->globalPos(), cut ? toolTipText(*row, index.column()) : list->toolTip(), list->viewport(),
+                       cut ? option.rect : QRect());
+    return true;
 }
