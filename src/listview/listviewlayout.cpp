@@ -256,8 +256,11 @@ void ListView::paintEvent(QPaintEvent *event)
     const QRect dirty = event->rect();
     const int first = qMax(0, rowAtHeight(dirty.top()));
     const int last = qMin(rowAtHeight(dirty.bottom()), childCount() - 1);
+    // Once for all rows: to ask for the pointer is a question to the display.
+    const int hovered = viewport()->underMouse() ? rowAtHeight(viewport()->mapFromGlobal(QCursor::pos()).y()) : -1;
     for (int row = first; row <= last; ++row) {
         option.rect = rowsRect(row, row);
+        option.state.setFlag(QStyle::State_MouseOver, row == hovered);
         if (event->region().intersects(option.rect))
             drawRow(&painter, option, row);
     }
@@ -269,8 +272,6 @@ void ListView::paintEvent(QPaintEvent *event)
 void ListView::drawRow(QPainter *painter, QStyleOptionViewItem option, int row) const
 {
     option.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(m_model->index(row, 0)));
-    const int mouse = viewport()->mapFromGlobal(QCursor::pos()).y();
-    option.state.setFlag(QStyle::State_MouseOver, viewport()->underMouse() && rowAtHeight(mouse) == row);
 
     const int count = m_header->count();
     for (int place = 0; place < count; ++place) {
